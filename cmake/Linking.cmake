@@ -1,0 +1,16 @@
+# Link settings of the DLL: runtime inside, hardened image, and the same bytes from every build folder.
+function(qel_reproducible_dll target)
+  if(MSVC)
+    set_target_properties(${target} PROPERTIES MSVC_RUNTIME_LIBRARY "MultiThreadedDLL")
+    target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:/Brepro>)
+    target_link_options(${target} PRIVATE /Brepro /DYNAMICBASE /HIGHENTROPYVA /NXCOMPAT)
+  else()
+    # The compiler would write source and build paths into assertions and debug information.
+    target_compile_options(${target} PRIVATE
+      -ffile-prefix-map=${CMAKE_SOURCE_DIR}=. -ffile-prefix-map=${CMAKE_BINARY_DIR}=build)
+    # The linker derives the image base from the output path unless it is given one.
+    target_link_options(${target} PRIVATE -static
+      -Wl,--dynamicbase,--high-entropy-va,--nxcompat
+      -Wl,--no-insert-timestamp,--image-base=0x2A0000000)
+  endif()
+endfunction()

@@ -1,0 +1,408 @@
+/**
+ * @file
+ * @brief Growable array template and the policies that move and store its elements.
+ *
+ * A `qelArray` keeps three lengths apart: the *logical* length (elements in use), the *physical* length (slots that
+ * exist) and the *grow* length (the step in which slots are added). Storage grows to the next whole multiple of the
+ * grow length and is given back only when it shrinks by a quarter or more, so a list that is refilled again and again
+ * keeps its memory.
+ *
+ * @code
+ * qelArray<qelString> names;
+ * names.append(L"HEA 200");
+ * names.append(L"IPE 300");       // length 2, physical length 8
+ * names.setLogicalLength(0);      // empty, the eight slots stay
+ * @endcode
+ *
+ * - **Scale**: growth is linear, in steps of the grow length, never geometric. Give a large list its size at once with
+ *   setPhysicalLength(); appending n elements one by one to an unsized list moves about n*n / (2 * grow length).
+ * - **Ownership**: the array owns its elements. Pointers and references to elements end with the next call that
+ *   changes the physical length.
+ * - **Failure**: positions are not checked and nothing reports an error; running out of memory surfaces from the
+ *   allocation itself.
+ * - **Threads**: one at a time.
+ */
+#ifndef QEL_ARRAY_H
+#define QEL_ARRAY_H
+
+#include "qelExport.h"
+
+#include <limits.h>
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
+
+/// Where every array of the process gets its storage, so that one module may free what another one allocated.
+class QEL_API qelMemoryControllerController
+{
+public:
+    /**
+     * Allocates `count * elementSize` bytes of uninitialised storage. The caller owns the block and returns it with
+     * deallocateArray(). A negative count or a product that does not fit fails as running out of memory does.
+     */
+    static unsigned char* allocateArray(const long& count, const unsigned long long& elementSize);
+
+    /// Frees `block` and sets it to null; a null block is left alone.
+    static void deallocateArray(unsigned char*& block);
+};
+
+/// Selects the placement form below, so that no C++ library header is needed here.
+struct qelPlacement
+{
+};
+
+inline void* operator new(size_t, void* where, qelPlacement) noexcept
+{
+    return where;
+}
+
+inline void operator delete(void*, void*, qelPlacement) noexcept {}
+
+/// Gives a `qelArray` typed storage out of qelMemoryControllerController.
+template <class T> class qelArrayMemoryController
+{
+public:
+    /// Raw storage for `count` elements; nothing is constructed.
+    static T* allocate(long count)
+    {
+        return reinterpret_cast<T*>(qelMemoryControllerController::allocateArray(count, sizeof(T)));
+    }
+
+    /// Returns storage whose elements are already destroyed, and sets the pointer to null.
+    static void deallocate(T*& storage)
+    {
+        unsigned char* block = reinterpret_cast<unsigned char*>(storage);
+        qelMemoryControllerController::deallocateArray(block);
+        storage = nullptr;
+    }
+};
+
+/**
+ * Element policy for objects: every slot holds a constructed element (plain types start at zero), kept elements are
+ * assigned one by one, old ones destroyed.
+ */
+template <class T> class qelArrayObjectCopyReallocator
+{
+public:
+    static void construct(T* storage, long count)
+    {
+        for (long i = 0; i < count; ++i)
+        {
+            new (static_cast<void*>(storage + i), qelPlacement()) T();
+        }
+    }
+
+    static void copy(T* to, const T* from, long count)
+    {
+        for (long i = 0; i < count; ++i)
+        {
+            to[i] = from[i];
+        }
+    }
+
+    static void destroy(T* storage, long count)
+    {
+        for (long i = 0; i < count; ++i)
+        {
+            storage[i].~T();
+        }
+    }
+};
+
+/// Element policy for plain values: new slots are left as they come, kept elements are copied as bytes.
+template <class T> class qelArrayMemCopyReallocator
+{
+    static_assert(__is_trivially_copyable(T), "only plain values may be copied as bytes");
+
+public:
+    static void construct(T*, long) {}
+
+    static void copy(T* to, const T* from, long count)
+    {
+        if (count > 0)
+        {
+            memcpy(to, from, static_cast<size_t>(count) * sizeof(T));
+        }
+    }
+
+    static void destroy(T*, long) {}
+};
+
+/**
+ * @brief Growable array; see the head of this file for purpose, scale and ownership.
+ *
+ * An argument that is an element of the same array, or the array itself, is treated as if it had been copied before
+ * the call.
+ */
+template <class T, class Reallocator = qelArrayObjectCopyReallocator<T>,
+          class MemoryController = qelArrayMemoryController<T>>
+class qelArray
+{
+public:
+    /**
+     * An empty array with `physicalLength` slots made at once (none for 0 or less) and the given grow length; a grow
+     * length of 0 is replaced by 8.
+     */
+    explicit qelArray(long physicalLength = 0, long growLength = 8)
+        : m_logicalLength(0)
+        , m_physicalLength(0)
+        , m_growLength(growLength == 0 ? 8 : growLength)
+        , m_elements(nullptr)
+    {
+        setPhysicalLength(physicalLength);
+    }
+
+    /// As assignment to a new array: the physical length of the copy is the logical length of `other`.
+    qelArray(const qelArray& other)
+        : m_logicalLength(0)
+        , m_physicalLength(0)
+        , m_growLength(8)
+        , m_elements(nullptr)
+    {
+        *this = other;
+    }
+
+    ~qelArray() { freeStorage(); }
+
+    /**
+     * Takes over the elements, the logical and the grow length of `other` into storage of exactly that many slots.
+     * Assigning an array to itself changes nothing. O(n).
+     */
+    qelArray& operator=(const qelArray& other)
+    {
+        if (this != &other)
+        {
+            freeStorage();
+            setPhysicalLength(other.m_logicalLength);
+            m_logicalLength = other.m_logicalLength;
+            m_growLength = other.m_growLength;
+            Reallocator::copy(m_elements, other.m_elements, m_logicalLength);
+        }
+        return *this;
+    }
+
+    /// Number of elements in use.
+    long length() const { return m_logicalLength; }
+
+    /// Number of elements in use; the same as length().
+    long logicalLength() const { return m_logicalLength; }
+
+    /// Number of slots that exist.
+    long physicalLength() const { return m_physicalLength; }
+
+    /// Step in which slots are added.
+    long growLength() const { return m_growLength; }
+
+    /// 1 when no element is in use, else 0.
+    int isEmpty() const { return m_logicalLength == 0 ? 1 : 0; }
+
+    /// The element at `i`; not checked.
+    T& operator[](long i) { return m_elements[i]; }
+    const T& operator[](long i) const { return m_elements[i]; }
+
+    /// The first element; the array must not be empty.
+    T& first() { return m_elements[0]; }
+    const T& first() const { return m_elements[0]; }
+
+    /// The last element in use; the array must not be empty.
+    T& last() { return m_elements[m_logicalLength - 1]; }
+    const T& last() const { return m_elements[m_logicalLength - 1]; }
+
+    /**
+     * Searches from `start` (a negative start counts as 0) for an element equal to `value`. Returns true and stores
+     * its position; otherwise returns false and leaves `index` alone. O(n).
+     */
+    bool find(const T& value, long& index, long start = 0) const
+    {
+        for (long i = start < 0 ? 0 : start; i < m_logicalLength; ++i)
+        {
+            if (m_elements[i] == value)
+            {
+                index = i;
+                return true;
+            }
+        }
+        return false;
+    }
+
+    /**
+     * Sets the number of elements in use, with more slots when they are needed. Storage is never given back here:
+     * elements beyond the new length keep their values and show again when the length is raised.
+     */
+    void setLogicalLength(long n)
+    {
+        growFor(n);
+        m_logicalLength = n;
+    }
+
+    /**
+     * Sets the number of slots. Shrinking by less than a quarter, and a negative `n`, change nothing; 0 frees the
+     * storage; otherwise the storage is replaced and the first `min(n, length())` elements are kept. O(n).
+     */
+    void setPhysicalLength(long n)
+    {
+        if (n < 0 || (n == 0 && m_elements == nullptr))
+        {
+            return;
+        }
+        if (n <= m_physicalLength && n > 0.75 * m_physicalLength)
+        {
+            return;
+        }
+        if (n == 0)
+        {
+            freeStorage();
+            return;
+        }
+        reallocate(n);
+    }
+
+    /// Sets the step of growth. Any value is taken; growing with a step of 0 is a fatal division fault.
+    void setGrowLength(long n) { m_growLength = n; }
+
+    /**
+     * Assigns the element at `i`. A position outside the elements in use makes the logical length `i + 1`, growing
+     * the storage when needed; slots in between show what they last held, or a new element where storage was replaced.
+     */
+    void setAt(long i, const T& value)
+    {
+        if (i >= 0 && i < m_logicalLength)
+        {
+            m_elements[i] = value;
+        }
+        else if (i >= m_physicalLength && owns(value))
+        {
+            const T copied(value);
+            extendTo(i, copied);
+        }
+        else
+        {
+            extendTo(i, value);
+        }
+    }
+
+    /// Adds one element at the end. O(1) while slots are spare, O(n) when the storage grows.
+    void append(const T& value) { setAt(m_logicalLength, value); }
+
+    /// Adds all elements of `other` in order; `other` may be this array.
+    void append(const qelArray& other)
+    {
+        const long added = other.m_logicalLength;
+        if (added > 0)
+        {
+            const long old = m_logicalLength;
+            setLogicalLength(old + added);
+            Reallocator::copy(m_elements + old, other.m_elements, added);
+        }
+    }
+
+    /**
+     * Inserts before position `i` and moves later elements up. A position outside the array is not refused: the
+     * array grows by one all the same, and the value is stored only where a slot exists. O(n).
+     */
+    void insertAt(long i, const T& value)
+    {
+        if (owns(value))
+        {
+            const T copied(value);
+            insertOutsider(i, copied);
+        }
+        else
+        {
+            insertOutsider(i, value);
+        }
+    }
+
+    /**
+     * Removes the element at `i` and moves later ones down; the slot that falls free keeps its last value. The length
+     * shrinks by one for any `i`, an empty array's length to -1. O(n).
+     */
+    void removeAt(long i)
+    {
+        for (long to = i < 0 ? 0 : i; to < m_logicalLength - 1; ++to)
+        {
+            m_elements[to] = m_elements[to + 1];
+        }
+        setLogicalLength(m_logicalLength - 1);
+    }
+
+private:
+    /// Makes room for `needed` elements: the next whole multiple of the grow length.
+    void growFor(long needed)
+    {
+        if (needed > m_physicalLength)
+        {
+            const long long step = m_growLength;
+            long long target = ((needed - 1LL) / step + 1) * step;
+            // A negative step or a target past 32 bits must not end in too few slots.
+            target = target < needed ? needed : target;
+            reallocate(target > LONG_MAX ? LONG_MAX : static_cast<long>(target));
+        }
+    }
+
+    void extendTo(long i, const T& value)
+    {
+        setLogicalLength(i + 1);
+        if (i >= 0)
+        {
+            m_elements[i] = value;
+        }
+    }
+
+    /// insertAt() for a value that stays where it is while elements move.
+    void insertOutsider(long i, const T& value)
+    {
+        setLogicalLength(m_logicalLength + 1);
+        const long lowest = i < 0 ? 0 : i;
+        for (long to = m_logicalLength - 1; to > lowest; --to)
+        {
+            m_elements[to] = m_elements[to - 1];
+        }
+        if (i >= 0 && i < m_physicalLength)
+        {
+            m_elements[i] = value;
+        }
+    }
+
+    void reallocate(long n)
+    {
+        const long kept = m_logicalLength < n ? m_logicalLength : n;
+        T* fresh = MemoryController::allocate(n);
+        Reallocator::construct(fresh, n);
+        Reallocator::copy(fresh, m_elements, kept);
+        releaseElements();
+        m_elements = fresh;
+        m_physicalLength = n;
+        m_logicalLength = kept;
+    }
+
+    void releaseElements()
+    {
+        Reallocator::destroy(m_elements, m_physicalLength);
+        MemoryController::deallocate(m_elements);
+    }
+
+    void freeStorage()
+    {
+        releaseElements();
+        m_logicalLength = 0;
+        m_physicalLength = 0;
+    }
+
+    /// Whether `value` lies in this array's storage, and would go away with it.
+    bool owns(const T& value) const
+    {
+        const uintptr_t at = reinterpret_cast<uintptr_t>(&value);
+        const uintptr_t begin = reinterpret_cast<uintptr_t>(m_elements);
+        return at >= begin && at < begin + static_cast<uintptr_t>(m_physicalLength) * sizeof(T);
+    }
+
+    long m_logicalLength;  ///< elements in use
+    long m_physicalLength; ///< slots that exist
+    long m_growLength;     ///< step of growth, never 0 when the storage grows
+    T* m_elements;         ///< storage of m_physicalLength slots, or null
+};
+
+static_assert(sizeof(qelArray<void*>) == 24, "three lengths and a pointer");
+
+#endif

@@ -1,0 +1,404 @@
+/**
+ * @file
+ * @brief The library's text type.
+ *
+ * Every interface that takes or returns text uses `qelString`: UTF-16 text in a representation that copies share and
+ * nobody writes to, with the narrow form (process's ANSI code page) made on demand.
+ *
+ * @code
+ * qelString path = qelRegistry::getPathData() + L"\\Kernel\\Data\\model.mdb";
+ * path.replace(L"/", L"\\");
+ * puts(path.getStringA());
+ * @endcode
+ *
+ * **Why shared text.** Copies of one text travel through the whole application: in and out of functions by value, in
+ * lists, in records. Sharing makes a copy one counter increment, at the price of an allocation for every change, since
+ * a text is never changed in place. The count lives in the representation (`qelStringRepr::m_refCount`) and is a plain
+ * integer, so copies of one text must not be made or destroyed on two threads at once.
+ *
+ * - **Positions and lengths** count 16-bit units from 0; "not found" is -1. A character outside the basic plane takes
+ *   two units.
+ * - **Limit**: a text has at most 524,288 units; longer text given to a constructor or an assignment is cut there. The
+ *   results of concatenation, replacement and formatting end at 524,287 units: a longer one goes to the C runtime's
+ *   invalid-parameter handling, which may end the process; where that returns, the result is the empty text.
+ * - **Borrowed pointers** from getStringW() and getStringA() stay valid until this object is next changed or destroyed.
+ * - **Scrubbing**: text and narrow forms are overwritten with zeros before their memory is freed.
+ * - **Cost**: copying is O(1); length() and isEmpty() measure the text on every call, O(n) and O(1).
+ * - **Threads**: several operations work in two buffers that belong to the process (qelStringTempBufferWide and
+ *   qelStringTempBuffer) without a lock. Keep all use of the class on one thread at a time.
+ * - **Failure**: nothing here reports an error or throws by itself; running out of memory surfaces from the allocation.
+ */
+#ifndef QEL_STRING_H
+#define QEL_STRING_H
+
+#include "qelArray.h"
+#include "qelExport.h"
+
+#include <stdarg.h>
+#include <stddef.h>
+
+struct tm;
+class qelString;
+
+/**
+ * A text and the number of `qelString` objects that share it. Only `qelString` makes these, and it never writes to a
+ * text once built (qelString::strRev() excepted).
+ */
+class QEL_API qelStringRepr
+{
+public:
+    /// The library shares representations instead of copying them; a copy refers to the same text.
+    qelStringRepr(const qelStringRepr&) = default;
+    qelStringRepr& operator=(const qelStringRepr&) = default;
+
+    /// Overwrites the text with zeros.
+    virtual ~qelStringRepr();
+
+    /// Frees the block that holds the representation and, behind it, its text.
+    static void operator delete(void* block);
+
+private:
+    friend class qelString;
+
+    /// Takes over `data`, which holds the text of the new representation; the count starts at 1.
+    explicit qelStringRepr(wchar_t* data);
+
+    /// A representation with room for `length` units and the terminator, which is set; the rest is for the caller.
+    static qelStringRepr* create(size_t length);
+
+    wchar_t* m_data; ///< the text, ended by a 0 unit
+    int m_refCount;  ///< objects that share this representation
+};
+
+/// @brief Shared, immutable UTF-16 text; see the head of this file for the rules that all members share.
+class QEL_API qelString
+{
+public:
+    /// Capacity of both process-wide buffers and the greatest length of a text, in units.
+    static const int kMaxLength = 0x80000;
+
+    /// The representation of every empty text; made when the library is loaded and never freed.
+    static qelStringRepr* m_repEmpty;
+
+    /// Process-wide scratch buffer of 524,288 wide units.
+    static wchar_t* qelStringTempBufferWide;
+
+    /// Process-wide scratch buffer of 524,288 bytes.
+    static char* qelStringTempBuffer;
+
+    /// @name Life
+    /// @{
+
+    /// The empty text.
+    qelString();
+
+    /// A copy of `text`; null or empty gives the empty text.
+    qelString(const wchar_t* text);
+    qelString(const unsigned short* text);
+
+    /// The text of `text` in the ANSI code page; null or empty gives the empty text.
+    qelString(const char* text);
+
+    /// Shares the text of `other`. O(1).
+    qelString(const qelString& other);
+
+    ~qelString();
+
+    /// Shares the text of `other`. O(1).
+    qelString& operator=(const qelString& other);
+
+    /// Takes a copy of `text`, which may point into this string's own text; null or empty gives the empty text.
+    qelString& operator=(const wchar_t* text);
+    qelString& operator=(const unsigned short* text);
+
+    /// As the `char` constructor; `text` may be this string's own narrow form.
+    qelString& operator=(const char* text);
+
+    /// As assigning `text`; returns a copy of this string.
+    qelString setFromUnsignedShortString(const unsigned short* text);
+
+    /**
+     * Decodes narrow text with MIF escapes ("\M+", a selector digit and two hexadecimal pairs). The last selector
+     * chooses the code page of the whole text: 1 = 932, 2 = 950, 3 = 949, 4 = 1361, 5 = 936, anything else and no
+     * escape at all = the ANSI code page. Null gives the empty text; an incomplete escape gives no bytes; a decoded 0
+     * byte ends the text. Returns a copy of this string.
+     */
+    qelString setFromMIFString(const char* text);
+
+    /// Makes this the empty text.
+    qelString& empty();
+    /// @}
+
+    /// @name Access
+    /// @{
+
+    /// The text, ended by a 0 unit. Never null.
+    const wchar_t* getStringW() const;
+
+    /// The same pointer as getStringW() under the other type of 16-bit text.
+    const unsigned short* getStringWAsUnsignedShort() const;
+
+    /**
+     * The text in the ANSI code page, with "?" for what that page lacks. Made on the first call and kept until this
+     * string is next changed.
+     */
+    const char* getStringA() const;
+
+    /// Number of units, at most 524,288. O(n).
+    int length() const;
+
+    /// 1 when the text is empty, else 0. O(1).
+    int isEmpty() const;
+
+    /// The unit at `index`; not checked.
+    const wchar_t& operator[](int index) const;
+
+    /**
+     * Overwrites the unit at `index` in a copy of the text. An index equal to length() overwrites the terminator, so
+     * the text then runs on into what the wide scratch buffer held behind it; an index outside the scratch buffer
+     * changes nothing. The `char` form converts the byte from the ANSI code page first.
+     */
+    qelString& setAt(int index, const wchar_t& c);
+    qelString& setAt(int index, const unsigned short& c);
+    qelString& setAt(int index, const char& c);
+    /// @}
+
+    /// @name Comparison
+    /// Ordinal: unit by unit as unsigned 16-bit values, without case folding or locale, unless a member says otherwise.
+    /// @{
+    bool operator==(const qelString& other) const;
+    bool operator!=(const qelString& other) const;
+    bool operator<(const qelString& other) const;
+    bool operator>(const qelString& other) const;
+
+    /// -1, 0 or 1.
+    static int compare(const qelString& a, const qelString& b);
+
+    /// Compares at most `n` units; only the sign of the result has a meaning.
+    static int compare(const qelString& a, const qelString& b, int n);
+
+    /// As the C runtime's `_wcsicmp` / `_wcsnicmp`; only the sign of the result has a meaning.
+    static int compareNoCase(const qelString& a, const qelString& b);
+    static int compareNoCase(const qelString& a, const qelString& b, int n);
+
+    /**
+     * Natural order: digits at the same position are compared by the value of the number they start, so x9 comes
+     * before x10. Returns -1, 0 or 1. Three results surprise and are meant: a text is equal to any longer text that
+     * starts with it, but a longer one is greater than its own beginning; a digit comes before whatever is no digit
+     * when it stands in `a`, but is compared by code value when it stands in `b`; a7 equals a007.
+     */
+    static int compareWithNumbers(const qelString& a, const qelString& b);
+
+    /// Comparators for sorting and searching: each argument points to a `qelString`; 0 when either is null.
+    static int strCompare(const void* a, const void* b);
+    static int strCompareNoCase(const void* a, const void* b);
+    /// @}
+
+    /// @name Concatenation and removal of leading units
+    /// @{
+
+    /// The text of this string followed by that of `other`.
+    qelString operator+(const qelString& other) const;
+    const qelString& operator+=(const qelString& other);
+
+    /// Drops the first `count` units; less than 1 drops nothing, as many as there are or more leaves the empty text.
+    qelString& operator>>=(int count);
+    qelString operator>>(int count) const;
+    /// @}
+
+    /// @name Searching
+    /// @{
+
+    /// Position of the first `what` at or after `start`, or -1; also -1 when `start` is negative or not below length().
+    int find(const qelString& what, int start = 0) const;
+
+    /// Position of the last `c`, or -1.
+    int find_last_of(wchar_t c) const;
+    int find_last_of(unsigned short c) const;
+
+    /**
+     * Position of the last byte `c` among the first length() bytes of the narrow form, or -1. It is a position in this
+     * text only where the ANSI code page has one byte a character.
+     */
+    int find_last_of(char c) const;
+
+    /// True when every unit is a letter or digit (`iswalnum`); true for the empty text.
+    bool IsAlphaNumeric() const;
+
+    /// True when every unit is a letter (`iswalpha`); true for the empty text.
+    bool IsAlphabetic() const;
+
+    /// True when every unit is a digit (`iswdigit`); false for the empty text.
+    bool IsNumeric() const;
+    /// @}
+
+    /// @name Replacing
+    /// @{
+
+    /**
+     * Replaces every `from` by `to` and returns how many there were. The text is rebuilt even when there were none. A
+     * `to` of 0 cuts the text at the first place; the count still covers them all. The `char` form converts both from
+     * the ANSI code page.
+     */
+    int replace(wchar_t from, wchar_t to);
+    int replace(unsigned short from, unsigned short to);
+    int replace(char from, char to);
+
+    /**
+     * Replaces every `what`, from left to right and without looking into inserted text, and returns how many there
+     * were. An empty `what` gives 0 and changes nothing.
+     */
+    int replace(const qelString& what, const qelString& with);
+
+    /// Replaces `count` units from `start`; a range past the end drops the tail, a count below 1 changes nothing.
+    qelString& replace(int start, int count, const qelString& with);
+
+    /// Removes every `c`; the `char` form converts it from the ANSI code page first.
+    void removeAll(const wchar_t& c);
+    void removeAll(const unsigned short& c);
+    void removeAll(const char& c);
+    /// @}
+
+    /// @name Cutting
+    /// @{
+
+    /// The first `n` units; empty for a negative `n`, the whole text (shared) for `n` at or above length().
+    qelString left(int n) const;
+
+    /// The last `n` units; empty for a negative `n`, the whole text (shared) for `n` at or above length().
+    qelString right(int n) const;
+
+    /// Up to `count` units from `start`; a start outside the text or a negative count gives the empty text.
+    qelString mid(int start, int count) const;
+    qelString mid(int start) const;
+
+    /**
+     * Sets this string to up to `count` units of `source` from `start`, or to the empty text when `start` is negative
+     * or not below the source's length or `count` is below 1. Returns a copy of this string.
+     */
+    qelString copy(const qelString& source, int start, int count);
+    qelString copy(const qelString& source, int start);
+
+    /// Removes tabs, line feeds and spaces, but deliberately no carriage return, from the beginning or the end.
+    void TrimLeft();
+    void TrimRight();
+
+    /// Removes the units that occur in `set` from the beginning or the end; an empty set removes nothing.
+    void TrimLeft(const qelString& set);
+    void TrimRight(const qelString& set);
+    /// @}
+
+    /// @name Letter case and order
+    /// @{
+
+    /// Converts by the C runtime's current locale.
+    qelString& toUpper();
+    qelString& toLower();
+
+    /**
+     * Reverses the text in place and returns a new string of it. Deliberately without detaching: every string that
+     * shares the text is reversed with this one, and this string's narrow form is not renewed.
+     */
+    qelString strRev();
+    /// @}
+
+    /// @name Numbers
+    /// Parsing skips leading white space, stops at the first character that does not fit, and gives 0 for no number.
+    /// @{
+    int toInteger() const;
+    long toLong() const;
+
+    /// Deliberately parses the 32-bit range only, then widens.
+    long long toIntPtr() const;
+
+    double toDouble() const;
+
+    /// The value in base `radix` (2 to 36).
+    static qelString integerToString(int value, int radix = 10);
+    static qelString longToString(long value, int radix = 10);
+
+    /// The value with `digits` significant digits, in the form that the C runtime's `_gcvt_s` gives it.
+    static qelString doubleToString(double value, int digits);
+    /// @}
+
+    /// @name Formatting
+    /// The platform's format language: "%s" takes wide text in wide formats and narrow text in narrow ones, "%S" the
+    /// other way round. Narrow results are converted from the ANSI code page. A null format gives the empty text. An
+    /// argument may be this string's own text.
+    /// @{
+    qelString& format(const char* fmt, ...);
+    qelString& format(const wchar_t* fmt, ...);
+    qelString& format(const unsigned short* fmt, ...);
+    qelString& vformat(const char* fmt, va_list args);
+    qelString& vformat(const wchar_t* fmt, va_list args);
+    qelString& vformat(const unsigned short* fmt, va_list args);
+
+    /**
+     * Formats a time with `strftime`. `maxSize` is the greatest size of the result in bytes, terminator included; a
+     * result that does not fit, a `maxSize` of 0 and null arguments give the empty text.
+     */
+    qelString& formatTime(size_t maxSize, const char* fmt, const tm* when);
+
+    /// The local time of day as hh:mm:ss.
+    static qelString time();
+
+    /// The local date as mm/dd/yy.
+    static qelString date();
+    /// @}
+
+    /// @name Tokens
+    /// Both replace the contents of `tokens` and leave `text` as it is. Every unit of `separators` separates; runs of
+    /// separators count as one and no token is empty.
+    /// @{
+    static void getTokens(qelString& text, qelArray<qelString>& tokens, const qelString& separators);
+
+    /**
+     * As above, but between a unit of `quotes` and its next occurrence separators are ordinary text. Quotes stay in the
+     * tokens; a doubled quote inside stays doubled; a quote that is not closed runs to the end of the text.
+     */
+    static void getTokens(qelString& text, qelArray<qelString>& tokens, const qelString& separators, qelString quotes);
+    /// @}
+
+    /// @name Paths
+    /// @{
+
+    /**
+     * Splits the text into drive ("c:"), folder (with its last separator), file name and extension (with its dot). A
+     * part of 256 units or more is an invalid-parameter failure of the C runtime; all four are then empty.
+     */
+    void SplitPath(qelString& drive, qelString& dir, qelString& fname, qelString& ext) const;
+
+    /// Sets this string to the path made of the parts; one of 260 units or more fails likewise and leaves it empty.
+    void MakePath(const qelString& drive, const qelString& dir, const qelString& fname, const qelString& ext);
+    /// @}
+
+private:
+    /// The text of `chars[first..last]`; empty when the range is none. An empty array leaves m_rep null.
+    qelString(const qelArray<wchar_t>& chars, int first, int last);
+
+    /// Takes over a representation whose count already covers the new string.
+    explicit qelString(qelStringRepr* rep);
+
+    /// A new representation of `length` units, or the empty one; `text` holds no terminator among them.
+    static qelStringRepr* represent(const wchar_t* text, size_t length);
+
+    /// The same for `length` bytes in a code page; cut at the greatest length.
+    static qelStringRepr* represent(const char* text, size_t length, unsigned codePage);
+
+    /// Releases text and narrow form and takes over `rep`, whose count already covers this string.
+    qelString& adopt(qelStringRepr* rep);
+
+    /// Appends every unit of the text to `chars`, which is not cleared first.
+    void StringToArr(qelArray<wchar_t>& chars) const;
+
+    void ReleaseRep();
+    void ReleaseCharCache();
+
+    qelStringRepr* m_rep;      ///< the text; m_repEmpty when empty, never null for callers
+    mutable char* m_charCache; ///< narrow form, or null until it is asked for
+};
+
+static_assert(sizeof(qelStringRepr) == 24, "virtual table, text and count");
+static_assert(sizeof(qelString) == 16, "text and narrow form");
+
+#endif

@@ -1,0 +1,21 @@
+#include "module/Module.h"
+
+namespace
+{
+HINSTANCE moduleHandle = nullptr;
+}
+
+HINSTANCE qelModule::handle()
+{
+    return moduleHandle;
+}
+
+// Runs under the loader lock: it only keeps the handle.
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID)
+{
+    if (reason == DLL_PROCESS_ATTACH)
+    {
+        moduleHandle = module;
+    }
+    return TRUE;
+}

@@ -1,0 +1,21 @@
+// Everything that belongs to the process and exists from the moment the library is loaded, in the order in which it is
+// made. The loader runs this before any exported function can be called and before the host's own static initialisers.
+//
+// Nothing here has a destructor: the objects must outlive every caller, and their storage goes with the module.
+
+#include "qelString.h"
+#include "strings/Text.h"
+
+namespace
+{
+wchar_t wideScratch[qelText::kCapacity];
+char narrowScratch[qelText::kCapacity];
+
+wchar_t emptyText[1];
+alignas(qelStringRepr) unsigned char emptyRepresentation[sizeof(qelStringRepr)];
+} // namespace
+
+wchar_t* qelString::qelStringTempBufferWide = wideScratch;
+char* qelString::qelStringTempBuffer = narrowScratch;
+qelStringRepr* qelString::m_repEmpty =
+    new (static_cast<void*>(emptyRepresentation), qelPlacement()) qelStringRepr(emptyText);

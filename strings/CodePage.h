@@ -1,0 +1,37 @@
+// Text in code pages. Not part of the public interface; other subsystems may use it.
+#ifndef QEL_CODE_PAGE_H
+#define QEL_CODE_PAGE_H
+
+#include "strings/Text.h"
+
+namespace qelCodePage
+{
+/// The widest character of a code page that the process may have as its own: bytes for one 16-bit unit.
+const size_t kMaxBytesPerUnit = 4;
+
+/// Bytes before the terminator, at most as many as the longest text can need; 0 for null.
+inline size_t measure(const char* text)
+{
+    return text == nullptr ? 0 : strnlen(text, qelText::kCapacity * kMaxBytesPerUnit);
+}
+
+/// The unit that one byte of the ANSI code page stands for; 0 for a byte that is no character by itself.
+inline wchar_t unit(char byte)
+{
+    wchar_t units[5] = {};
+    (void)MultiByteToWideChar(CP_ACP, 0, &byte, 1, units, 5);
+    return units[0];
+}
+
+/// WideCharToMultiByte to the ANSI code page with "?" for what it lacks; a null target measures.
+inline int toAnsi(const wchar_t* text, int length, char* target, int capacity)
+{
+    // UTF-8 lacks nothing and refuses a default character.
+    const bool complete = GetACP() == CP_UTF8;
+    BOOL usedDefault = FALSE;
+    return WideCharToMultiByte(CP_ACP, 0, text, length, target, capacity, complete ? nullptr : "?",
+                               complete ? nullptr : &usedDefault);
+}
+} // namespace qelCodePage
+
+#endif

@@ -1,0 +1,314 @@
+// Life, access, comparison operators and concatenation. The other operations stand in qelString*.cpp by topic.
+
+#include "qelString.h"
+
+#include "strings/CodePage.h"
+#include "strings/Text.h"
+
+qelStringRepr::qelStringRepr(wchar_t* data)
+    : m_data(data)
+    , m_refCount(1)
+{
+}
+
+qelStringRepr::~qelStringRepr()
+{
+    qelText::scrub(m_data, qelText::measure(m_data) * sizeof(wchar_t));
+}
+
+void qelStringRepr::operator delete(void* block)
+{
+    ::operator delete(block);
+}
+
+qelStringRepr* qelStringRepr::create(size_t length)
+{
+    // One block for both: the text stands right behind the representation.
+    void* block = ::operator new(sizeof(qelStringRepr) + (length + 1) * sizeof(wchar_t));
+    wchar_t* data = reinterpret_cast<wchar_t*>(static_cast<unsigned char*>(block) + sizeof(qelStringRepr));
+    data[length] = 0;
+    return new (block, qelPlacement()) qelStringRepr(data);
+}
+
+qelString::qelString()
+    : m_rep(m_repEmpty)
+    , m_charCache(nullptr)
+{
+}
+
+qelString::qelString(const wchar_t* text)
+    : m_rep(represent(text, qelText::measure(text)))
+    , m_charCache(nullptr)
+{
+}
+
+qelString::qelString(const unsigned short* text)
+    : qelString(qelText::wide(text))
+{
+}
+
+qelString::qelString(const char* text)
+    : m_rep(represent(text, qelCodePage::measure(text), CP_ACP))
+    , m_charCache(nullptr)
+{
+}
+
+qelString::qelString(const qelString& other)
+    : m_rep(other.m_rep)
+    , m_charCache(nullptr)
+{
+    ++m_rep->m_refCount;
+}
+
+// Kept as callers know it: an empty array leaves no representation at all, not even the empty one.
+qelString::qelString(const qelArray<wchar_t>& chars, int first, int last)
+    : m_rep(nullptr)
+    , m_charCache(nullptr)
+{
+    const long length = chars.length();
+    if (length > 0)
+    {
+        const bool valid = first >= 0 && first <= last && last < length;
+        const size_t count = valid ? static_cast<size_t>(last - first) + 1 : 0;
+        m_rep = valid ? represent(&chars[first], wcsnlen(&chars[first], count)) : m_repEmpty;
+    }
+}
+
+qelString::qelString(qelStringRepr* rep)
+    : m_rep(rep)
+    , m_charCache(nullptr)
+{
+}
+
+qelString::~qelString()
+{
+    ReleaseRep();
+    ReleaseCharCache();
+}
+
+qelString& qelString::operator=(const qelString& other)
+{
+    if (m_rep != other.m_rep)
+    {
+        ++other.m_rep->m_refCount;
+        adopt(other.m_rep);
+    }
+    return *this;
+}
+
+// The new text is built before the old one goes: the argument may point into either form of it.
+qelString& qelString::operator=(const wchar_t* text)
+{
+    return adopt(represent(text, qelText::measure(text)));
+}
+
+qelString& qelString::operator=(const unsigned short* text)
+{
+    return *this = qelText::wide(text);
+}
+
+qelString& qelString::operator=(const char* text)
+{
+    return adopt(represent(text, qelCodePage::measure(text), CP_ACP));
+}
+
+qelString qelString::setFromUnsignedShortString(const unsigned short* text)
+{
+    *this = text;
+    return *this;
+}
+
+qelString& qelString::empty()
+{
+    return adopt(m_repEmpty);
+}
+
+const wchar_t* qelString::getStringW() const
+{
+    return m_rep->m_data;
+}
+
+const unsigned short* qelString::getStringWAsUnsignedShort() const
+{
+    return reinterpret_cast<const unsigned short*>(m_rep->m_data);
+}
+
+const char* qelString::getStringA() const
+{
+    if (m_charCache == nullptr)
+    {
+        const int units = length();
+        const int bytes = units == 0 ? 0 : qelCodePage::toAnsi(m_rep->m_data, units, nullptr, 0);
+        m_charCache = static_cast<char*>(::operator new(static_cast<size_t>(bytes) + 1));
+        if (bytes > 0)
+        {
+            (void)qelCodePage::toAnsi(m_rep->m_data, units, m_charCache, bytes);
+        }
+        m_charCache[bytes] = 0;
+    }
+    return m_charCache;
+}
+
+int qelString::length() const
+{
+    return static_cast<int>(qelText::measure(m_rep->m_data));
+}
+
+int qelString::isEmpty() const
+{
+    return m_rep->m_data[0] == 0 ? 1 : 0;
+}
+
+const wchar_t& qelString::operator[](int index) const
+{
+    return m_rep->m_data[index];
+}
+
+// Goes through the scratch buffer because a write over the terminator is to show what the buffer held behind it.
+qelString& qelString::setAt(int index, const wchar_t& c)
+{
+    const wchar_t unit = c;
+    if (wcscpy_s(qelStringTempBufferWide, qelText::kCapacity, m_rep->m_data) != 0)
+    {
+        return empty();
+    }
+    if (index >= 0 && index < kMaxLength)
+    {
+        qelStringTempBufferWide[index] = unit;
+    }
+    return *this = qelStringTempBufferWide;
+}
+
+qelString& qelString::setAt(int index, const unsigned short& c)
+{
+    return setAt(index, static_cast<wchar_t>(c));
+}
+
+qelString& qelString::setAt(int index, const char& c)
+{
+    return setAt(index, qelCodePage::unit(c));
+}
+
+bool qelString::operator==(const qelString& other) const
+{
+    return compare(*this, other) == 0;
+}
+
+bool qelString::operator!=(const qelString& other) const
+{
+    return compare(*this, other) != 0;
+}
+
+bool qelString::operator<(const qelString& other) const
+{
+    return compare(*this, other) < 0;
+}
+
+bool qelString::operator>(const qelString& other) const
+{
+    return compare(*this, other) > 0;
+}
+
+qelString qelString::operator+(const qelString& other) const
+{
+    const size_t front = qelText::measure(m_rep->m_data);
+    const size_t back = qelText::measure(other.m_rep->m_data);
+    if (front + back >= qelText::kCapacity)
+    {
+        qelText::refuseTooLong();
+        return qelString();
+    }
+    if (front + back == 0)
+    {
+        return qelString();
+    }
+    qelStringRepr* rep = qelStringRepr::create(front + back);
+    memcpy(rep->m_data, m_rep->m_data, front * sizeof(wchar_t));
+    memcpy(rep->m_data + front, other.m_rep->m_data, back * sizeof(wchar_t));
+    return qelString(rep);
+}
+
+const qelString& qelString::operator+=(const qelString& other)
+{
+    return *this = *this + other;
+}
+
+qelString& qelString::operator>>=(int count)
+{
+    if (count < 1)
+    {
+        return *this;
+    }
+    const int units = length();
+    const int dropped = count < units ? count : units;
+    return adopt(represent(m_rep->m_data + dropped, static_cast<size_t>(units - dropped)));
+}
+
+qelString qelString::operator>>(int count) const
+{
+    qelString result(*this);
+    result >>= count;
+    return result;
+}
+
+qelStringRepr* qelString::represent(const wchar_t* text, size_t length)
+{
+    if (length == 0)
+    {
+        return m_repEmpty;
+    }
+    qelStringRepr* rep = qelStringRepr::create(length);
+    memcpy(rep->m_data, text, length * sizeof(wchar_t));
+    return rep;
+}
+
+qelStringRepr* qelString::represent(const char* text, size_t length, unsigned codePage)
+{
+    if (length == 0)
+    {
+        return m_repEmpty;
+    }
+    // No code page makes more units than it has bytes, so one conversion into that much room does.
+    const int room = static_cast<int>(length);
+    qelStringRepr* rep = qelStringRepr::create(length);
+    const int made = MultiByteToWideChar(codePage, 0, text, room, rep->m_data, room);
+    size_t units = made > 0 ? static_cast<size_t>(made) : 0;
+    rep->m_data[units] = 0;
+    if (units > qelText::kCapacity)
+    {
+        qelText::scrub(rep->m_data + qelText::kCapacity, (units - qelText::kCapacity) * sizeof(wchar_t));
+    }
+    if (rep->m_data[0] == 0)
+    {
+        delete rep;
+        return m_repEmpty;
+    }
+    return rep;
+}
+
+qelString& qelString::adopt(qelStringRepr* rep)
+{
+    ReleaseCharCache();
+    ReleaseRep();
+    m_rep = rep;
+    return *this;
+}
+
+void qelString::ReleaseRep()
+{
+    if (m_rep != nullptr && m_rep != m_repEmpty && --m_rep->m_refCount < 1)
+    {
+        delete m_rep;
+        m_rep = nullptr;
+    }
+}
+
+void qelString::ReleaseCharCache()
+{
+    if (m_charCache != nullptr)
+    {
+        qelText::scrub(m_charCache, strlen(m_charCache));
+        ::operator delete(m_charCache);
+        m_charCache = nullptr;
+    }
+}

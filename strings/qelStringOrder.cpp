@@ -1,0 +1,21 @@
+// Comparators and natural order.
+
+#include "qelString.h"
+
+#include <wchar.h>
+
+int qelString::compare(const qelString& a, const qelString& b)
+{
+    const wchar_t* left = a.m_rep->m_data;
+    const wchar_t* right = b.m_rep->m_data;
+    if (left == right)
+    {
+        return 0;
+    }
+    while (*left == *right && *right != 0)
+    {
+        ++left;
+        ++right;
+    }
+    return (*left > *right) - (*left < *right);
+}
