@@ -1,5 +1,5 @@
-# Compiles the public headers with warnings as errors: each one alone, and all of them before and after windows.h, with
-# every combination of the macros that hosts set for it.
+# Compiles the public headers with warnings as errors: each one alone, all of them after windows.h with every combination
+# of the macros that hosts set for it, and all of them before it.
 #
 # Needs COMPILER (GCC or Clang for Windows) and INCLUDE_DIR.
 
@@ -37,10 +37,15 @@ foreach(unicode "" "-DUNICODE;-D_UNICODE")
     foreach(nominmax "" -DNOMINMAX)
       set(macros ${unicode} ${lean} ${nominmax})
       set(source ${CMAKE_CURRENT_LIST_DIR}/HeadersWithWindows.cpp)
-      compile("before windows.h: ${macros}" ${macros} ${all} -include windows.h ${source})
       compile("after windows.h: ${macros}" ${macros} -include windows.h ${all} ${source})
     endforeach()
   endforeach()
+endforeach()
+
+# The headers in front include nothing of Windows, so that only a name of theirs could disturb windows.h.
+foreach(macros "" "-DUNICODE;-D_UNICODE;-DWIN32_LEAN_AND_MEAN;-DNOMINMAX")
+  compile("before windows.h: ${macros}" ${macros} ${all} -include windows.h
+    ${CMAKE_CURRENT_LIST_DIR}/HeadersWithWindows.cpp)
 endforeach()
 
 if(failures GREATER 0)
