@@ -252,7 +252,12 @@ int qelFileAccess::readString(qelString& token) const
         return 0;
     }
     wchar_t scanned[kTokenUnits] = {};
-    const int result = fwscanf_s(m_stream, L"%s", scanned, static_cast<unsigned>(kTokenUnits));
+    int result = fwscanf_s(m_stream, L"%s", scanned, static_cast<unsigned>(kTokenUnits));
+    if (result == 0 && scanned[0] == 0 && feof(m_stream) != 0)
+    {
+        // Not every runtime says so itself when it met nothing but white space.
+        result = EOF;
+    }
     token = scanned;
     qelText::scrub(scanned, sizeof scanned);
     return result;
