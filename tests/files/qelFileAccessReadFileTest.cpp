@@ -426,7 +426,8 @@ TEST(qelFileAccessReadFileWithKey, CutsTextAtItsGreatestLengthAndCountsOn)
         const std::wstring kept = text.substr(0, 524288);
         for (const Form form : kForms)
         {
-            EXPECT_EQ(readContent(inForm(form, text), L"r", qelFileAccess::UNICODE_TEXT, SIZE_MAX), (Read{ length, kept }));
+            EXPECT_EQ(readContent(inForm(form, text), L"r", qelFileAccess::UNICODE_TEXT, SIZE_MAX),
+                      (Read{ length, kept }));
         }
     }
 }

@@ -88,7 +88,8 @@ TEST(qelFileAccessLines, KeepsTheLineFeedAndTranslatesLineEnds)
 {
     for (const qelFileAccess::encodeType encoding : kAll)
     {
-        EXPECT_EQ(lines(encoded(encoding, "one\r\n\r\ntwo\nend"), encoding, 100), (Lines{ L"one\n", L"\n", L"two\n", L"end" }));
+        EXPECT_EQ(lines(encoded(encoding, "one\r\n\r\ntwo\nend"), encoding, 100),
+                  (Lines{ L"one\n", L"\n", L"two\n", L"end" }));
     }
 }
 
@@ -165,7 +166,8 @@ TEST(qelFileAccessLines, ReadsWideTextWhole)
     const std::string content = utf16(L"\xFEFF\x4E2D\xD83D\xDE00\r\n");
     EXPECT_EQ(lines(content, qelFileAccess::UNICODE_TEXT, 100), (Lines{ L"\x4E2D\xD83D\xDE00\n", L"" }));
     EXPECT_EQ(lines(content, qelFileAccess::UTF16LE, 100), (Lines{ L"\x4E2D\xD83D\xDE00\n", L"" }));
-    EXPECT_EQ(lines(bytes("\xEF\xBB\xBF\xE4\xB8\xAD\r\n"), qelFileAccess::UNICODE_TEXT, 100), (Lines{ L"\x4E2D\n", L"" }));
+    EXPECT_EQ(lines(bytes("\xEF\xBB\xBF\xE4\xB8\xAD\r\n"), qelFileAccess::UNICODE_TEXT, 100),
+              (Lines{ L"\x4E2D\n", L"" }));
 }
 
 TEST(qelFileAccessLines, EndsAtAnEndOfFileCharacter)

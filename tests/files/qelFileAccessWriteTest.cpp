@@ -20,7 +20,8 @@ const unsigned short* units(const wchar_t* text)
 }
 
 /// What a new file holds after `use` had it open.
-template <typename Use> std::string written(qelFileAccess::encodeType encoding, const Use& use, const wchar_t* mode = L"w")
+template <typename Use>
+std::string written(qelFileAccess::encodeType encoding, const Use& use, const wchar_t* mode = L"w")
 {
     TestFile onDisk;
     {
@@ -68,7 +69,8 @@ TEST(qelFileAccessWrite, ConvertsAnEightBitFormatFromTheAnsiCodePage)
 
 TEST(qelFileAccessWrite, TranslatesAsTheKeySays)
 {
-    EXPECT_EQ(written(qelFileAccess::UTF8, [](const qelFileAccess& file) { EXPECT_EQ(file.write(L"\x4E2D%c", L'\x20AC'), 2); }),
+    EXPECT_EQ(written(qelFileAccess::UTF8,
+                      [](const qelFileAccess& file) { EXPECT_EQ(file.write(L"\x4E2D%c", L'\x20AC'), 2); }),
               bytes("\xEF\xBB\xBF\xE4\xB8\xAD\xE2\x82\xAC"));
 }
 
@@ -135,7 +137,8 @@ TEST(qelFileAccessPuts, KeepsEveryCharacterOfTheCodePageThroughUtf8)
     {
         const char narrow = static_cast<char>(byte);
         wchar_t unit = 0;
-        if (MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, &narrow, 1, &unit, 1) == 1 && (unit < 0x7F || unit >= 0xA0))
+        const bool known = MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, &narrow, 1, &unit, 1) == 1;
+        if (known && (unit < 0x7F || unit >= 0xA0))
         {
             text += unit;
         }
