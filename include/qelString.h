@@ -286,7 +286,8 @@ public:
     void TrimLeft();
     void TrimRight();
 
-    /// Removes the units that occur in `set` from the beginning or the end; an empty set removes nothing.
+    /// Removes the units that occur in `set` from the beginning or the end; an empty set removes nothing. The text is
+    /// rebuilt even when nothing is removed, and its limit is that of a formatted one.
     void TrimLeft(const qelString& set);
     void TrimRight(const qelString& set);
     /// @}
@@ -391,7 +392,6 @@ private:
     /// Releases text and narrow form and takes over `rep`, whose count already covers this string.
     qelString& adopt(qelStringRepr* rep);
 
-    /// Removes the units of `set` from the beginning or the end; the text is rebuilt even when there are none.
     void trimFront(const wchar_t* set, size_t setLength);
     void trimBack(const wchar_t* set, size_t setLength);
 

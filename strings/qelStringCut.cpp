@@ -10,11 +10,6 @@ namespace
 const wchar_t defaultTrimSet[] = L"\t\n ";
 const size_t defaultTrimSetLength = 3;
 
-bool contains(const wchar_t* set, size_t length, wchar_t c)
-{
-    return wmemchr(set, c, length) != nullptr;
-}
-
 /// Units that a range has of a text of `units`; 0 when it does not start inside.
 size_t countInside(int start, int count, int units)
 {
@@ -81,12 +76,12 @@ void qelString::TrimRight()
 
 void qelString::TrimLeft(const qelString& set)
 {
-    trimFront(set.m_rep->m_data, qelText::measure(set.m_rep->m_data));
+    trimFront(set.m_rep->m_data, qelText::measureOwn(set.m_rep->m_data));
 }
 
 void qelString::TrimRight(const qelString& set)
 {
-    trimBack(set.m_rep->m_data, qelText::measure(set.m_rep->m_data));
+    trimBack(set.m_rep->m_data, qelText::measureOwn(set.m_rep->m_data));
 }
 
 void qelString::trimFront(const wchar_t* set, size_t setLength)
@@ -96,12 +91,13 @@ void qelString::trimFront(const wchar_t* set, size_t setLength)
         return;
     }
     const wchar_t* text = m_rep->m_data;
-    const wchar_t* end = text + qelText::measure(text);
-    while (text < end && contains(set, setLength, *text))
+    const wchar_t* end = text + qelText::measureOwn(text);
+    while (text < end && qelText::contains(set, setLength, *text))
     {
         ++text;
     }
-    adopt(represent(text, static_cast<size_t>(end - text)));
+    const size_t kept = static_cast<size_t>(end - text);
+    adopt(qelText::fits(kept) ? represent(text, kept) : m_repEmpty);
 }
 
 void qelString::trimBack(const wchar_t* set, size_t setLength)
@@ -111,12 +107,12 @@ void qelString::trimBack(const wchar_t* set, size_t setLength)
         return;
     }
     const wchar_t* text = m_rep->m_data;
-    size_t kept = qelText::measure(text);
-    while (kept > 0 && contains(set, setLength, text[kept - 1]))
+    size_t kept = qelText::measureOwn(text);
+    while (kept > 0 && qelText::contains(set, setLength, text[kept - 1]))
     {
         --kept;
     }
-    adopt(represent(text, kept));
+    adopt(qelText::fits(kept) ? represent(text, kept) : m_repEmpty);
 }
 
 void qelString::StringToArr(qelArray<wchar_t>& chars) const
