@@ -265,7 +265,7 @@ public:
     /// @name Cutting
     /// @{
 
-    /// The first `n` units; empty for a negative `n`, the whole text (shared) for `n` at or above length().
+    /// The first `n` units; empty for a negative `n`, the whole text (shared) for `n` at or above length(). O(n).
     qelString left(int n) const;
 
     /// The last `n` units; empty for a negative `n`, the whole text (shared) for `n` at or above length().

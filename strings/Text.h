@@ -62,6 +62,21 @@ inline size_t measureOwn(const wchar_t* text)
     return length;
 }
 
+/// The same, at most `limit`, without a look at the rest.
+inline size_t measureOwn(const wchar_t* text, size_t limit)
+{
+    size_t length = 0;
+    while (length < limit && !holdsTerminator(chunk(text + length)))
+    {
+        length += kUnitsPerChunk;
+    }
+    while (length < limit && text[length] != 0)
+    {
+        ++length;
+    }
+    return length < limit ? length : limit;
+}
+
 /// Overwrites memory with zeros in a way that the optimiser keeps.
 inline void scrub(void* memory, size_t bytes)
 {

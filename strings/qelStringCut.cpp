@@ -10,25 +10,31 @@ namespace
 const wchar_t defaultTrimSet[] = L"\t\n ";
 const size_t defaultTrimSetLength = 3;
 
-/// Units that a range has of a text of `units`; 0 when it does not start inside.
-size_t countInside(int start, int count, int units)
+/// Units of a text that a range covers; 0 when it does not start inside.
+size_t countInside(const wchar_t* text, int start, int count)
 {
-    if (start < 0 || start >= units || count < 1)
+    if (start < 0 || count < 1)
     {
         return 0;
     }
-    return static_cast<size_t>(count < units - start ? count : units - start);
+    const size_t before = static_cast<size_t>(start);
+    const size_t reached = qelText::measureOwn(text, before + static_cast<size_t>(count));
+    return reached > before ? reached - before : 0;
 }
 } // namespace
 
 qelString qelString::left(int n) const
 {
-    const int units = length();
-    if (n >= units)
+    if (n < 0)
+    {
+        return qelString();
+    }
+    const size_t kept = static_cast<size_t>(n);
+    if (qelText::measureOwn(m_rep->m_data, kept + 1) <= kept)
     {
         return *this;
     }
-    return qelString(represent(m_rep->m_data, n < 0 ? 0 : static_cast<size_t>(n)));
+    return qelString(represent(m_rep->m_data, kept));
 }
 
 qelString qelString::right(int n) const
@@ -44,8 +50,8 @@ qelString qelString::right(int n) const
 
 qelString qelString::mid(int start, int count) const
 {
-    const size_t units = countInside(start, count, length());
-    return units == 0 ? qelString() : qelString(represent(m_rep->m_data + start, units));
+    const size_t units = countInside(m_rep->m_data, start, count);
+    return qelString(represent(units == 0 ? nullptr : m_rep->m_data + start, units));
 }
 
 qelString qelString::mid(int start) const
@@ -55,8 +61,8 @@ qelString qelString::mid(int start) const
 
 qelString qelString::copy(const qelString& source, int start, int count)
 {
-    const size_t units = countInside(start, count, source.length());
-    return adopt(units == 0 ? m_repEmpty : represent(source.m_rep->m_data + start, units));
+    const size_t units = countInside(source.m_rep->m_data, start, count);
+    return adopt(represent(units == 0 ? nullptr : source.m_rep->m_data + start, units));
 }
 
 qelString qelString::copy(const qelString& source, int start)
