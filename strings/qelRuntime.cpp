@@ -353,7 +353,7 @@ int qelfopen(FILE** file, const qelString& name, const qelString& mode)
     return 0;
 }
 
-// The bounds-checked functions have the platform's format language with every compiler.
+// These two have the platform's format language with every compiler; a null locale is the current one.
 
 int qelfprintf(FILE* file, const char* format, ...)
 {
@@ -363,7 +363,7 @@ int qelfprintf(FILE* file, const char* format, ...)
     }
     va_list args;
     va_start(args, format);
-    const int written = vfprintf_s(file, format, args);
+    const int written = _vfprintf_l(file, format, nullptr, args);
     va_end(args);
     return written;
 }
@@ -376,7 +376,7 @@ int qelfprintf(FILE* file, const wchar_t* format, ...)
     }
     va_list args;
     va_start(args, format);
-    const int written = vfwprintf_s(file, format, args);
+    const int written = _vfwprintf_l(file, format, nullptr, args);
     va_end(args);
     return written;
 }
