@@ -37,6 +37,18 @@ int qelRuntimeGaps::wcslwr(wchar_t* buffer, size_t capacity)
     return _wcslwr_s(buffer, capacity);
 }
 
+// What vfprintf and vfwprintf are in Visual C++'s headers; those of MinGW make something else of the names.
+
+int qelRuntimeGaps::print(FILE* file, const char* format, va_list args)
+{
+    return __stdio_common_vfprintf(_CRT_INTERNAL_LOCAL_PRINTF_OPTIONS, file, format, nullptr, args);
+}
+
+int qelRuntimeGaps::print(FILE* file, const wchar_t* format, va_list args)
+{
+    return __stdio_common_vfwprintf(_CRT_INTERNAL_LOCAL_PRINTF_OPTIONS, file, format, nullptr, args);
+}
+
 #else
 
 namespace
@@ -154,6 +166,18 @@ int qelRuntimeGaps::wcsupr(wchar_t* buffer, size_t capacity)
 int qelRuntimeGaps::wcslwr(wchar_t* buffer, size_t capacity)
 {
     return capacity == 0 ? fail(EINVAL) : _wcslwr_s(buffer, capacity);
+}
+
+// A null locale is the current one.
+
+int qelRuntimeGaps::print(FILE* file, const char* format, va_list args)
+{
+    return _vfprintf_l(file, format, nullptr, args);
+}
+
+int qelRuntimeGaps::print(FILE* file, const wchar_t* format, va_list args)
+{
+    return _vfwprintf_l(file, format, nullptr, args);
 }
 
 #endif

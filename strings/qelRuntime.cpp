@@ -353,8 +353,6 @@ int qelfopen(FILE** file, const qelString& name, const qelString& mode)
     return 0;
 }
 
-// These two have the platform's format language with every compiler; a null locale is the current one.
-
 int qelfprintf(FILE* file, const char* format, ...)
 {
     if (file == nullptr || format == nullptr)
@@ -363,7 +361,7 @@ int qelfprintf(FILE* file, const char* format, ...)
     }
     va_list args;
     va_start(args, format);
-    const int written = _vfprintf_l(file, format, nullptr, args);
+    const int written = qelRuntimeGaps::print(file, format, args);
     va_end(args);
     return written;
 }
@@ -376,7 +374,7 @@ int qelfprintf(FILE* file, const wchar_t* format, ...)
     }
     va_list args;
     va_start(args, format);
-    const int written = _vfwprintf_l(file, format, nullptr, args);
+    const int written = qelRuntimeGaps::print(file, format, args);
     va_end(args);
     return written;
 }

@@ -691,7 +691,8 @@ TYPED_TEST(qelRuntime, SplitsAPathIntoPartsThatFitExactly)
 {
     using Char = typename TypeParam::Char;
     Room<Char> drive, dir, fname, ext;
-    EXPECT_EQ(TypeParam::split(in<Char>("c:\\Kernel\\Data/model.1.mdb").data(), drive, 3, dir, 14, fname, 8, ext, 5), 0);
+    const std::vector<Char> path = in<Char>("c:\\Kernel\\Data/model.1.mdb");
+    EXPECT_EQ(TypeParam::split(path.data(), drive, 3, dir, 14, fname, 8, ext, 5), 0);
     EXPECT_EQ(drive.text(), "c:");
     EXPECT_EQ(dir.text(), "\\Kernel\\Data/");
     EXPECT_EQ(fname.text(), "model.1");
@@ -733,7 +734,8 @@ TYPED_TEST(qelRuntime, LeavesOutPartsOfAPathWithNullBuffers)
 {
     using Char = typename TypeParam::Char;
     Room<Char> fname;
-    EXPECT_EQ(TypeParam::split(in<Char>("c:\\Data\\model.mdb").data(), nullptr, 0, nullptr, 0, fname, 6, nullptr, 0), 0);
+    const std::vector<Char> path = in<Char>("c:\\Data\\model.mdb");
+    EXPECT_EQ(TypeParam::split(path.data(), nullptr, 0, nullptr, 0, fname, 6, nullptr, 0), 0);
     EXPECT_EQ(fname.text(), "model");
 }
 
