@@ -1,3 +1,5 @@
+#define _CRT_SECURE_NO_WARNINGS // strerror says what to expect
+
 #include "qelRuntime.h"
 
 #include "qelString.h"
@@ -555,6 +557,100 @@ TYPED_TEST(qelRuntimeWide, CopiesEnvironmentVariablesBeyondTheAnsiCodePage)
     free(value);
 }
 
+#if !defined(_UCRT)
+
+/// Replaces a function that the library imports from the runtime. With the UCRT there is nothing to replace: what these
+/// tests provoke happens within it.
+class Import
+{
+public:
+    Import(const char* name, FARPROC replacement)
+    {
+        unsigned char* base = reinterpret_cast<unsigned char*>(GetModuleHandleW(L"VarnelQELRoots.dll"));
+        const FARPROC original = GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), name);
+        const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
+        const auto* nt = reinterpret_cast<const IMAGE_NT_HEADERS64*>(base + dos->e_lfanew);
+        const IMAGE_DATA_DIRECTORY& table = nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IAT];
+        FARPROC* slot = reinterpret_cast<FARPROC*>(base + table.VirtualAddress);
+        FARPROC* const end = slot + table.Size / sizeof(FARPROC);
+        while (slot != end && *slot != original)
+        {
+            ++slot;
+        }
+        if (slot != end)
+        {
+            m_slot = slot;
+            m_original = original;
+            set(replacement);
+        }
+    }
+
+    ~Import()
+    {
+        if (m_slot != nullptr)
+        {
+            set(m_original);
+        }
+    }
+
+    bool isReplaced() const
+    {
+        return m_slot != nullptr;
+    }
+
+private:
+    void set(FARPROC function)
+    {
+        DWORD protection = 0;
+        VirtualProtect(m_slot, sizeof(FARPROC), PAGE_READWRITE, &protection);
+        *m_slot = function;
+        VirtualProtect(m_slot, sizeof(FARPROC), protection, &protection);
+    }
+
+    FARPROC* m_slot = nullptr;
+    FARPROC m_original = nullptr;
+};
+
+void* refuseToAllocate(size_t)
+{
+    return nullptr;
+}
+
+TYPED_TEST(qelRuntime, SaysWhenThereIsNoMemoryForAnEnvironmentVariable)
+{
+    using Char = typename TypeParam::Char;
+    const Variable variable(L"Stahlbau");
+    const std::vector<Char> name = in<Char>("QEL_RUNTIME_TEST");
+    Char some = 0;
+    Char* value = &some;
+    size_t length = 7;
+    int result = 0;
+    {
+        const Import import("malloc", reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&refuseToAllocate)));
+        ASSERT_TRUE(import.isReplaced());
+        result = TypeParam::environment(&value, &length, name.data());
+    }
+    EXPECT_EQ(result, ENOMEM);
+    EXPECT_EQ(value, nullptr);
+    EXPECT_EQ(length, 0u);
+}
+
+wchar_t* refuseToTell(int)
+{
+    return nullptr;
+}
+
+TYPED_TEST(qelRuntimeWide, SaysWhenThereIsNoMemoryForAMessage)
+{
+    const Import import("_wcserror", reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&refuseToTell)));
+    ASSERT_TRUE(import.isReplaced());
+    Room<typename TypeParam::Char> room;
+    EXPECT_EQ(TypeParam::error(room, 40, ENOENT), ENOMEM);
+    EXPECT_EQ(room.text(), "");
+}
+
+#endif
+
 /// A new folder below the user's temporary folder; removed with the files that a test made in it.
 class Folder
 {
@@ -632,6 +728,20 @@ TYPED_TEST(qelRuntime, FindsAFileInTheFoldersOfAnEnvironmentVariable)
               0);
     EXPECT_EQ(room.text(), path);
     EXPECT_TRUE(room.isUntouchedFrom(path.size() + 1));
+}
+
+TYPED_TEST(qelRuntime, FindsAFileInTheCurrentFolderFirst)
+{
+    using Char = typename TypeParam::Char;
+    Folder folder;
+    const std::string path = ascii(folder.write(L"notepad.exe", "not the one in the folders of PATH"));
+    wchar_t before[MAX_PATH];
+    GetCurrentDirectoryW(MAX_PATH, before);
+    ASSERT_TRUE(SetCurrentDirectoryW(folder.path().c_str()));
+    Room<Char> room;
+    EXPECT_EQ(TypeParam::search(in<Char>("notepad.exe").data(), in<Char>("PATH").data(), room, 300), 0);
+    SetCurrentDirectoryW(before);
+    EXPECT_EQ(room.text(), path);
 }
 
 TYPED_TEST(qelRuntime, EmptiesTheResultWhenTheFoundPathIsOneTooLong)
@@ -1043,7 +1153,10 @@ TYPED_TEST(qelRuntime, RefusesAMessageWithoutBufferOrCapacity)
 template <typename Form> std::wstring automationText(const qelString& text)
 {
     auto* units = Form::automation(text);
-    EXPECT_NE(units, nullptr);
+    if (units == nullptr)
+    {
+        return L"null";
+    }
     BSTR owned = reinterpret_cast<BSTR>(units);
     const std::wstring result(owned, SysStringLen(owned));
     EXPECT_EQ(owned[result.size()], 0);
