@@ -988,6 +988,29 @@ TEST(qelLocaltime, BreaksATimeDownInTheZoneOfTheSystem)
     }
 }
 
+TEST(qelLocaltime, BreaksATimeDownInTheZoneOfTheEnvironment)
+{
+    wchar_t* before = nullptr;
+    ASSERT_EQ(qelwdupenv8(&before, nullptr, L"TZ"), 0);
+    _wputenv_s(L"TZ", L"QEL-3");
+    _tzset();
+    const long long when = 1234567890; // 2009-02-13 23:31:30 UTC
+    tm result = {};
+    EXPECT_EQ(qellocaltime(&result, &when), 0);
+    _wputenv_s(L"TZ", before == nullptr ? L"" : before);
+    _tzset();
+    free(before);
+    EXPECT_EQ(result.tm_year, 109);
+    EXPECT_EQ(result.tm_mon, 1);
+    EXPECT_EQ(result.tm_mday, 14);
+    EXPECT_EQ(result.tm_hour, 2);
+    EXPECT_EQ(result.tm_min, 31);
+    EXPECT_EQ(result.tm_sec, 30);
+    EXPECT_EQ(result.tm_wday, 6);
+    EXPECT_EQ(result.tm_yday, 44);
+    EXPECT_EQ(result.tm_isdst, 0);
+}
+
 TEST(qelLocaltime, TakesTimesPastTheYear2038)
 {
     const long long when = 4102444800LL + 43200; // noon of 2100-01-01, UTC
