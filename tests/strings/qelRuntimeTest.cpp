@@ -739,9 +739,12 @@ TYPED_TEST(qelRuntime, FindsAFileInTheCurrentFolderFirst)
     GetCurrentDirectoryW(MAX_PATH, before);
     ASSERT_TRUE(SetCurrentDirectoryW(folder.path().c_str()));
     Room<Char> room;
-    EXPECT_EQ(TypeParam::search(in<Char>("notepad.exe").data(), in<Char>("PATH").data(), room, 300), 0);
+    EXPECT_EQ(TypeParam::search(in<Char>("notepad.exe").data(), in<Char>("PATH").data(), room, path.size() + 1), 0);
+    Room<Char> small;
+    EXPECT_EQ(TypeParam::search(in<Char>("notepad.exe").data(), in<Char>("PATH").data(), small, path.size()), ERANGE);
     SetCurrentDirectoryW(before);
     EXPECT_EQ(room.text(), path);
+    EXPECT_EQ(small.text(), "");
 }
 
 TYPED_TEST(qelRuntime, EmptiesTheResultWhenTheFoundPathIsOneTooLong)
