@@ -3,6 +3,7 @@
 //
 // Nothing here has a destructor: the objects must outlive every caller, and their storage goes with the module.
 
+#include "qelRegistry.h"
 #include "qelString.h"
 #include "strings/Text.h"
 
@@ -19,3 +20,6 @@ wchar_t* qelString::qelStringTempBufferWide = wideScratch;
 char* qelString::qelStringTempBuffer = narrowScratch;
 qelStringRepr* qelString::m_repEmpty =
     new (static_cast<void*>(emptyRepresentation), qelPlacement()) qelStringRepr(emptyText);
+
+const wchar_t qelRegistry::RegPathEnvironment[kMaxPath] = L"Software\\Kelvara\\Orvalis\\2020";
+const wchar_t qelRegistry::RegDatabase[kMaxPath] = L"Software\\Kelvara\\Varnel\\DatabaseConnections";
