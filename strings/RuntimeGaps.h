@@ -1,0 +1,21 @@
+// What one of the C runtimes lacks, to the contract of the function of the same name. Not part of the public interface.
+//
+// With the UCRT these are the runtime's own functions. msvcrt, which MinGW links, differs between its makers: the
+// import library has no _dupenv_s and _wdupenv_s, and Wine's DLL has no _strset_s, leaves out the terminator of a cut
+// text in _wcserror_s, and writes a terminator into a buffer of no capacity in _wcsupr_s and _wcslwr_s.
+#ifndef QEL_RUNTIME_GAPS_H
+#define QEL_RUNTIME_GAPS_H
+
+#include <stddef.h>
+
+namespace qelRuntimeGaps
+{
+int dupenv(char** buffer, size_t* length, const char* name);
+int wdupenv(wchar_t** buffer, size_t* length, const wchar_t* name);
+int strset(char* buffer, size_t capacity, int character);
+int wcserror(wchar_t* buffer, size_t capacity, int number);
+int wcsupr(wchar_t* buffer, size_t capacity);
+int wcslwr(wchar_t* buffer, size_t capacity);
+} // namespace qelRuntimeGaps
+
+#endif
