@@ -78,8 +78,8 @@ public:
 
     /**
      * Primary language identifier of that culture: 5 Czech, 7 German, 12 French, 19 Dutch, 21 Polish, 25 Russian, else
-     * 9 English. Deliberately only cs-CZ, de-DE, fr-FR, fr-CA, nl-NL, pl-PL and ru-RU are known: other variants of these
-     * languages are English.
+     * 9 English. Deliberately only cs-CZ, de-DE, fr-FR, fr-CA, nl-NL, pl-PL and ru-RU are known: other variants of
+     * these languages are English.
      */
     static unsigned long getCurrentLanguage();
     /// @}
