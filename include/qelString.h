@@ -367,7 +367,7 @@ public:
 
     /**
      * Splits the text into drive ("c:"), folder (with its last separator), file name and extension (with its dot). A
-     * part of 256 units or more is an invalid-parameter failure of the C runtime; all four are then empty.
+     * part of 260 units or more is an invalid-parameter failure of the C runtime; all four are then empty.
      */
     void SplitPath(qelString& drive, qelString& dir, qelString& fname, qelString& ext) const;
 
@@ -390,6 +390,10 @@ private:
 
     /// Releases text and narrow form and takes over `rep`, whose count already covers this string.
     qelString& adopt(qelStringRepr* rep);
+
+    /// Removes the units of `set` from the beginning or the end; the text is rebuilt even when there are none.
+    void trimFront(const wchar_t* set, size_t setLength);
+    void trimBack(const wchar_t* set, size_t setLength);
 
     /// Appends every unit of the text to `chars`, which is not cleared first.
     void StringToArr(qelArray<wchar_t>& chars) const;
