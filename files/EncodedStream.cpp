@@ -354,11 +354,15 @@ size_t qelEncodedStream::readFile(FILE* stream, qelFileAccess::encodeType encodi
         break;
     }
 
-    // The stream goes on behind what was read, and knows the end of the file when that was met.
-    (void)_fseeki64(stream, bytes.position(), SEEK_SET);
     if (count < maxLength)
     {
+        // Lets the stream know that the end was met, at an end-of-file character too.
+        (void)fseek(stream, 0, SEEK_END);
         (void)fgetwc(stream);
+    }
+    else
+    {
+        (void)_fseeki64(stream, bytes.position(), SEEK_SET);
     }
     return count;
 }

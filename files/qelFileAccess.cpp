@@ -9,6 +9,7 @@
 #include <errno.h>
 #include <stdarg.h>
 #include <stdint.h>
+#include <stdlib.h>
 #include <wchar.h>
 
 namespace
@@ -37,6 +38,27 @@ const wchar_t* openModeKey(qelFileAccess::encodeType encoding)
     default:
         return L"";
     }
+}
+
+#ifdef _MSC_VER
+void ignoreInvalidParameter(const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t)
+{
+}
+#endif
+
+/// The stream, or null. An open mode that the runtime does not know is a failed open like any other.
+FILE* openStream(const wchar_t* fileName, const wchar_t* mode)
+{
+    FILE* stream = nullptr;
+#ifdef _MSC_VER
+    // There it would end the process.
+    const _invalid_parameter_handler before = _set_thread_local_invalid_parameter_handler(ignoreInvalidParameter);
+#endif
+    const bool opened = _wfopen_s(&stream, fileName, mode) == 0;
+#ifdef _MSC_VER
+    (void)_set_thread_local_invalid_parameter_handler(before);
+#endif
+    return opened ? stream : nullptr;
 }
 
 int writeFormatted(FILE* stream, const wchar_t* format, va_list args)
@@ -121,11 +143,7 @@ qelFileAccess::qelFileAccess(const qelString& fileName, const qelString& mode, e
 {
     if (fileName.isEmpty() == 0)
     {
-        const qelString openMode = mode + openModeKey(encoding);
-        if (_wfopen_s(&m_stream, fileName.getStringW(), openMode.getStringW()) != 0)
-        {
-            m_stream = nullptr;
-        }
+        m_stream = openStream(fileName.getStringW(), (mode + openModeKey(encoding)).getStringW());
     }
 }
 
@@ -252,7 +270,12 @@ int qelFileAccess::readString(qelString& token) const
         return 0;
     }
     wchar_t scanned[kTokenUnits] = {};
-    const int result = fwscanf_s(m_stream, L"%s", scanned, static_cast<unsigned>(kTokenUnits));
+    int result = fwscanf_s(m_stream, L"%s", scanned, static_cast<unsigned>(kTokenUnits));
+    if (result == 0 && scanned[0] == 0 && feof(m_stream) != 0)
+    {
+        // Not every runtime says so itself when it met nothing but white space.
+        result = EOF;
+    }
     token = scanned;
     qelText::scrub(scanned, sizeof scanned);
     return result;

@@ -14,9 +14,9 @@
  * @endcode
  *
  * - **Scale**: configuration files, lists, reports: a text has at most 524,288 units, a length is a 32-bit `long`.
- * - **Encoding**: the constructor appends the runtime's "ccs=" key for the encoding to the caller's mode. With a key the
- *   runtime writes a byte-order mark on new files, skips it on existing ones and lets it choose the translation. Keys
- *   act on text modes; a binary mode ("rb") leaves text untranslated.
+ * - **Encoding**: the constructor appends the runtime's "ccs=" key for the encoding to the caller's mode. With a key
+ *   the runtime writes a byte-order mark on new files, skips it on existing ones and lets it choose the translation.
+ *   Keys act on text modes: in a binary mode ("rb") only readFile() decodes, and nothing encodes.
  * - **Ownership**: an object owns its stream and closes it. Copies share the stream and each would close it, so copy
  *   closed objects only; assigning over an open one loses its stream.
  * - **Failure**: nothing is thrown but for memory and nothing is reported in words. A failed open leaves isOpen() 0. On
@@ -120,9 +120,9 @@ public:
 
     /**
      * Reads one token that ends at white space, after any white space before it, as the runtime's wide scanner does:
-     * returns 1 when there was one, 0 when it did not match, the runtime's end-of-file marker at the end, 0 when no file
-     * is open. A token of 256 units or more is refused with 0. Whatever the result, the target is set; it means
-     * something only with 1.
+     * returns 1 when there was one, 0 when it did not match, EOF at the end of the file. A token of 256 units or more
+     * is refused with 0. Whatever the result, the target is set; it means something only with 1. When no file is open
+     * the result is 0 and the target stays as it is.
      */
     int readString(qelString& token) const;
     int readInt(int& value) const;

@@ -6,6 +6,7 @@
 
 #include <windows.h>
 
+#include <stdexcept>
 #include <string>
 
 namespace qelTest
@@ -26,11 +27,13 @@ inline std::string utf16(const std::wstring& text)
 class TestFile
 {
 public:
-    explicit TestFile(const wchar_t* suffix = L"file.tmp")
+    explicit TestFile(const wchar_t* suffix = L".tmp")
     {
         wchar_t folder[MAX_PATH + 1] = {};
         GetTempPathW(MAX_PATH + 1, folder);
-        m_path = std::wstring(folder) + L"qel" + std::to_wstring(GetCurrentProcessId()) + L"-" + suffix;
+        static int made = 0;
+        m_path = std::wstring(folder) + L"qel" + std::to_wstring(GetCurrentProcessId()) + L"-" +
+                 std::to_wstring(++made) + suffix;
         DeleteFileW(m_path.c_str());
     }
 
@@ -68,8 +71,12 @@ public:
     {
         const HANDLE file = CreateFileW(m_path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
         DWORD written = 0;
-        WriteFile(file, content.data(), static_cast<DWORD>(content.size()), &written, nullptr);
+        const bool done = WriteFile(file, content.data(), static_cast<DWORD>(content.size()), &written, nullptr) != 0;
         CloseHandle(file);
+        if (!done)
+        {
+            throw std::runtime_error("the file of a test could not be written");
+        }
     }
 
     std::string get() const
