@@ -17,7 +17,7 @@ void dropTrailingBackslash(qelString& path)
     const int length = path.length();
     if (length >= 2 && path[length - 1] == L'\\')
     {
-        path.setAt(length - 1, L'\0');
+        path = path.left(length - 1);
     }
 }
 } // namespace

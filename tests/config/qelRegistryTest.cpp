@@ -159,6 +159,15 @@ TEST_F(qelRegistryMachineText, StripsTheCallersTextAfterAFailureToo)
     EXPECT_EQ(machineText(0, L""), L"");
 }
 
+TEST_F(qelRegistryMachineText, StripsACallersTextOfTheGreatestLength)
+{
+    std::wstring longest(static_cast<size_t>(qelString::kMaxLength), L'x');
+    longest.back() = L'\\';
+    qelString value(longest.c_str());
+    EXPECT_EQ(qelRegistry::getRegValue(kTestKey, L"v", value), 0);
+    EXPECT_EQ(value.length(), qelString::kMaxLength - 1);
+}
+
 TEST_F(qelRegistryMachineText, TakesKeyOrNameInTheSameObjectAsTheResult)
 {
     machine.setText(L"v", L"text");
