@@ -24,13 +24,14 @@
  * - **Capacity** is the whole size of the buffer in elements, terminator included: bytes for narrow text, 16-bit units
  *   for wide text.
  * - **Results**: where nothing else is said, 0 for success, else the runtime's error code, unchanged: EINVAL (22) for
- *   an argument that cannot be, ERANGE (34) for a buffer that is too small. A buffer that can hold a terminator is then
- *   empty.
- * - **Failure**: an invalid argument, a buffer that is too small in most functions included, goes to the runtime's
+ *   an argument that cannot be, ERANGE (34) for a buffer that is too small. Nothing is ever cut, unless it is said, and
+ *   take nothing from a buffer after a failure: in most functions it then holds the empty text.
+ * - **Failure**: an invalid argument, and in most functions a buffer that is too small, goes to the runtime's
  *   invalid-parameter handling. On the UCRT (Visual C++) its handler ends the process unless the host has set another;
  *   on msvcrt (MinGW) there is none and the error code comes back.
- * - **Ownership**: two results belong to the caller: the buffer of qeldupenv() and the text of qelGetBSTR8().
- * - **Threads**: the functions keep nothing between calls; a buffer or stream is used by one thread at a time.
+ * - **Ownership**: the caller owns the buffer of qeldupenv(), the text of qelGetBSTR8() and the stream of qelfopen().
+ * - **Threads**: the functions keep nothing between calls. A buffer or stream is used by one thread at a time, and the
+ *   environment must not change while a function reads it.
  */
 #ifndef QEL_RUNTIME_H
 #define QEL_RUNTIME_H

@@ -187,12 +187,12 @@ int qelwdupenv6(unsigned short** buffer, size_t* length, const unsigned short* n
 
 int qelsearchenv(const char* name, const char* variable, char* result, size_t capacity)
 {
-    return _searchenv_s(name, variable, result, capacity);
+    return qelRuntimeGaps::searchenv(name, variable, result, capacity);
 }
 
 int qelwsearchenv8(const wchar_t* name, const wchar_t* variable, wchar_t* result, size_t capacity)
 {
-    return _wsearchenv_s(name, variable, result, capacity);
+    return qelRuntimeGaps::wsearchenv(name, variable, result, capacity);
 }
 
 int qelwsearchenv6(const unsigned short* name, const unsigned short* variable, unsigned short* result, size_t capacity)
@@ -353,8 +353,6 @@ int qelfopen(FILE** file, const qelString& name, const qelString& mode)
     return 0;
 }
 
-// The bounds-checked functions have the platform's format language with every compiler.
-
 int qelfprintf(FILE* file, const char* format, ...)
 {
     if (file == nullptr || format == nullptr)
@@ -363,7 +361,7 @@ int qelfprintf(FILE* file, const char* format, ...)
     }
     va_list args;
     va_start(args, format);
-    const int written = vfprintf_s(file, format, args);
+    const int written = qelRuntimeGaps::print(file, format, args);
     va_end(args);
     return written;
 }
@@ -376,7 +374,7 @@ int qelfprintf(FILE* file, const wchar_t* format, ...)
     }
     va_list args;
     va_start(args, format);
-    const int written = vfwprintf_s(file, format, args);
+    const int written = qelRuntimeGaps::print(file, format, args);
     va_end(args);
     return written;
 }
