@@ -41,6 +41,16 @@ qelString registeredConnectionString(const wchar_t* name)
     return connectionString;
 }
 
+/// Makes room for as many entries again where there is none left: the array's own steps are made for short lists.
+void append(qelArray<qelDataSource>& sources, const qelDataSource& entry)
+{
+    if (sources.length() == sources.physicalLength())
+    {
+        sources.setPhysicalLength(2 * sources.length() + 8);
+    }
+    sources.append(entry);
+}
+
 /// The text of the file; empty when it cannot be read.
 qelString readWhole(const qelString& path)
 {
@@ -105,22 +115,22 @@ qelDataSourcesUtilities& qelDataSourcesUtilities::operator=(const qelDataSources
 int qelDataSourcesUtilities::readConnectionStrings()
 {
     const qelString profiles = registeredConnectionString(kProfiles);
-    m_DataSources.append(qelDataSource(kProfiles, profiles, kBuiltInPlatform));
-    m_DataSources.append(qelDataSource(kMapping, registeredConnectionString(kMapping), kBuiltInPlatform));
+    append(m_DataSources, qelDataSource(kProfiles, profiles, kBuiltInPlatform));
+    append(m_DataSources, qelDataSource(kMapping, registeredConnectionString(kMapping), kBuiltInPlatform));
 
     // The current project is opened with the driver and the options of the profile catalogue.
     qelString head;
     qelString databaseFile;
     (void)splitConnectionString(profiles, head, databaseFile);
     const qelString project = head + qelRegistry::getPathData(false) + kModelDatabase;
-    m_DataSources.append(qelDataSource(kCurrentProject, project, kBuiltInPlatform));
+    append(m_DataSources, qelDataSource(kCurrentProject, project, kBuiltInPlatform));
 
     const qelString text = readWhole(*m_pDatabaseConfigurationFilePath);
     DatabaseConfiguration configuration(text);
     for (qelDataSource entry; configuration.next(entry);)
     {
         (void)replaceAlternateDriver(entry.m_ConnectionString);
-        m_DataSources.append(entry);
+        append(m_DataSources, entry);
     }
     return static_cast<int>(m_DataSources.length());
 }

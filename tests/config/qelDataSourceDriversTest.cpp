@@ -125,8 +125,11 @@ BOOL WINAPI leaveList(LPWSTR names, WORD capacity, WORD* used)
 
 FARPROC WINAPI findLeaveList(HMODULE module, LPCSTR name)
 {
-    return std::string(name) == "SQLGetInstalledDriversW" ? reinterpret_cast<FARPROC>(reinterpret_cast<void*>(leaveList))
-                                                          : GetProcAddress(module, name);
+    if (std::string(name) != "SQLGetInstalledDriversW")
+    {
+        return GetProcAddress(module, name);
+    }
+    return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(leaveList));
 }
 
 class qelDataSourceDriverList : public qelDataSourceDrivers
@@ -354,7 +357,8 @@ TEST_F(qelDataSourceDrivers, PutTheDefaultNameInPlaceOfEveryAlternateOne)
 {
     install(kDefaultDriver);
     EXPECT_EQ(replaceIn(L"{Varnel ODBC Driver};{Varnel ODBC Driver}"),
-              (Replacement{2, L"{Microsoft Access Driver (*.mdb, *.accdb)};{Microsoft Access Driver (*.mdb, *.accdb)}"}));
+              (Replacement{2, L"{Microsoft Access Driver (*.mdb, *.accdb)};"
+                              L"{Microsoft Access Driver (*.mdb, *.accdb)}"}));
     EXPECT_EQ(replaceIn(L"{Microsoft Access Driver (*.mdb, *.accdb)}"),
               (Replacement{0, L"{Microsoft Access Driver (*.mdb, *.accdb)}"}));
 }

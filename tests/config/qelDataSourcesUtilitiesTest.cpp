@@ -635,7 +635,8 @@ TEST_F(qelDataSourcesText, IgnoresASecondSection)
 
 TEST_F(qelDataSourcesText, EndsTheSectionAtTheFirstClosingTagWhateverItBelongsTo)
 {
-    configure("<Orvalis><Orvalis>" + m_good + "</Orvalis><DataSource Name=\"A\" Platform=\"x64\" Value=\"v\"/></Orvalis>");
+    configure("<Orvalis><Orvalis>" + m_good
+              + "</Orvalis><DataSource Name=\"A\" Platform=\"x64\" Value=\"v\"/></Orvalis>");
     EXPECT_EQ(ask(L"Good"), (Answer{0, L"good"}));
     EXPECT_EQ(ask(L"A"), (Answer{0, L""}));
 }

@@ -264,8 +264,9 @@ TEST_F(qelDataSourcesConnection, IsMadeToDatabasesBelowTheDataFolder)
     const std::wstring data = QEL_TEST_DATA_FOLDER;
     std::ofstream(std::filesystem::path(data + L"/own.mdb"), std::ios::binary) << qelTest::emptyDatabase();
     m_userInstallation.setText(L"DataPath", data);
-    configureElements("<DataSource Name=\"Own\" Platform=\"x64\" Value=\"DRIVER={Varnel ODBC Driver};DBQ=own.mdb\"/>"
-                      "<DataSource Name=\"Lost\" Platform=\"x64\" Value=\"DRIVER={Varnel ODBC Driver};DBQ=lost.mdb\"/>");
+    configureElements(
+        "<DataSource Name=\"Own\" Platform=\"x64\" Value=\"DRIVER={Varnel ODBC Driver};DBQ=own.mdb\"/>"
+        "<DataSource Name=\"Lost\" Platform=\"x64\" Value=\"DRIVER={Varnel ODBC Driver};DBQ=lost.mdb\"/>");
     EXPECT_EQ(testSource(L"Own"), 1);
     EXPECT_EQ(testSource(L"Lost"), 0);
     EXPECT_TRUE(DeleteFileW((data + L"/own.mdb").c_str()));
