@@ -80,8 +80,9 @@ DatabaseConfiguration::DatabaseConfiguration(const qelString& text)
     const Span whole = {begin, begin + text.length()};
     const Span opening = find(whole, L"<Orvalis>");
     const Span closing = opening.begin == nullptr ? kNone : find(whole, L"</Orvalis>");
-    // The first closing tag counts even where it precedes the opening one: there is then no section.
-    if (closing.begin != nullptr && closing.begin >= opening.end)
+    // The first closing tag counts even where it stands in front of the opening one: the section then ends before it
+    // begins, and holds nothing.
+    if (closing.begin != nullptr)
     {
         m_position = opening.end;
         m_end = closing.begin;
