@@ -8,9 +8,18 @@ namespace
 using GetInstalledDrivers = BOOL(WINAPI*)(LPWSTR names, WORD capacity, WORD* used);
 
 const UINT kPathCapacity = 522;
+const wchar_t kLibraryName[] = L"\\odbccp32.dll";
+const UINT kLibraryNameSize = sizeof(kLibraryName) / sizeof(wchar_t);
+
 const DWORD kFileNameCapacity = 261;
 const size_t kMessageCapacity = 783;
 const char kFunctionName[] = "SQLGetInstalledDriversW";
+const wchar_t kFunctionMissing[] =
+    L"The program %s, or one of its DLLs attempted to call the function %S which is not supported in the loaded ODBC "
+    L"installer DLL (%s). Press OK to proceed.";
+static_assert(sizeof(kFunctionMissing) / sizeof(wchar_t) + sizeof(kFunctionName) + 2 * kFileNameCapacity
+                  <= kMessageCapacity,
+              "the message always fits");
 
 void tellUser(const wchar_t* text)
 {
@@ -26,10 +35,7 @@ void tellUserThatFunctionIsMissing(HMODULE library)
     (void)GetModuleFileNameW(library, installer, kFileNameCapacity);
 
     wchar_t text[kMessageCapacity] = {};
-    (void)_snwprintf_s(text, kMessageCapacity, _TRUNCATE,
-                       L"The program %s, or one of its DLLs attempted to call the function %S which is not supported "
-                       L"in the loaded ODBC installer DLL (%s). Press OK to proceed.",
-                       program, kFunctionName, installer);
+    (void)swprintf_s(text, kMessageCapacity, kFunctionMissing, program, kFunctionName, installer);
     tellUser(text);
 }
 } // namespace
@@ -40,10 +46,9 @@ bool OdbcInstaller::load()
     {
         wchar_t path[kPathCapacity] = {};
         const UINT length = GetSystemDirectoryW(path, kPathCapacity);
-        // _TRUNCATE makes want of room a result instead of an invalid parameter.
-        if (length > 0 && length <= kPathCapacity - 2
-            && wcsncpy_s(path + length, kPathCapacity - length, L"\\odbccp32.dll", _TRUNCATE) == 0)
+        if (length > 0 && length <= kPathCapacity - kLibraryNameSize)
         {
+            wmemcpy(path + length, kLibraryName, kLibraryNameSize);
             m_library = LoadLibraryExW(path, nullptr, 0);
         }
     }
