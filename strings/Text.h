@@ -62,6 +62,21 @@ inline size_t measureOwn(const wchar_t* text)
     return length;
 }
 
+/// The same, at most `limit`, without a look at the rest.
+inline size_t measureOwn(const wchar_t* text, size_t limit)
+{
+    size_t length = 0;
+    while (length < limit && !holdsTerminator(chunk(text + length)))
+    {
+        length += kUnitsPerChunk;
+    }
+    while (length < limit && text[length] != 0)
+    {
+        ++length;
+    }
+    return length < limit ? length : limit;
+}
+
 /// Overwrites memory with zeros in a way that the optimiser keeps.
 inline void scrub(void* memory, size_t bytes)
 {
@@ -92,6 +107,32 @@ inline bool fits(size_t length)
     return false;
 }
 
+/// Whether a set of units holds `c`; sets are short.
+inline bool contains(const wchar_t* set, size_t length, wchar_t c)
+{
+    size_t i = 0;
+    while (i < length && set[i] != c)
+    {
+        ++i;
+    }
+    return i < length;
+}
+
+/// The first `c` in the text from `text` to `end`, or null.
+inline const wchar_t* findUnit(const wchar_t* text, const wchar_t* end, wchar_t c)
+{
+    const uint64_t sought = c * 0x0001000100010001U;
+    while (static_cast<size_t>(end - text) >= kUnitsPerChunk && !holdsTerminator(chunk(text) ^ sought))
+    {
+        text += kUnitsPerChunk;
+    }
+    while (text < end && *text != c)
+    {
+        ++text;
+    }
+    return text < end ? text : nullptr;
+}
+
 /// The first `what` in the text from `text` to `end`, or null; an empty one is found at once.
 inline const wchar_t* find(const wchar_t* text, const wchar_t* end, const wchar_t* what, size_t whatLength)
 {
@@ -101,8 +142,8 @@ inline const wchar_t* find(const wchar_t* text, const wchar_t* end, const wchar_
     }
     while (static_cast<size_t>(end - text) >= whatLength)
     {
-        const wchar_t* hit = wmemchr(text, *what, static_cast<size_t>(end - text) - whatLength + 1);
-        if (hit == nullptr || wmemcmp(hit, what, whatLength) == 0)
+        const wchar_t* hit = findUnit(text, end - whatLength + 1, *what);
+        if (hit == nullptr || memcmp(hit, what, whatLength * sizeof(wchar_t)) == 0)
         {
             return hit;
         }
