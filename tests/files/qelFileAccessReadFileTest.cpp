@@ -9,6 +9,9 @@
 #include <stdint.h>
 #include <wchar.h>
 
+#include <string>
+#include <thread>
+
 using qelTest::bytes;
 using qelTest::TestFile;
 using qelTest::utf16;
@@ -392,11 +395,51 @@ TEST(qelFileAccessReadFileWithKey, GivesNothingFromWhatCannotBeReadAsAFile)
     for (const qelFileAccess::encodeType key : kKeys)
     {
         TestFile onDisk;
-        const qelFileAccess onlyWritten(onDisk.path(), L"w", key);
-        EXPECT_EQ(readFile(onlyWritten, 100).text, L"");
+        {
+            const qelFileAccess onlyWritten(onDisk.path(), L"w", key);
+            EXPECT_GE(onlyWritten.puts(L"a"), 0);
+            EXPECT_EQ(readFile(onlyWritten, 100), (Read{ 0, L"" }));
+            EXPECT_GE(onlyWritten.puts(L"b"), 0);
+        }
+        EXPECT_EQ(onDisk.get(), key == qelFileAccess::UTF8 ? bytes("\xEF\xBB\xBF" "ab") : bytes("\xFF\xFE" "a\0b\0"));
         const qelFileAccess device(L"NUL", L"r", key);
         EXPECT_EQ(readFile(device, 100), (Read{ 0, L"" }));
     }
+}
+
+/// What a stream at the end of a pipe delivers, with or without a readFile() first.
+std::wstring readPipe(bool wholeFileFirst)
+{
+    const std::wstring name = L"\\\\.\\pipe\\qel" + std::to_wstring(GetCurrentProcessId());
+    const HANDLE pipe = CreateNamedPipeW(name.c_str(), PIPE_ACCESS_OUTBOUND, PIPE_TYPE_BYTE | PIPE_WAIT, 1, 4096, 4096,
+                                         0, nullptr);
+    EXPECT_NE(pipe, INVALID_HANDLE_VALUE);
+    std::thread writer([pipe] {
+        ConnectNamedPipe(pipe, nullptr);
+        DWORD written = 0;
+        WriteFile(pipe, "0123456789", 10, &written, nullptr);
+        FlushFileBuffers(pipe);
+        CloseHandle(pipe);
+    });
+    std::wstring text;
+    {
+        const qelFileAccess file(name.c_str(), L"r", qelFileAccess::UNICODE_TEXT);
+        EXPECT_EQ(file.isOpen(), 1);
+        if (wholeFileFirst)
+        {
+            EXPECT_EQ(readFile(file, 100), (Read{ 0, L"" }));
+        }
+        text = readCharacters(file);
+    }
+    writer.join();
+    return text;
+}
+
+TEST(qelFileAccessReadFileWithKey, LeavesWhatComesThroughAPipeAlone)
+{
+    const std::wstring text = readPipe(false);
+    EXPECT_FALSE(text.empty());
+    EXPECT_EQ(readPipe(true), text);
 }
 
 TEST(qelFileAccessReadFileWithKey, ReadsAFileByItsLengthInBytes)
