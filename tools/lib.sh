@@ -134,10 +134,11 @@ start_wine()
             fail "the prefix has not 1252 as its ANSI code page"
         printf '%s\n' "$version" >"$stamp"
     fi
-    # Keeps the server and what Wine starts beside a program, the services and the desktop, from program to program.
-    # They are started here, since they hold on to the output they are started with: a pipe would never see its end.
+    # Keeps the server and what Wine starts beside a program from program to program. "start" brings up the services and
+    # the desktop now: they hold on to the output they are started with, and a test's pipe would never see its end.
     wineserver -p 9>&-
-    run_step wine wineboot >>"$qel_build/wineboot.log" 2>&1 || fail "Wine does not start: see $qel_build/wineboot.log"
+    run_step wine start /wait cmd /c exit >>"$qel_build/wineboot.log" 2>&1 ||
+        fail "Wine does not start: see $qel_build/wineboot.log"
 }
 
 # Ends every process that this script started; runs whenever it ends.
