@@ -128,17 +128,23 @@ start_wine()
         say "Making a Wine prefix ($version)"
         rm -rf "$WINEPREFIX"
         mkdir -p "$WINEPREFIX"
-        run_step wine wineboot --init >"$qel_build/wineboot.log" 2>&1 || fail "no prefix: see $qel_build/wineboot.log"
-        run_step wineserver -w || true # fails when the server has ended already
+        start_server
         [[ "$(run_step wine reg query 'HKLM\System\CurrentControlSet\Control\Nls\CodePage' /v ACP)" == *1252* ]] ||
-            fail "the prefix has not 1252 as its ANSI code page"
+            fail "1252 is not the ANSI code page of the prefix; see $qel_build/wine.log"
+        # The registry is on disk once the server has ended.
+        wineserver -k
         printf '%s\n' "$version" >"$stamp"
     fi
-    # Keeps the server and what Wine starts beside a program from program to program. "start" brings up the services and
-    # the desktop now: they hold on to the output they are started with, and a test's pipe would never see its end.
+    start_server
+}
+
+# Keeps the server, and what Wine starts beside a program, from program to program. "start" brings up the services and
+# the desktop now: they hold on to the output they are started with, and a test's pipe would never see its end.
+start_server()
+{
     wineserver -p 9>&-
-    run_step wine start /wait cmd /c exit >>"$qel_build/wineboot.log" 2>&1 ||
-        fail "Wine does not start: see $qel_build/wineboot.log"
+    run_step wine start /wait cmd /c exit >"$qel_build/wine.log" 2>&1 ||
+        fail "Wine does not start: see $qel_build/wine.log"
 }
 
 # Ends every process that this script started; runs whenever it ends.
@@ -149,10 +155,9 @@ end_everything()
     [ -z "$step_pid" ] || kill -TERM -- "-$step_pid" 2>/dev/null || true
     if [ -n "$display_pid" ]; then
         wineserver -k 2>/dev/null || true
-        wineserver -w 2>/dev/null || true
         kill "$display_pid" 2>/dev/null || true
-        wait "$display_pid" 2>/dev/null || true
     fi
+    wait
     exit "$result"
 }
 
