@@ -20,26 +20,35 @@ build/. Exit status: 0 when every test has passed.
 END
 }
 
-# Counts single tests in CTest's log $1: those of GoogleTest one by one, a test program of another kind as one test.
-# A test that was begun and has no end is one that took its program down.
+# Counts single tests in the folder $1 of CTest's logs: those of GoogleTest one by one, a program of another kind as one
+# test. A test that was begun and has no end took its program down. A name counts once in a program: some tests run
+# themselves again in a process of their own.
 count_tests()
 {
+    local failed_programs=/dev/null
+    [ ! -f "$1/LastTestsFailed.log" ] || failed_programs=$1/LastTestsFailed.log
     awk '
         { sub(/\r$/, "") }
-        /^\[ RUN      \] /              { begun++ }
-        /^\[       OK \] .*\([0-9]+ ms/ { good++ }
-        /^\[  SKIPPED \] .*\([0-9]+ ms/ { skipped++ }
-        /^Test (Passed|Failed)\.$/      { end_of_program($2 == "Passed.") }
-        function end_of_program(program_passed,    bad)
+        FILENAME != log_file            { sub(/^[0-9]+:/, ""); failed_program["\"" $0 "\""] = 1; next }
+        /^\[ RUN      \] /              { if (!($4 in state)) { state[$4] = "begun" } }
+        /^\[       OK \] .*\([0-9]+ ms/ { state[$4] = "passed" }
+        /^\[  SKIPPED \] .*\([0-9]+ ms/ { state[$4] = "skipped" }
+        /^"[^"]+" end time: /           { end_of_program(!($1 in failed_program)) }
+        function end_of_program(program_passed,    name, seen, good, bad)
         {
-            bad = begun - good - skipped
-            if (!program_passed && bad == 0) bad = 1
-            if (program_passed && begun == 0) good = 1
-            passed += good; failed += bad; left_out += skipped
-            begun = good = skipped = 0
+            for (name in state)
+            {
+                seen++
+                if (state[name] == "passed") good++
+                else if (state[name] == "skipped") skipped++
+                else if (!program_passed) bad++
+                delete state[name]
+            }
+            passed += program_passed && !seen ? 1 : good
+            failed += !program_passed && !bad ? 1 : bad
         }
-        END { printf "%d passed, %d failed%s\n", passed, failed, left_out ? ", " left_out " skipped" : "" }
-    ' "$1"
+        END { printf "%d passed, %d failed%s\n", passed, failed, skipped ? ", " skipped " skipped" : "" }
+    ' log_file="$1/LastTest.log" "$failed_programs" "$1/LastTest.log"
 }
 
 filter=()
@@ -59,7 +68,9 @@ start_wine "$qel_build/wine"
 
 say "Running the tests"
 cd "$qel_source"
+logs=$qel_build/Testing/Temporary
+rm -f "$logs/LastTest.log" "$logs/LastTestsFailed.log"
 result=0
 run_step ctest --preset "$qel_preset" --no-tests=error "${filter[@]}" || result=$?
-count_tests "$qel_build/Testing/Temporary/LastTest.log"
+[ ! -f "$logs/LastTest.log" ] || count_tests "$logs"
 exit "$result"
