@@ -66,6 +66,9 @@ private:
     /// A representation with room for `length` units and the terminator, which is set; the rest is for the caller.
     static qelStringRepr* create(size_t length);
 
+    /// Counts one more string that shares this representation, and returns it.
+    qelStringRepr* share();
+
     wchar_t* m_data; ///< the text, ended by a 0 unit
     int m_refCount;  ///< objects that share this representation
 };
@@ -75,7 +78,7 @@ class QEL_API qelString
 {
 public:
     /// Capacity of both process-wide buffers and the greatest length of a text, in units.
-    static const int kMaxLength = 0x80000;
+    static constexpr int kMaxLength = 0x80000;
 
     /// The representation of every empty text; made when the library is loaded and never freed.
     static qelStringRepr* m_repEmpty;
@@ -364,7 +367,7 @@ public:
 
     /**
      * Splits the text into drive ("c:"), folder (with its last separator), file name and extension (with its dot). A
-     * part of 256 units or more is an invalid-parameter failure of the C runtime; all four are then empty.
+     * part of 260 units or more is an invalid-parameter failure of the C runtime; all four are then empty.
      */
     void SplitPath(qelString& drive, qelString& dir, qelString& fname, qelString& ext) const;
 
@@ -387,6 +390,10 @@ private:
 
     /// Releases text and narrow form and takes over `rep`, whose count already covers this string.
     qelString& adopt(qelStringRepr* rep);
+
+    /// Removes the units of `set` from the beginning or the end; the text is rebuilt even when there are none.
+    void trimFront(const wchar_t* set, size_t setLength);
+    void trimBack(const wchar_t* set, size_t setLength);
 
     /// Appends every unit of the text to `chars`, which is not cleared first.
     void StringToArr(qelArray<wchar_t>& chars) const;

@@ -1,0 +1,48 @@
+// Searching.
+
+#include "qelString.h"
+
+#include "strings/Text.h"
+
+int qelString::find(const qelString& what, int start) const
+{
+    const wchar_t* text = m_rep->m_data;
+    const int units = length();
+    if (start < 0 || start >= units)
+    {
+        return -1;
+    }
+    const wchar_t* sought = what.m_rep->m_data;
+    const wchar_t* hit = qelText::find(text + start, text + units, sought, qelText::measure(sought));
+    return hit == nullptr ? -1 : static_cast<int>(hit - text);
+}
+
+int qelString::find_last_of(wchar_t c) const
+{
+    int i = length() - 1;
+    while (i >= 0 && m_rep->m_data[i] != c)
+    {
+        --i;
+    }
+    return i;
+}
+
+int qelString::find_last_of(unsigned short c) const
+{
+    return find_last_of(static_cast<wchar_t>(c));
+}
+
+// Kept as callers know it: the range is the length of the wide text, though the bytes are those of the narrow one.
+int qelString::find_last_of(char c) const
+{
+    const char* text = getStringA();
+    const int bytes = static_cast<int>(strlen(text));
+    const int units = length();
+    // A narrow form that is shorter than the text is read up to its terminator and no further.
+    int i = units <= bytes ? units - 1 : bytes;
+    while (i >= 0 && text[i] != c)
+    {
+        --i;
+    }
+    return i;
+}

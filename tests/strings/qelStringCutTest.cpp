@@ -1,0 +1,291 @@
+#include "strings/TextSupport.h"
+
+#include <gtest/gtest.h>
+
+using namespace qelTest;
+
+namespace
+{
+const int kIntMax = 2147483647;
+const int kIntMin = -kIntMax - 1;
+
+TEST(qelStringLeft, ReturnsTheFirstUnits)
+{
+    const qelString text(L"abcdef");
+    EXPECT_EQ(plain(text.left(2)), L"ab");
+    EXPECT_EQ(plain(text.left(5)), L"abcde");
+    EXPECT_TRUE(isShared(text.left(0), qelString()));
+}
+
+TEST(qelStringLeft, ReturnsTheEmptyTextForANegativeNumber)
+{
+    EXPECT_TRUE(isShared(qelString(L"abc").left(-1), qelString()));
+    EXPECT_TRUE(isShared(qelString(L"abc").left(kIntMin), qelString()));
+    EXPECT_TRUE(isShared(qelString().left(-1), qelString()));
+}
+
+TEST(qelStringLeft, SharesTheWholeText)
+{
+    const qelString text(L"abc");
+    EXPECT_TRUE(isShared(text.left(3), text));
+    EXPECT_TRUE(isShared(text.left(kIntMax), text));
+}
+
+TEST(qelStringRight, ReturnsTheLastUnits)
+{
+    const qelString text(L"abcdef");
+    EXPECT_EQ(plain(text.right(2)), L"ef");
+    EXPECT_EQ(plain(text.right(5)), L"bcdef");
+    EXPECT_TRUE(isShared(text.right(0), qelString()));
+}
+
+TEST(qelStringRight, ReturnsTheEmptyTextForANegativeNumber)
+{
+    EXPECT_TRUE(isShared(qelString(L"abc").right(-1), qelString()));
+    EXPECT_TRUE(isShared(qelString(L"abc").right(kIntMin), qelString()));
+}
+
+TEST(qelStringRight, SharesTheWholeText)
+{
+    const qelString text(L"abc");
+    EXPECT_TRUE(isShared(text.right(3), text));
+    EXPECT_TRUE(isShared(text.right(kIntMax), text));
+}
+
+TEST(qelStringMid, ReturnsUpToCountUnits)
+{
+    const qelString text(L"abcdef");
+    EXPECT_EQ(plain(text.mid(1, 3)), L"bcd");
+    EXPECT_EQ(plain(text.mid(4, 10)), L"ef");
+    EXPECT_EQ(plain(text.mid(4, kIntMax)), L"ef");
+    EXPECT_EQ(plain(text.mid(2)), L"cdef");
+    EXPECT_EQ(plain(text.mid(5)), L"f");
+}
+
+TEST(qelStringMid, BuildsANewTextEvenOfTheWhole)
+{
+    const qelString text(L"abc");
+    EXPECT_EQ(plain(text.mid(0)), L"abc");
+    EXPECT_FALSE(isShared(text.mid(0), text));
+    EXPECT_FALSE(isShared(text.mid(0, 3), text));
+}
+
+TEST(qelStringMid, ReturnsTheEmptyTextOutsideTheText)
+{
+    const qelString text(L"abc");
+    EXPECT_TRUE(isShared(text.mid(3), qelString()));
+    EXPECT_TRUE(isShared(text.mid(4), qelString()));
+    EXPECT_TRUE(isShared(text.mid(-1), qelString()));
+    EXPECT_TRUE(isShared(text.mid(-1, 2), qelString()));
+    EXPECT_TRUE(isShared(text.mid(1, 0), qelString()));
+    EXPECT_TRUE(isShared(text.mid(1, -1), qelString()));
+    EXPECT_TRUE(isShared(text.mid(kIntMax, kIntMax), qelString()));
+    EXPECT_TRUE(isShared(text.mid(kIntMin, kIntMax), qelString()));
+    EXPECT_TRUE(isShared(text.mid(kIntMin), qelString()));
+    EXPECT_TRUE(isShared(qelString().mid(0), qelString()));
+}
+
+TEST(qelStringMid, HandlesTheLongestText)
+{
+    const qelString text = repeated(kLongestText, L'a');
+    EXPECT_EQ(text.mid(0).length(), kLongestText);
+    EXPECT_EQ(text.mid(1).length(), kLongestResult);
+    EXPECT_EQ(text.left(kLongestResult).length(), kLongestResult);
+    EXPECT_EQ(text.right(kLongestResult).length(), kLongestResult);
+}
+
+TEST(qelStringCopy, TakesUpToCountUnitsOfTheSource)
+{
+    const qelString source(L"abcdef");
+    qelString text(L"old");
+    EXPECT_EQ(plain(text.copy(source, 1, 3)), L"bcd");
+    EXPECT_EQ(plain(text), L"bcd");
+    text.copy(source, 4, 100);
+    EXPECT_EQ(plain(text), L"ef");
+    text.copy(source, 2);
+    EXPECT_EQ(plain(text), L"cdef");
+    EXPECT_EQ(plain(source), L"abcdef");
+}
+
+TEST(qelStringCopy, ReturnsAStringThatSharesTheResult)
+{
+    qelString text;
+    const qelString result = text.copy(L"abcdef", 1, 2);
+    EXPECT_TRUE(isShared(result, text));
+}
+
+TEST(qelStringCopy, BuildsANewTextEvenOfTheWhole)
+{
+    const qelString source(L"abc");
+    qelString text;
+    text.copy(source, 0);
+    EXPECT_EQ(plain(text), L"abc");
+    EXPECT_FALSE(isShared(text, source));
+}
+
+TEST(qelStringCopy, EmptiesTheStringForARangeOutsideTheSource)
+{
+    const int ranges[][2] = {{-1, 2}, {3, 1}, {4, 1}, {0, 0}, {0, -1}, {kIntMin, 1}, {kIntMax, 1}};
+    for (const auto& range : ranges)
+    {
+        qelString text(L"old");
+        EXPECT_TRUE(isShared(text.copy(L"abc", range[0], range[1]), qelString())) << range[0];
+        EXPECT_TRUE(isShared(text, qelString())) << range[0];
+    }
+    for (const int start : {-1, 3, kIntMin, kIntMax})
+    {
+        qelString text(L"old");
+        text.copy(L"abc", start);
+        EXPECT_TRUE(isShared(text, qelString())) << start;
+    }
+}
+
+TEST(qelStringCopy, TakesItselfAsSource)
+{
+    qelString text(L"abcdef");
+    text.copy(text, 2, 2);
+    EXPECT_EQ(plain(text), L"cd");
+}
+
+TEST(qelStringCopy, RenewsTheNarrowForm)
+{
+    qelString text(L"old");
+    EXPECT_STREQ(text.getStringA(), "old");
+    text.copy(L"abc", 1);
+    EXPECT_STREQ(text.getStringA(), "bc");
+}
+
+std::wstring trimmedLeft(const wchar_t* text, const wchar_t* set)
+{
+    qelString trimmed(text);
+    trimmed.TrimLeft(set);
+    return plain(trimmed);
+}
+
+std::wstring trimmedRight(const wchar_t* text, const wchar_t* set)
+{
+    qelString trimmed(text);
+    trimmed.TrimRight(set);
+    return plain(trimmed);
+}
+
+TEST(qelStringTrim, RemovesTabsLineFeedsAndSpacesByDefault)
+{
+    qelString text(L" \t\n a b \n\t ");
+    text.TrimLeft();
+    EXPECT_EQ(plain(text), L"a b \n\t ");
+    text.TrimRight();
+    EXPECT_EQ(plain(text), L"a b");
+}
+
+TEST(qelStringTrim, KeepsCarriageReturnsByDefault)
+{
+    qelString text(L" \r a \r ");
+    text.TrimLeft();
+    text.TrimRight();
+    EXPECT_EQ(plain(text), L"\r a \r");
+}
+
+TEST(qelStringTrim, KeepsOtherWhiteSpaceByDefault)
+{
+    qelString text(L"\v\fa\u00a0");
+    text.TrimLeft();
+    text.TrimRight();
+    EXPECT_EQ(plain(text), L"\v\fa\u00a0");
+}
+
+TEST(qelStringTrim, BecomesTheSharedEmptyTextWhenNothingIsLeft)
+{
+    qelString left(L" \t ");
+    left.TrimLeft();
+    EXPECT_TRUE(isShared(left, qelString()));
+    qelString right(L" \t ");
+    right.TrimRight();
+    EXPECT_TRUE(isShared(right, qelString()));
+}
+
+TEST(qelStringTrim, LeavesTheEmptyTextAsItIs)
+{
+    qelString text;
+    const char* narrow = text.getStringA();
+    text.TrimLeft();
+    text.TrimRight();
+    text.TrimLeft(L"x");
+    text.TrimRight(L"x");
+    EXPECT_TRUE(isShared(text, qelString()));
+    EXPECT_EQ(text.getStringA(), narrow);
+}
+
+TEST(qelStringTrim, RemovesTheUnitsOfTheSetFromOneEndOnly)
+{
+    EXPECT_EQ(trimmedLeft(L"xyaxy", L"yx"), L"axy");
+    EXPECT_EQ(trimmedRight(L"xyaxy", L"yx"), L"xya");
+    EXPECT_EQ(trimmedLeft(L" a", L"x"), L" a");
+    EXPECT_EQ(trimmedRight(L"a ", L"x"), L"a ");
+    EXPECT_EQ(trimmedLeft(L"\r\na", L"\r\n"), L"a");
+}
+
+TEST(qelStringTrim, RemovesNothingForAnEmptySet)
+{
+    EXPECT_EQ(trimmedLeft(L" a ", L""), L" a ");
+    EXPECT_EQ(trimmedRight(L" a ", L""), L" a ");
+}
+
+TEST(qelStringTrim, RebuildsTheTextEvenWhenNothingIsTrimmed)
+{
+    qelString text(L"abc");
+    const qelString before(text);
+    text.TrimLeft();
+    EXPECT_EQ(plain(text), L"abc");
+    EXPECT_FALSE(isShared(text, before));
+    const qelString between(text);
+    text.TrimRight(L"");
+    EXPECT_EQ(plain(text), L"abc");
+    EXPECT_FALSE(isShared(text, between));
+}
+
+TEST(qelStringTrim, LeavesStringsThatSharedTheText)
+{
+    qelString text(L" a ");
+    const qelString other(text);
+    text.TrimLeft();
+    text.TrimRight();
+    EXPECT_EQ(plain(other), L" a ");
+}
+
+TEST(qelStringTrim, TakesItselfAsSet)
+{
+    qelString left(L"abc");
+    left.TrimLeft(left);
+    EXPECT_EQ(plain(left), L"");
+    qelString right(L"abc");
+    right.TrimRight(right);
+    EXPECT_EQ(plain(right), L"");
+}
+
+TEST(qelStringTrim, HandlesTheLongestText)
+{
+    qelString text = repeated(kLongestText, L' ');
+    text.TrimLeft(L"x");
+    EXPECT_EQ(text.length(), kLongestText);
+    text.TrimRight(L"x");
+    EXPECT_EQ(text.length(), kLongestText);
+    text.TrimLeft();
+    EXPECT_EQ(text.length(), 0);
+}
+
+TEST(qelStringTrim, AgreesWithTheStandardLibraryOnRandomText)
+{
+    RandomText random(1003);
+    for (int round = 0; round < 10000; ++round)
+    {
+        const std::wstring text = random.text<wchar_t>(L"abc", 8);
+        const std::wstring set = random.text<wchar_t>(L"ab", 3);
+        const size_t first = text.find_first_not_of(set);
+        const size_t last = text.find_last_not_of(set);
+        ASSERT_EQ(trimmedLeft(text.c_str(), set.c_str()), first == std::wstring::npos ? L"" : text.substr(first))
+            << round;
+        ASSERT_EQ(trimmedRight(text.c_str(), set.c_str()), text.substr(0, last + 1)) << round;
+    }
+}
+} // namespace

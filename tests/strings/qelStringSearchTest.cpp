@@ -1,0 +1,118 @@
+#include "strings/TextSupport.h"
+
+#include <gtest/gtest.h>
+
+using namespace qelTest;
+
+namespace
+{
+TEST(qelStringFind, ReturnsTheFirstPositionAtOrAfterStart)
+{
+    const qelString text(L"abcabc");
+    EXPECT_EQ(text.find(L"bc"), 1);
+    EXPECT_EQ(text.find(L"bc", 1), 1);
+    EXPECT_EQ(text.find(L"bc", 2), 4);
+    EXPECT_EQ(text.find(L"bc", 5), -1);
+    EXPECT_EQ(text.find(L"abcabc"), 0);
+    EXPECT_EQ(text.find(L"abcabcd"), -1);
+    EXPECT_EQ(text.find(L"x"), -1);
+}
+
+TEST(qelStringFind, GoesOnAfterAFalseStart)
+{
+    EXPECT_EQ(qelString(L"aaab").find(L"aab"), 1);
+    EXPECT_EQ(qelString(L"abababac").find(L"abac"), 4);
+}
+
+TEST(qelStringFind, ReturnsMinusOneForAStartOutsideTheText)
+{
+    const qelString text(L"abc");
+    EXPECT_EQ(text.find(L"a", -1), -1);
+    EXPECT_EQ(text.find(L"c", 3), -1);
+    EXPECT_EQ(text.find(L"c", 2147483647), -1);
+    EXPECT_EQ(text.find(L"a", -2147483647 - 1), -1);
+}
+
+TEST(qelStringFind, FindsAnEmptyTextAtStart)
+{
+    EXPECT_EQ(qelString(L"abc").find(L""), 0);
+    EXPECT_EQ(qelString(L"abc").find(L"", 2), 2);
+}
+
+TEST(qelStringFind, ReturnsMinusOneForAnEmptyTextAtTheEnd)
+{
+    EXPECT_EQ(qelString(L"abc").find(L"", 3), -1);
+    EXPECT_EQ(qelString().find(L"", 0), -1);
+    EXPECT_EQ(qelString().find(L"a", 0), -1);
+}
+
+TEST(qelStringFind, FindsTheStringItself)
+{
+    const qelString text(L"abc");
+    EXPECT_EQ(text.find(text), 0);
+    EXPECT_EQ(text.find(text, 1), -1);
+}
+
+TEST(qelStringFind, ReachesTheLastUnitOfTheLongestText)
+{
+    qelString text = repeated(kLongestText - 1, L'a');
+    text = (std::wstring(text.getStringW()) + L'b').c_str();
+    ASSERT_EQ(text.length(), kLongestText);
+    EXPECT_EQ(text.find(L"b"), kLongestText - 1);
+    EXPECT_EQ(text.find(L"ab", 5), kLongestText - 2);
+    EXPECT_EQ(text.find(L"b", kLongestText - 1), kLongestText - 1);
+    EXPECT_EQ(text.find(L"b", kLongestText), -1);
+}
+
+TEST(qelStringFind, AgreesWithTheStandardLibrary)
+{
+    RandomText random(1001);
+    for (int round = 0; round < 20000; ++round)
+    {
+        const std::wstring text = random.text<wchar_t>(L"ab", 12);
+        const std::wstring what = random.text<wchar_t>(L"ab", 4);
+        const int start = random.number(-1, 13);
+        const bool inside = start >= 0 && start < static_cast<int>(text.size());
+        const size_t hit = inside ? text.find(what, static_cast<size_t>(start)) : std::wstring::npos;
+        ASSERT_EQ(qelString(text.c_str()).find(what.c_str(), start), static_cast<int>(hit)) << round;
+    }
+}
+
+TEST(qelStringFindLastOf, ReturnsTheLastPositionOfAWideUnit)
+{
+    const qelString text(L"C:\\a\\b");
+    EXPECT_EQ(text.find_last_of(L'\\'), 4);
+    EXPECT_EQ(text.find_last_of(static_cast<unsigned short>(L'\\')), 4);
+    EXPECT_EQ(text.find_last_of(L'C'), 0);
+    EXPECT_EQ(text.find_last_of(L'b'), 5);
+    EXPECT_EQ(text.find_last_of(L'x'), -1);
+    EXPECT_EQ(text.find_last_of(static_cast<unsigned short>('x')), -1);
+}
+
+TEST(qelStringFindLastOf, FindsNothingInTheEmptyText)
+{
+    EXPECT_EQ(qelString().find_last_of(L'a'), -1);
+    EXPECT_EQ(qelString().find_last_of(L'\0'), -1);
+    EXPECT_EQ(qelString().find_last_of('a'), -1);
+    EXPECT_EQ(qelString().find_last_of('\0'), -1);
+}
+
+TEST(qelStringFindLastOf, DoesNotSeeTheTerminator)
+{
+    EXPECT_EQ(qelString(L"abc").find_last_of(L'\0'), -1);
+    EXPECT_EQ(qelString(L"abc").find_last_of('\0'), -1);
+}
+
+TEST(qelStringFindLastOf, SearchesTheNarrowFormForAByte)
+{
+    const qelString text(L"a\u00e4b\u00e4c");
+    EXPECT_EQ(text.find_last_of('\xe4'), 3);
+    EXPECT_EQ(text.find_last_of('a'), 0);
+    EXPECT_EQ(text.find_last_of('z'), -1);
+}
+
+TEST(qelStringFindLastOf, FindsTheReplacementOfWhatTheCodePageLacks)
+{
+    EXPECT_EQ(qelString(L"ab\u4e2dc").find_last_of('?'), 2);
+}
+} // namespace
