@@ -136,7 +136,7 @@ expect()
 end_everything_on_exit
 install_packages
 lock_build
-configure_and_build
+configure_and_build host
 mkdir -p "$demo"
 start_wine "$demo/wine"
 

@@ -73,13 +73,14 @@ lock_build()
     export TMPDIR=$qel_build/tmp
 }
 
+# Configures, and builds the targets named, or else everything.
 configure_and_build()
 {
     say "Building ($qel_preset)"
     cd "$qel_source"
     run_step cmake --preset "$qel_preset" --log-level=STATUS >"$qel_build/configure.log" 2>&1 ||
         { cat "$qel_build/configure.log"; fail "configuring failed"; }
-    run_step cmake --build --preset "$qel_preset" || fail "building failed"
+    run_step cmake --build --preset "$qel_preset" --target "${@:-all}" || fail "building failed"
 }
 
 # Sets the variables that keep Wine inside the folder $1 (prefix $2) and make it the same on every machine.
