@@ -1,7 +1,11 @@
 # Link settings of the DLL: runtime inside, hardened image, and the same bytes from every build folder.
 function(qel_reproducible_dll target)
   if(MSVC)
-    set_target_properties(${target} PROPERTIES MSVC_RUNTIME_LIBRARY "MultiThreadedDLL")
+    # The compiler's own runtime inside, the C runtime from the system: streams and buffers that cross the border of the
+    # DLL belong to the same C runtime as the host's.
+    set_target_properties(${target} PROPERTIES MSVC_RUNTIME_LIBRARY "MultiThreaded$<$<CONFIG:Debug>:Debug>")
+    target_link_options(${target} PRIVATE
+      /NODEFAULTLIB:libucrt$<$<CONFIG:Debug>:d>.lib /DEFAULTLIB:ucrt$<$<CONFIG:Debug>:d>.lib)
     target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:/Brepro>)
     target_link_options(${target} PRIVATE /Brepro /DYNAMICBASE /HIGHENTROPYVA /NXCOMPAT)
   else()
