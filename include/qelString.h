@@ -66,6 +66,9 @@ private:
     /// A representation with room for `length` units and the terminator, which is set; the rest is for the caller.
     static qelStringRepr* create(size_t length);
 
+    /// Counts one more string that shares this representation, and returns it.
+    qelStringRepr* share();
+
     wchar_t* m_data; ///< the text, ended by a 0 unit
     int m_refCount;  ///< objects that share this representation
 };
@@ -75,7 +78,7 @@ class QEL_API qelString
 {
 public:
     /// Capacity of both process-wide buffers and the greatest length of a text, in units.
-    static const int kMaxLength = 0x80000;
+    static constexpr int kMaxLength = 0x80000;
 
     /// The representation of every empty text; made when the library is loaded and never freed.
     static qelStringRepr* m_repEmpty;
@@ -120,8 +123,9 @@ public:
     /**
      * Decodes narrow text with MIF escapes ("\M+", a selector digit and two hexadecimal pairs). The last selector
      * chooses the code page of the whole text: 1 = 932, 2 = 950, 3 = 949, 4 = 1361, 5 = 936, anything else and no
-     * escape at all = the ANSI code page. Null gives the empty text; an incomplete escape gives no bytes; a decoded 0
-     * byte ends the text. Returns a copy of this string.
+     * escape at all = the ANSI code page. Null gives the empty text; an escape that the end of the text cuts gives no
+     * bytes; a pair that is no number gives 0; a decoded 0 byte ends the text. Any three bytes that have the bits of
+     * "\M+" start an escape, deliberately. Returns a copy of this string.
      */
     qelString setFromMIFString(const char* text);
 
@@ -174,10 +178,11 @@ public:
     /// -1, 0 or 1.
     static int compare(const qelString& a, const qelString& b);
 
-    /// Compares at most `n` units; only the sign of the result has a meaning.
+    /// Compares at most `n` units, all of them for a negative `n`; only the sign of the result has a meaning.
     static int compare(const qelString& a, const qelString& b, int n);
 
-    /// As the C runtime's `_wcsicmp` / `_wcsnicmp`; only the sign of the result has a meaning.
+    /// As the C runtime's `_wcsicmp` / `_wcsnicmp`; only the sign of the result has a meaning. A negative `n` compares
+    /// all units.
     static int compareNoCase(const qelString& a, const qelString& b);
     static int compareNoCase(const qelString& a, const qelString& b, int n);
 
@@ -262,7 +267,7 @@ public:
     /// @name Cutting
     /// @{
 
-    /// The first `n` units; empty for a negative `n`, the whole text (shared) for `n` at or above length().
+    /// The first `n` units; empty for a negative `n`, the whole text (shared) for `n` at or above length(). O(n).
     qelString left(int n) const;
 
     /// The last `n` units; empty for a negative `n`, the whole text (shared) for `n` at or above length().
@@ -283,7 +288,8 @@ public:
     void TrimLeft();
     void TrimRight();
 
-    /// Removes the units that occur in `set` from the beginning or the end; an empty set removes nothing.
+    /// Removes the units that occur in `set` from the beginning or the end; an empty set removes nothing. The text is
+    /// rebuilt even when nothing is removed, and its limit is that of a formatted one.
     void TrimLeft(const qelString& set);
     void TrimRight(const qelString& set);
     /// @}
@@ -313,11 +319,12 @@ public:
 
     double toDouble() const;
 
-    /// The value in base `radix` (2 to 36).
+    /// The value in base `radix` (2 to 36; another one gives the empty text). Only base 10 knows a sign.
     static qelString integerToString(int value, int radix = 10);
     static qelString longToString(long value, int radix = 10);
 
-    /// The value with `digits` significant digits, in the form that the C runtime's `_gcvt_s` gives it.
+    /// The value with `digits` significant digits (0 to 1,023; another number gives the empty text), in the form that
+    /// the C runtime's `_gcvt_s` gives it.
     static qelString doubleToString(double value, int digits);
     /// @}
 
@@ -388,7 +395,6 @@ private:
     /// Releases text and narrow form and takes over `rep`, whose count already covers this string.
     qelString& adopt(qelStringRepr* rep);
 
-    /// Removes the units of `set` from the beginning or the end; the text is rebuilt even when there are none.
     void trimFront(const wchar_t* set, size_t setLength);
     void trimBack(const wchar_t* set, size_t setLength);
 

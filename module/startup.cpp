@@ -3,6 +3,7 @@
 //
 // Nothing here has a destructor: the objects must outlive every caller, and their storage goes with the module.
 
+#include "qelRegistry.h"
 #include "qelString.h"
 #include "strings/Text.h"
 
@@ -11,7 +12,7 @@ namespace
 wchar_t wideScratch[qelText::kCapacity];
 char narrowScratch[qelText::kCapacity];
 
-wchar_t emptyText[1];
+alignas(uint64_t) wchar_t emptyText[qelText::kUnitsPerChunk];
 alignas(qelStringRepr) unsigned char emptyRepresentation[sizeof(qelStringRepr)];
 } // namespace
 
@@ -19,3 +20,6 @@ wchar_t* qelString::qelStringTempBufferWide = wideScratch;
 char* qelString::qelStringTempBuffer = narrowScratch;
 qelStringRepr* qelString::m_repEmpty =
     new (static_cast<void*>(emptyRepresentation), qelPlacement()) qelStringRepr(emptyText);
+
+const wchar_t qelRegistry::RegPathEnvironment[kMaxPath] = L"Software\\Kelvara\\Orvalis\\2020";
+const wchar_t qelRegistry::RegDatabase[kMaxPath] = L"Software\\Kelvara\\Varnel\\DatabaseConnections";

@@ -37,6 +37,16 @@ int qelRuntimeGaps::wcslwr(wchar_t* buffer, size_t capacity)
     return _wcslwr_s(buffer, capacity);
 }
 
+int qelRuntimeGaps::searchenv(const char* name, const char* variable, char* result, size_t capacity)
+{
+    return _searchenv_s(name, variable, result, capacity);
+}
+
+int qelRuntimeGaps::wsearchenv(const wchar_t* name, const wchar_t* variable, wchar_t* result, size_t capacity)
+{
+    return _wsearchenv_s(name, variable, result, capacity);
+}
+
 // What vfprintf and vfwprintf are in Visual C++'s headers; those of MinGW make something else of the names.
 
 int qelRuntimeGaps::print(FILE* file, const char* format, va_list args)
@@ -166,6 +176,18 @@ int qelRuntimeGaps::wcsupr(wchar_t* buffer, size_t capacity)
 int qelRuntimeGaps::wcslwr(wchar_t* buffer, size_t capacity)
 {
     return capacity == 0 ? fail(EINVAL) : _wcslwr_s(buffer, capacity);
+}
+
+int qelRuntimeGaps::searchenv(const char* name, const char* variable, char* result, size_t capacity)
+{
+    const int code = _searchenv_s(name, variable, result, capacity);
+    return code == 0 && result[0] == 0 ? fail(ERANGE) : code;
+}
+
+int qelRuntimeGaps::wsearchenv(const wchar_t* name, const wchar_t* variable, wchar_t* result, size_t capacity)
+{
+    const int code = _wsearchenv_s(name, variable, result, capacity);
+    return code == 0 && result[0] == 0 ? fail(ERANGE) : code;
 }
 
 // A null locale is the current one.

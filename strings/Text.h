@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <stddef.h>
+#include <stdint.h>
 #include <string.h>
 #include <wchar.h>
 
@@ -13,16 +14,79 @@ namespace qelText
 /// Greatest length of a text, and capacity of both scratch buffers, in units.
 const size_t kCapacity = 0x80000;
 
+/// Units before the terminator, at most `limit`; nothing behind either is read.
+inline size_t measure(const wchar_t* text, size_t limit)
+{
+    size_t length = 0;
+    while (length < limit && text[length] != 0)
+    {
+        ++length;
+    }
+    return length;
+}
+
 /// Units before the terminator, at most kCapacity; 0 for null.
 inline size_t measure(const wchar_t* text)
 {
-    return text == nullptr ? 0 : wcsnlen(text, kCapacity);
+    return text == nullptr ? 0 : measure(text, kCapacity);
+}
+
+/// The text of a representation is stored in whole chunks, so that it can be measured and compared by chunks.
+const size_t kUnitsPerChunk = 4;
+
+inline uint64_t chunk(const wchar_t* text)
+{
+    uint64_t units;
+    memcpy(&units, text, sizeof units);
+    return units;
+}
+
+/// Whether one of the four units is 0: only there does subtracting 1 set the highest bit of a unit that had it clear.
+inline bool holdsTerminator(uint64_t units)
+{
+    return ((units - 0x0001000100010001U) & ~units & 0x8000800080008000U) != 0;
+}
+
+/// As measure(), for the text of a representation only: reads up to the end of the chunk that holds the terminator.
+inline size_t measureOwn(const wchar_t* text)
+{
+    size_t length = 0;
+    while (!holdsTerminator(chunk(text + length)))
+    {
+        length += kUnitsPerChunk;
+    }
+    while (text[length] != 0)
+    {
+        ++length;
+    }
+    return length;
+}
+
+/// The same, at most `limit`, without a look at the rest.
+inline size_t measureOwn(const wchar_t* text, size_t limit)
+{
+    size_t length = 0;
+    while (length < limit && !holdsTerminator(chunk(text + length)))
+    {
+        length += kUnitsPerChunk;
+    }
+    while (length < limit && text[length] != 0)
+    {
+        ++length;
+    }
+    return length < limit ? length : limit;
 }
 
 /// Overwrites memory with zeros in a way that the optimiser keeps.
 inline void scrub(void* memory, size_t bytes)
 {
+#if defined(__GNUC__)
+    // Most texts are short, and the block store of SecureZeroMemory takes longer to start than to write them.
+    memset(memory, 0, bytes);
+    __asm__ __volatile__("" : : "r"(memory) : "memory");
+#else
     SecureZeroMemory(memory, bytes);
+#endif
 }
 
 /// Hands a result that does not fit to the runtime's invalid-parameter handling, as its bounded copies do.
@@ -43,6 +107,32 @@ inline bool fits(size_t length)
     return false;
 }
 
+/// Whether a set of units holds `c`; sets are short.
+inline bool contains(const wchar_t* set, size_t length, wchar_t c)
+{
+    size_t i = 0;
+    while (i < length && set[i] != c)
+    {
+        ++i;
+    }
+    return i < length;
+}
+
+/// The first `c` in the text from `text` to `end`, or null.
+inline const wchar_t* findUnit(const wchar_t* text, const wchar_t* end, wchar_t c)
+{
+    const uint64_t sought = c * 0x0001000100010001U;
+    while (static_cast<size_t>(end - text) >= kUnitsPerChunk && !holdsTerminator(chunk(text) ^ sought))
+    {
+        text += kUnitsPerChunk;
+    }
+    while (text < end && *text != c)
+    {
+        ++text;
+    }
+    return text < end ? text : nullptr;
+}
+
 /// The first `what` in the text from `text` to `end`, or null; an empty one is found at once.
 inline const wchar_t* find(const wchar_t* text, const wchar_t* end, const wchar_t* what, size_t whatLength)
 {
@@ -52,8 +142,8 @@ inline const wchar_t* find(const wchar_t* text, const wchar_t* end, const wchar_
     }
     while (static_cast<size_t>(end - text) >= whatLength)
     {
-        const wchar_t* hit = wmemchr(text, *what, static_cast<size_t>(end - text) - whatLength + 1);
-        if (hit == nullptr || wmemcmp(hit, what, whatLength) == 0)
+        const wchar_t* hit = findUnit(text, end - whatLength + 1, *what);
+        if (hit == nullptr || memcmp(hit, what, whatLength * sizeof(wchar_t)) == 0)
         {
             return hit;
         }

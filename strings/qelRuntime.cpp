@@ -187,12 +187,12 @@ int qelwdupenv6(unsigned short** buffer, size_t* length, const unsigned short* n
 
 int qelsearchenv(const char* name, const char* variable, char* result, size_t capacity)
 {
-    return _searchenv_s(name, variable, result, capacity);
+    return qelRuntimeGaps::searchenv(name, variable, result, capacity);
 }
 
 int qelwsearchenv8(const wchar_t* name, const wchar_t* variable, wchar_t* result, size_t capacity)
 {
-    return _wsearchenv_s(name, variable, result, capacity);
+    return qelRuntimeGaps::wsearchenv(name, variable, result, capacity);
 }
 
 int qelwsearchenv6(const unsigned short* name, const unsigned short* variable, unsigned short* result, size_t capacity)

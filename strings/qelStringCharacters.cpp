@@ -36,7 +36,7 @@ bool qelString::IsNumeric() const
 
 qelString& qelString::toUpper()
 {
-    const size_t units = qelText::measure(m_rep->m_data);
+    const size_t units = qelText::measureOwn(m_rep->m_data);
     if (!qelText::fits(units))
     {
         return empty();
@@ -47,7 +47,7 @@ qelString& qelString::toUpper()
 
 qelString& qelString::toLower()
 {
-    const size_t units = qelText::measure(m_rep->m_data);
+    const size_t units = qelText::measureOwn(m_rep->m_data);
     if (!qelText::fits(units))
     {
         return empty();
@@ -60,5 +60,5 @@ qelString& qelString::toLower()
 qelString qelString::strRev()
 {
     (void)_wcsrev(m_rep->m_data);
-    return qelString(represent(m_rep->m_data, qelText::measure(m_rep->m_data)));
+    return qelString(represent(m_rep->m_data, qelText::measureOwn(m_rep->m_data)));
 }

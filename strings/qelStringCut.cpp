@@ -10,30 +10,31 @@ namespace
 const wchar_t defaultTrimSet[] = L"\t\n ";
 const size_t defaultTrimSetLength = 3;
 
-bool contains(const wchar_t* set, size_t length, wchar_t c)
+/// Units of a text that a range covers; 0 when it does not start inside.
+size_t countInside(const wchar_t* text, int start, int count)
 {
-    return wmemchr(set, c, length) != nullptr;
-}
-
-/// Units that a range has of a text of `units`; 0 when it does not start inside.
-size_t countInside(int start, int count, int units)
-{
-    if (start < 0 || start >= units || count < 1)
+    if (start < 0 || count < 1)
     {
         return 0;
     }
-    return static_cast<size_t>(count < units - start ? count : units - start);
+    const size_t before = static_cast<size_t>(start);
+    const size_t reached = qelText::measureOwn(text, before + static_cast<size_t>(count));
+    return reached > before ? reached - before : 0;
 }
 } // namespace
 
 qelString qelString::left(int n) const
 {
-    const int units = length();
-    if (n >= units)
+    if (n < 0)
+    {
+        return qelString();
+    }
+    const size_t kept = static_cast<size_t>(n);
+    if (qelText::measureOwn(m_rep->m_data, kept + 1) <= kept)
     {
         return *this;
     }
-    return qelString(represent(m_rep->m_data, n < 0 ? 0 : static_cast<size_t>(n)));
+    return qelString(represent(m_rep->m_data, kept));
 }
 
 qelString qelString::right(int n) const
@@ -49,8 +50,8 @@ qelString qelString::right(int n) const
 
 qelString qelString::mid(int start, int count) const
 {
-    const size_t units = countInside(start, count, length());
-    return units == 0 ? qelString() : qelString(represent(m_rep->m_data + start, units));
+    const size_t units = countInside(m_rep->m_data, start, count);
+    return qelString(represent(units == 0 ? nullptr : m_rep->m_data + start, units));
 }
 
 qelString qelString::mid(int start) const
@@ -60,8 +61,8 @@ qelString qelString::mid(int start) const
 
 qelString qelString::copy(const qelString& source, int start, int count)
 {
-    const size_t units = countInside(start, count, source.length());
-    return adopt(units == 0 ? m_repEmpty : represent(source.m_rep->m_data + start, units));
+    const size_t units = countInside(source.m_rep->m_data, start, count);
+    return adopt(represent(units == 0 ? nullptr : source.m_rep->m_data + start, units));
 }
 
 qelString qelString::copy(const qelString& source, int start)
@@ -81,12 +82,12 @@ void qelString::TrimRight()
 
 void qelString::TrimLeft(const qelString& set)
 {
-    trimFront(set.m_rep->m_data, qelText::measure(set.m_rep->m_data));
+    trimFront(set.m_rep->m_data, qelText::measureOwn(set.m_rep->m_data));
 }
 
 void qelString::TrimRight(const qelString& set)
 {
-    trimBack(set.m_rep->m_data, qelText::measure(set.m_rep->m_data));
+    trimBack(set.m_rep->m_data, qelText::measureOwn(set.m_rep->m_data));
 }
 
 void qelString::trimFront(const wchar_t* set, size_t setLength)
@@ -96,12 +97,13 @@ void qelString::trimFront(const wchar_t* set, size_t setLength)
         return;
     }
     const wchar_t* text = m_rep->m_data;
-    const wchar_t* end = text + qelText::measure(text);
-    while (text < end && contains(set, setLength, *text))
+    const wchar_t* end = text + qelText::measureOwn(text);
+    while (text < end && qelText::contains(set, setLength, *text))
     {
         ++text;
     }
-    adopt(represent(text, static_cast<size_t>(end - text)));
+    const size_t kept = static_cast<size_t>(end - text);
+    adopt(qelText::fits(kept) ? represent(text, kept) : m_repEmpty);
 }
 
 void qelString::trimBack(const wchar_t* set, size_t setLength)
@@ -111,12 +113,12 @@ void qelString::trimBack(const wchar_t* set, size_t setLength)
         return;
     }
     const wchar_t* text = m_rep->m_data;
-    size_t kept = qelText::measure(text);
-    while (kept > 0 && contains(set, setLength, text[kept - 1]))
+    size_t kept = qelText::measureOwn(text);
+    while (kept > 0 && qelText::contains(set, setLength, text[kept - 1]))
     {
         --kept;
     }
-    adopt(represent(text, kept));
+    adopt(qelText::fits(kept) ? represent(text, kept) : m_repEmpty);
 }
 
 void qelString::StringToArr(qelArray<wchar_t>& chars) const

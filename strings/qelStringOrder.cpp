@@ -2,6 +2,8 @@
 
 #include "qelString.h"
 
+#include "strings/Text.h"
+
 #include <limits.h>
 #include <stdlib.h>
 #include <wchar.h>
@@ -98,6 +100,13 @@ int qelString::compare(const qelString& a, const qelString& b)
     if (left == right)
     {
         return 0;
+    }
+    uint64_t units = qelText::chunk(left);
+    while (units == qelText::chunk(right) && !qelText::holdsTerminator(units))
+    {
+        left += qelText::kUnitsPerChunk;
+        right += qelText::kUnitsPerChunk;
+        units = qelText::chunk(left);
     }
     while (*left == *right && *right != 0)
     {

@@ -38,7 +38,7 @@ wchar_t* append(wchar_t* target, const wchar_t* text, size_t length)
 int qelString::replace(wchar_t from, wchar_t to)
 {
     const wchar_t* text = m_rep->m_data;
-    const size_t units = qelText::measure(text);
+    const size_t units = qelText::measureOwn(text);
     const int count = countUnit(text, units, from);
     if (!qelText::fits(units))
     {
@@ -47,7 +47,7 @@ int qelString::replace(wchar_t from, wchar_t to)
     }
     if (to == 0 && count > 0)
     {
-        adopt(represent(text, static_cast<size_t>(wmemchr(text, from, units) - text)));
+        adopt(represent(text, static_cast<size_t>(qelText::findUnit(text, text + units, from) - text)));
         return count;
     }
     qelStringRepr* rep = represent(text, units);
@@ -78,9 +78,9 @@ int qelString::replace(const qelString& what, const qelString& with)
     const wchar_t* text = m_rep->m_data;
     const wchar_t* sought = what.m_rep->m_data;
     const wchar_t* inserted = with.m_rep->m_data;
-    const size_t units = qelText::measure(text);
-    const size_t soughtUnits = qelText::measure(sought);
-    const size_t insertedUnits = qelText::measure(inserted);
+    const size_t units = qelText::measureOwn(text);
+    const size_t soughtUnits = qelText::measureOwn(sought);
+    const size_t insertedUnits = qelText::measureOwn(inserted);
     const wchar_t* end = text + units;
 
     const int count = countText(text, end, sought, soughtUnits);
@@ -119,7 +119,7 @@ qelString& qelString::replace(int start, int count, const qelString& with)
     const long long before = start < 0 ? 0 : start > units ? units : start;
 
     const size_t front = static_cast<size_t>(before);
-    const size_t middle = qelText::measure(with.m_rep->m_data);
+    const size_t middle = qelText::measureOwn(with.m_rep->m_data);
     const size_t back = static_cast<size_t>(kept);
     const size_t result = front + middle + back;
     if (result == 0 || !qelText::fits(result))
@@ -137,7 +137,7 @@ void qelString::removeAll(const wchar_t& c)
 {
     const wchar_t* text = m_rep->m_data;
     const wchar_t removed = c;
-    const size_t units = qelText::measure(text);
+    const size_t units = qelText::measureOwn(text);
     const size_t left = units - static_cast<size_t>(countUnit(text, units, removed));
     if (left == units)
     {

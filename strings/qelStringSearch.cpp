@@ -13,14 +13,15 @@ int qelString::find(const qelString& what, int start) const
         return -1;
     }
     const wchar_t* sought = what.m_rep->m_data;
-    const wchar_t* hit = qelText::find(text + start, text + units, sought, qelText::measure(sought));
+    const wchar_t* hit = qelText::find(text + start, text + units, sought, qelText::measureOwn(sought));
     return hit == nullptr ? -1 : static_cast<int>(hit - text);
 }
 
 int qelString::find_last_of(wchar_t c) const
 {
+    const wchar_t* text = m_rep->m_data;
     int i = length() - 1;
-    while (i >= 0 && m_rep->m_data[i] != c)
+    while (i >= 0 && text[i] != c)
     {
         --i;
     }

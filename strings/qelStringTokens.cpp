@@ -11,11 +11,11 @@ struct Set
 {
     explicit Set(const qelString& text)
         : units(text.getStringW())
-        , length(qelText::measure(units))
+        , length(qelText::measureOwn(units))
     {
     }
 
-    bool contains(wchar_t c) const { return wmemchr(units, c, length) != nullptr; }
+    bool contains(wchar_t c) const { return qelText::contains(units, length, c); }
 
     const wchar_t* units;
     size_t length;
@@ -35,14 +35,26 @@ public:
     /// Moves on to the next token; false behind the last one.
     bool find()
     {
-        while (*m_next != 0 && isSeparator(*m_next))
+        // A unit that is both counts as a quote.
+        while (*m_next != 0 && m_separators.contains(*m_next) && !m_quotes.contains(*m_next))
         {
             ++m_next;
         }
         m_token = m_next;
-        while (*m_next != 0 && !isSeparator(*m_next))
+        while (*m_next != 0)
         {
-            m_next = m_quotes.contains(*m_next) ? behindQuoted(m_next) : m_next + 1;
+            if (m_quotes.contains(*m_next))
+            {
+                m_next = behindQuoted(m_next);
+            }
+            else if (!m_separators.contains(*m_next))
+            {
+                ++m_next;
+            }
+            else
+            {
+                break;
+            }
         }
         return m_next != m_token;
     }
@@ -51,9 +63,6 @@ public:
     size_t length() const { return static_cast<size_t>(m_next - m_token); }
 
 private:
-    /// A unit that is both quotes.
-    bool isSeparator(wchar_t c) const { return m_separators.contains(c) && !m_quotes.contains(c); }
-
     /// Where the text goes on behind a quoted section, a doubled quote being part of it.
     static const wchar_t* behindQuoted(const wchar_t* text)
     {

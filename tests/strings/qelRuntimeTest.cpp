@@ -739,9 +739,12 @@ TYPED_TEST(qelRuntime, FindsAFileInTheCurrentFolderFirst)
     GetCurrentDirectoryW(MAX_PATH, before);
     ASSERT_TRUE(SetCurrentDirectoryW(folder.path().c_str()));
     Room<Char> room;
-    EXPECT_EQ(TypeParam::search(in<Char>("notepad.exe").data(), in<Char>("PATH").data(), room, 300), 0);
+    EXPECT_EQ(TypeParam::search(in<Char>("notepad.exe").data(), in<Char>("PATH").data(), room, path.size() + 1), 0);
+    Room<Char> small;
+    EXPECT_EQ(TypeParam::search(in<Char>("notepad.exe").data(), in<Char>("PATH").data(), small, path.size()), ERANGE);
     SetCurrentDirectoryW(before);
     EXPECT_EQ(room.text(), path);
+    EXPECT_EQ(small.text(), "");
 }
 
 TYPED_TEST(qelRuntime, EmptiesTheResultWhenTheFoundPathIsOneTooLong)
@@ -986,6 +989,29 @@ TEST(qelLocaltime, BreaksATimeDownInTheZoneOfTheSystem)
         EXPECT_EQ(result.tm_sec, expected.wSecond);
         EXPECT_EQ(result.tm_wday, expected.wDayOfWeek);
     }
+}
+
+TEST(qelLocaltime, BreaksATimeDownInTheZoneOfTheEnvironment)
+{
+    wchar_t* before = nullptr;
+    ASSERT_EQ(qelwdupenv8(&before, nullptr, L"TZ"), 0);
+    _wputenv_s(L"TZ", L"QEL-3");
+    _tzset();
+    const long long when = 1234567890; // 2009-02-13 23:31:30 UTC
+    tm result = {};
+    EXPECT_EQ(qellocaltime(&result, &when), 0);
+    _wputenv_s(L"TZ", before == nullptr ? L"" : before);
+    _tzset();
+    free(before);
+    EXPECT_EQ(result.tm_year, 109);
+    EXPECT_EQ(result.tm_mon, 1);
+    EXPECT_EQ(result.tm_mday, 14);
+    EXPECT_EQ(result.tm_hour, 2);
+    EXPECT_EQ(result.tm_min, 31);
+    EXPECT_EQ(result.tm_sec, 30);
+    EXPECT_EQ(result.tm_wday, 6);
+    EXPECT_EQ(result.tm_yday, 44);
+    EXPECT_EQ(result.tm_isdst, 0);
 }
 
 TEST(qelLocaltime, TakesTimesPastTheYear2038)

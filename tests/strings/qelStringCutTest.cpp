@@ -263,13 +263,25 @@ TEST(qelStringTrim, TakesItselfAsSet)
     EXPECT_EQ(plain(right), L"");
 }
 
-TEST(qelStringTrim, HandlesTheLongestText)
+TEST(qelStringTrim, WorksUpToTheLongestResultAndGivesTheEmptyTextBeyond)
 {
+    const LenientRuntime lenient;
     qelString text = repeated(kLongestText, L' ');
     text.TrimLeft(L"x");
-    EXPECT_EQ(text.length(), kLongestText);
+    EXPECT_TRUE(isShared(text, qelString()));
+    text = repeated(kLongestText, L' ');
     text.TrimRight(L"x");
-    EXPECT_EQ(text.length(), kLongestText);
+    EXPECT_TRUE(isShared(text, qelString()));
+
+    text = (std::wstring(kLongestResult, L'a') + L' ').c_str();
+    text.TrimRight();
+    EXPECT_EQ(text, repeated(kLongestResult, L'a'));
+    text.TrimLeft();
+    EXPECT_EQ(text, repeated(kLongestResult, L'a'));
+    text = (L' ' + std::wstring(kLongestResult, L'a')).c_str();
+    text.TrimLeft();
+    EXPECT_EQ(text.length(), kLongestResult);
+    text = repeated(kLongestText, L' ');
     text.TrimLeft();
     EXPECT_EQ(text.length(), 0);
 }

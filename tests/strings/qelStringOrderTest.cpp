@@ -184,6 +184,13 @@ TEST(qelStringNaturalOrder, ComparesTheOtherDigitsOfANumberAgain)
     EXPECT_EQ(natural(L"0", L"00x"), 0);
 }
 
+TEST(qelStringNaturalOrder, DoesNotReadOnBehindANumberOfZeros)
+{
+    EXPECT_EQ(natural(L"0 9", L"7 5"), -1);
+    EXPECT_EQ(natural(L"0 9", L"00 5"), -1);
+    EXPECT_EQ(natural(L"00-9", L"0-5"), -1);
+}
+
 TEST(qelStringNaturalOrder, TakesOnlyAsciiDigitsForDigits)
 {
     EXPECT_EQ(natural(L"\u0661", L"\u0662"), -1);

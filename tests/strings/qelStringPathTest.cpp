@@ -21,7 +21,8 @@ Parts split(const std::wstring& path)
     return parts;
 }
 
-std::wstring made(const std::wstring& drive, const std::wstring& dir, const std::wstring& fname, const std::wstring& ext)
+std::wstring made(const std::wstring& drive, const std::wstring& dir, const std::wstring& fname,
+                  const std::wstring& ext)
 {
     qelString path(L"old");
     path.MakePath(drive.c_str(), dir.c_str(), fname.c_str(), ext.c_str());
