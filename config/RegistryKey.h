@@ -54,18 +54,13 @@ public:
         return true;
     }
 
-    /// Reads a value of exactly 4 bytes; false leaves `value` alone.
+    /// Reads a value of up to 4 bytes, with zeros for what a shorter one lacks; false leaves `value` alone.
     bool query(const wchar_t* name, DWORD& value) const
     {
         DWORD number = 0;
         DWORD bytes = sizeof(number);
         if (m_key == nullptr || RegQueryValueExW(m_key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(&number),
                                                  &bytes) != ERROR_SUCCESS)
-        {
-            return false;
-        }
-        // A shorter value is read without complaint, but it is no number.
-        if (bytes != sizeof(number))
         {
             return false;
         }

@@ -243,7 +243,7 @@ private:
 template <typename Form> size_t translate(FileBytes& bytes, bool textMode, qelString& contents, size_t maxLength)
 {
     // A unit takes at least as many bytes as its form is wide.
-    const size_t kept = qelText::kCapacity * (sizeof(typename Form::Unit) == 1 ? qelCodePage::kMaxBytesPerUnit : 1);
+    const size_t kept = sizeof(typename Form::Unit) == 1 ? qelCodePage::mostBytes() : qelText::kCapacity;
     Collector<typename Form::Unit> collector(least(least(maxLength, bytes.size() / Form::kWidth), kept));
     while (collector.count() < maxLength)
     {

@@ -127,7 +127,7 @@ size_t readBytes(FILE* stream, qelString& contents, size_t maxLength)
         return readUnits<wchar_t>(stream, contents, maxLength, qelText::kCapacity);
     }
     (void)fseek(stream, 0, SEEK_SET);
-    return readUnits<char>(stream, contents, maxLength, qelText::kCapacity * qelCodePage::kMaxBytesPerUnit);
+    return readUnits<char>(stream, contents, maxLength, qelCodePage::mostBytes());
 }
 } // namespace
 

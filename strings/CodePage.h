@@ -6,17 +6,19 @@
 
 namespace qelCodePage
 {
+/// Bytes that the longest text can take in the ANSI code page.
+inline size_t mostBytes()
+{
+    CPINFO page;
+    return GetCPInfo(CP_ACP, &page) ? qelText::kCapacity * page.MaxCharSize : qelText::kCapacity;
+}
+
 /// Bytes of the ANSI code page before the terminator, at most as many as the longest text can need; 0 for null.
 inline size_t measure(const char* text)
 {
     const size_t length = text == nullptr ? 0 : strnlen(text, qelText::kCapacity);
-    CPINFO page;
-    if (length < qelText::kCapacity || !GetCPInfo(CP_ACP, &page))
-    {
-        return length;
-    }
     // Only where a character takes several bytes can more of them still be needed.
-    return length + strnlen(text + length, qelText::kCapacity * (page.MaxCharSize - 1));
+    return length < qelText::kCapacity ? length : length + strnlen(text + length, mostBytes() - length);
 }
 
 /// The unit that one byte of the ANSI code page stands for; 0 for a byte that is no character by itself.
