@@ -25,7 +25,7 @@ void qelRegExWrapper::setRegularExpression(const qelString& pattern)
 
 bool qelRegExWrapper::match(const qelString& text, qelArray<qelString>& results)
 {
-    // The text may be an element of the results, which move when they grow.
+    // The text may sit in a spare slot of the results, which the first of them overwrites.
     const qelString kept(text);
     return qelPattern::match(m_pattern.getStringW(), kept.getStringW(), append, &results);
 }

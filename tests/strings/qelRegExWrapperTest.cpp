@@ -371,6 +371,17 @@ TEST(qelRegExWrapperMatch, TakesATextThatIsAnElementOfTheResults)
     EXPECT_EQ(L"t", plain(results[21]));
 }
 
+TEST(qelRegExWrapperMatch, TakesATextInASpareSlotThatTheResultsOverwrite)
+{
+    qelRegExWrapper wrapper;
+    wrapper.setRegularExpression(L"(.)(.)");
+    qelArray<qelString> results(1, 1);
+    results.append(L"ab");
+    results.setLogicalLength(0);
+    EXPECT_TRUE(wrapper.match(results[0], results));
+    EXPECT_EQ((Texts{L"ab", L"a", L"b"}), listed(results));
+}
+
 TEST(qelRegExWrapperMatch, LeavesTheTextAsItIs)
 {
     const qelString text(L"ab");
