@@ -120,7 +120,7 @@ void inThread(size_t stackSize, const std::function<void()>& work)
 const size_t kSmallStack = 256 * 1024;
 
 /// Far above what the limits allow a call to take, far below what it would take without them.
-const std::chrono::seconds kBoundedTime(30);
+const std::chrono::seconds kBoundedTime(120);
 
 void expectGivesUp(const std::wstring& pattern, const std::wstring& text)
 {
