@@ -30,11 +30,11 @@
  * - **Ownership**: an entry that was inserted belongs to the tree, is destroyed by it through its virtual destructor,
  *   and so must come from `new`. A refused entry stays with the caller. A copy of a tree shares the entries of the
  *   first one, and a copy of an entry that is in a tree shares its subtrees: destroying both is not supported.
- * - **Scale and cost**: while nothing is removed, n entries are at most 1.45 * log2(n + 2) levels deep, and search() and
- *   insert() compare once a level. remove() leaves the levels as they are, by design. Random removals hardly show, but
- *   there are sequences that make the tree deeper with every removal, up to one level for each entry in it.
- * - **Stack**: no operation recurses, however deep removals have left the tree. Destroying a whole tree takes two
- *   nested destructors.
+ * - **Scale and cost**: while nothing is removed, n entries are at most 1.45 * log2(n + 2) levels deep, and search()
+ *   and insert() compare once a level. remove() leaves the levels as they are, by design. After random removals that
+ *   hardly shows, but there are sequences in which each removal brings another level, down to a chain of all entries.
+ * - **Stack**: no operation recurses, however deep removals have left the tree: a million removals need no more stack
+ *   than none. Destroying a whole tree takes two nested destructors.
  * - **Failure**: the values of qelBalancedTreeEntry::eError; nothing throws except what a comparison throws, which
  *   leaves the tree as it was, and walk() of a very deep tree when memory runs out.
  * - **Threads**: one at a time.
