@@ -57,14 +57,11 @@ qelNumberCreator::qelNumberCreator(const qelNumberCreator& other)
 
 qelNumberCreator& qelNumberCreator::operator=(const qelNumberCreator& other)
 {
-    if (this != &other)
-    {
-        m_numberingType = other.m_numberingType;
-        m_prefix = other.m_prefix;
-        m_start = other.m_start;
-        m_current = other.m_current;
-        m_suffix = other.m_suffix;
-    }
+    m_numberingType = other.m_numberingType;
+    m_prefix = other.m_prefix;
+    m_start = other.m_start;
+    m_current = other.m_current;
+    m_suffix = other.m_suffix;
     return *this;
 }
 

@@ -668,24 +668,37 @@ TEST_F(qelBalancedTreeTest, OtherComparisonResultPretendsToInsert)
 
 TEST_F(qelBalancedTreeTest, OtherComparisonResultEndsTheSearch)
 {
-    qelBalancedTree tree;
-    addAll(tree, {2, 1, 3, 4});
-    Entry::s_oddKey = 3;
-    Entry::s_oddResult = 2;
-    EXPECT_EQ(tree.search(Entry(4)), nullptr);
-    EXPECT_EQ(tree.search(Entry(3)), nullptr);
-    EXPECT_NE(tree.search(Entry(1)), nullptr);
+    for (int odd : {2, -2, 100, INT_MIN, INT_MAX})
+    {
+        qelBalancedTree tree;
+        addAll(tree, {4, 2, 6, 1, 3, 5, 7});
+        Entry::s_oddKey = 6;
+        Entry::s_oddResult = odd;
+        for (int key : {5, 6, 7})
+        {
+            EXPECT_EQ(tree.search(Entry(key)), nullptr);
+        }
+        EXPECT_NE(tree.search(Entry(1)), nullptr);
+        Entry::s_oddKey = kNone;
+    }
 }
 
 TEST_F(qelBalancedTreeTest, OtherComparisonResultEndsTheRemoval)
 {
-    qelBalancedTree tree;
-    addAll(tree, {2, 1, 3, 4});
-    const std::string before = shape(tree);
-    Entry::s_oddKey = 3;
-    Entry::s_oddResult = -2;
-    EXPECT_EQ(take(tree, 4), Base::eNotFound);
-    EXPECT_EQ(shape(tree), before);
+    for (int odd : {2, -2, 100, INT_MIN, INT_MAX})
+    {
+        qelBalancedTree tree;
+        addAll(tree, {4, 2, 6, 1, 3, 5, 7});
+        const std::string before = shape(tree);
+        Entry::s_oddKey = 6;
+        Entry::s_oddResult = odd;
+        for (int key : {5, 6, 7}) // on either side of the odd one, and itself
+        {
+            EXPECT_EQ(take(tree, key), Base::eNotFound);
+        }
+        EXPECT_EQ(shape(tree), before);
+        Entry::s_oddKey = kNone;
+    }
 }
 
 TEST_F(qelBalancedTreeTest, ThrowingComparisonLeavesTheTreeAsItWas)
