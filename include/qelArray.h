@@ -172,11 +172,16 @@ public:
     {
         if (this != &other)
         {
-            freeStorage();
-            setPhysicalLength(other.m_logicalLength);
-            m_logicalLength = other.m_logicalLength;
+            // The old storage goes last: `other` may be part of one of its elements.
+            T* oldElements = m_elements;
+            const long oldPhysicalLength = m_physicalLength;
+            const long kept = other.m_logicalLength;
             m_growLength = other.m_growLength;
-            Reallocator::copy(m_elements, other.m_elements, m_logicalLength);
+            m_elements = kept > 0 ? fresh(kept) : nullptr;
+            m_physicalLength = kept > 0 ? kept : 0;
+            m_logicalLength = kept;
+            Reallocator::copy(m_elements, other.m_elements, kept);
+            release(oldElements, oldPhysicalLength);
         }
         return *this;
     }
@@ -229,11 +234,7 @@ public:
      * Sets the number of elements in use, with more slots when they are needed. Storage is never given back here:
      * elements beyond the new length keep their values and show again when the length is raised.
      */
-    void setLogicalLength(long n)
-    {
-        growFor(n);
-        m_logicalLength = n;
-    }
+    void setLogicalLength(long n) { useElements(n); }
 
     /**
      * Sets the number of slots. Shrinking by less than a quarter, and a negative `n`, change nothing; 0 frees the
@@ -270,7 +271,7 @@ public:
         {
             m_elements[i] = value;
         }
-        else if (i >= m_physicalLength && owns(value))
+        else if (i >= m_physicalLength && owns(&value))
         {
             const T copied(value);
             extendTo(i, copied);
@@ -287,12 +288,18 @@ public:
     /// Adds all elements of `other` in order; `other` may be this array.
     void append(const qelArray& other)
     {
-        const long added = other.m_logicalLength;
-        if (added > 0)
+        if (other.m_logicalLength <= 0)
         {
-            const long old = m_logicalLength;
-            setLogicalLength(old + added);
-            Reallocator::copy(m_elements + old, other.m_elements, added);
+            return;
+        }
+        if (owns(&other))
+        {
+            const qelArray copied(other);
+            appendOutsider(copied);
+        }
+        else
+        {
+            appendOutsider(other);
         }
     }
 
@@ -302,7 +309,7 @@ public:
      */
     void insertAt(long i, const T& value)
     {
-        if (owns(value))
+        if (owns(&value))
         {
             const T copied(value);
             insertOutsider(i, copied);
@@ -327,32 +334,47 @@ public:
     }
 
 private:
-    /// Makes room for `needed` elements: the next whole multiple of the grow length.
-    void growFor(long needed)
+    /// setLogicalLength(); more elements than a length can count are left to the allocation to refuse.
+    void useElements(long long n)
     {
-        if (needed > m_physicalLength)
+        if (n > m_physicalLength)
         {
-            const long long step = m_growLength;
-            long long target = ((needed - 1LL) / step + 1) * step;
-            // A negative step or a target past 32 bits must not end in too few slots.
-            target = target < needed ? needed : target;
-            reallocate(target > LONG_MAX ? LONG_MAX : static_cast<long>(target));
+            reallocate(n > LONG_MAX ? -1 : growthTarget(static_cast<long>(n)));
         }
+        m_logicalLength = static_cast<long>(n);
+    }
+
+    /// `needed` rounded up to a whole multiple of the grow length.
+    long growthTarget(long needed) const
+    {
+        const long long step = m_growLength;
+        const long long target = ((needed - 1LL) / step + 1) * step;
+        // A negative step or a target past 32 bits must not end in too few slots.
+        return target < needed || target > LONG_MAX ? needed : static_cast<long>(target);
     }
 
     void extendTo(long i, const T& value)
     {
-        setLogicalLength(i + 1);
+        useElements(i + 1LL);
         if (i >= 0)
         {
             m_elements[i] = value;
         }
     }
 
+    /// append() of elements that stay where they are while the storage grows; `other` may be this array.
+    void appendOutsider(const qelArray& other)
+    {
+        const long old = m_logicalLength < 0 ? 0 : m_logicalLength;
+        const long added = other.m_logicalLength;
+        useElements(static_cast<long long>(old) + added);
+        Reallocator::copy(m_elements + old, other.m_elements, added);
+    }
+
     /// insertAt() for a value that stays where it is while elements move.
     void insertOutsider(long i, const T& value)
     {
-        setLogicalLength(m_logicalLength + 1);
+        useElements(m_logicalLength + 1LL);
         const long lowest = i < 0 ? 0 : i;
         for (long to = m_logicalLength - 1; to > lowest; --to)
         {
@@ -367,32 +389,38 @@ private:
     void reallocate(long n)
     {
         const long kept = m_logicalLength < n ? m_logicalLength : n;
-        T* fresh = MemoryController::allocate(n);
-        Reallocator::construct(fresh, n);
-        Reallocator::copy(fresh, m_elements, kept);
-        releaseElements();
-        m_elements = fresh;
+        T* elements = fresh(n);
+        Reallocator::copy(elements, m_elements, kept);
+        release(m_elements, m_physicalLength);
+        m_elements = elements;
         m_physicalLength = n;
         m_logicalLength = kept;
     }
 
-    void releaseElements()
+    static T* fresh(long count)
     {
-        Reallocator::destroy(m_elements, m_physicalLength);
-        MemoryController::deallocate(m_elements);
+        T* elements = MemoryController::allocate(count);
+        Reallocator::construct(elements, count);
+        return elements;
+    }
+
+    static void release(T*& elements, long count)
+    {
+        Reallocator::destroy(elements, count);
+        MemoryController::deallocate(elements);
     }
 
     void freeStorage()
     {
-        releaseElements();
+        release(m_elements, m_physicalLength);
         m_logicalLength = 0;
         m_physicalLength = 0;
     }
 
-    /// Whether `value` lies in this array's storage, and would go away with it.
-    bool owns(const T& value) const
+    /// Whether an object lies in this array's storage, and would go away with it.
+    bool owns(const void* object) const
     {
-        const uintptr_t at = reinterpret_cast<uintptr_t>(&value);
+        const uintptr_t at = reinterpret_cast<uintptr_t>(object);
         const uintptr_t begin = reinterpret_cast<uintptr_t>(m_elements);
         return at >= begin && at < begin + static_cast<uintptr_t>(m_physicalLength) * sizeof(T);
     }

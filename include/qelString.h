@@ -66,6 +66,9 @@ private:
     /// A representation with room for `length` units and the terminator, which is set; the rest is for the caller.
     static qelStringRepr* create(size_t length);
 
+    /// Counts one more string that shares this representation, and returns it.
+    qelStringRepr* share();
+
     wchar_t* m_data; ///< the text, ended by a 0 unit
     int m_refCount;  ///< objects that share this representation
 };
@@ -75,7 +78,7 @@ class QEL_API qelString
 {
 public:
     /// Capacity of both process-wide buffers and the greatest length of a text, in units.
-    static const int kMaxLength = 0x80000;
+    static constexpr int kMaxLength = 0x80000;
 
     /// The representation of every empty text; made when the library is loaded and never freed.
     static qelStringRepr* m_repEmpty;

@@ -18,7 +18,7 @@ namespace
 wchar_t wideScratch[qelText::kCapacity];
 char narrowScratch[qelText::kCapacity];
 
-wchar_t emptyText[1];
+alignas(uint64_t) wchar_t emptyText[qelText::kUnitsPerChunk];
 alignas(qelStringRepr) unsigned char emptyRepresentation[sizeof(qelStringRepr)];
 } // namespace
 

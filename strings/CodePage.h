@@ -6,13 +6,17 @@
 
 namespace qelCodePage
 {
-/// The widest character of a code page that the process may have as its own: bytes for one 16-bit unit.
-const size_t kMaxBytesPerUnit = 4;
-
-/// Bytes before the terminator, at most as many as the longest text can need; 0 for null.
+/// Bytes of the ANSI code page before the terminator, at most as many as the longest text can need; 0 for null.
 inline size_t measure(const char* text)
 {
-    return text == nullptr ? 0 : strnlen(text, qelText::kCapacity * kMaxBytesPerUnit);
+    const size_t length = text == nullptr ? 0 : strnlen(text, qelText::kCapacity);
+    CPINFO page;
+    if (length < qelText::kCapacity || !GetCPInfo(CP_ACP, &page))
+    {
+        return length;
+    }
+    // Only where a character takes several bytes can more of them still be needed.
+    return length + strnlen(text + length, qelText::kCapacity * (page.MaxCharSize - 1));
 }
 
 /// The unit that one byte of the ANSI code page stands for; 0 for a byte that is no character by itself.

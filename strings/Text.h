@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <stddef.h>
+#include <stdint.h>
 #include <string.h>
 #include <wchar.h>
 
@@ -13,16 +14,64 @@ namespace qelText
 /// Greatest length of a text, and capacity of both scratch buffers, in units.
 const size_t kCapacity = 0x80000;
 
+/// Units before the terminator, at most `limit`; nothing behind either is read.
+inline size_t measure(const wchar_t* text, size_t limit)
+{
+    size_t length = 0;
+    while (length < limit && text[length] != 0)
+    {
+        ++length;
+    }
+    return length;
+}
+
 /// Units before the terminator, at most kCapacity; 0 for null.
 inline size_t measure(const wchar_t* text)
 {
-    return text == nullptr ? 0 : wcsnlen(text, kCapacity);
+    return text == nullptr ? 0 : measure(text, kCapacity);
+}
+
+/// The text of a representation is stored in whole chunks, so that it can be measured and compared by chunks.
+const size_t kUnitsPerChunk = 4;
+
+inline uint64_t chunk(const wchar_t* text)
+{
+    uint64_t units;
+    memcpy(&units, text, sizeof units);
+    return units;
+}
+
+/// Whether one of the four units is 0: only there does subtracting 1 set the highest bit of a unit that had it clear.
+inline bool holdsTerminator(uint64_t units)
+{
+    return ((units - 0x0001000100010001U) & ~units & 0x8000800080008000U) != 0;
+}
+
+/// As measure(), for the text of a representation only: reads up to the end of the chunk that holds the terminator.
+inline size_t measureOwn(const wchar_t* text)
+{
+    size_t length = 0;
+    while (!holdsTerminator(chunk(text + length)))
+    {
+        length += kUnitsPerChunk;
+    }
+    while (text[length] != 0)
+    {
+        ++length;
+    }
+    return length;
 }
 
 /// Overwrites memory with zeros in a way that the optimiser keeps.
 inline void scrub(void* memory, size_t bytes)
 {
+#if defined(__GNUC__)
+    // Most texts are short, and the block store of SecureZeroMemory takes longer to start than to write them.
+    memset(memory, 0, bytes);
+    __asm__ __volatile__("" : : "r"(memory) : "memory");
+#else
     SecureZeroMemory(memory, bytes);
+#endif
 }
 
 /// Hands a result that does not fit to the runtime's invalid-parameter handling, as its bounded copies do.

@@ -5,6 +5,32 @@
 #include "strings/CodePage.h"
 #include "strings/Text.h"
 
+namespace
+{
+char* allocateNarrow(int bytes)
+{
+    return static_cast<char*>(::operator new(static_cast<size_t>(bytes) + 1));
+}
+
+/// The ANSI form of a text in a block of its own.
+char* narrowCopy(const wchar_t* text, int units)
+{
+    // Nearly every text takes one byte a unit: try that before measuring.
+    char* narrow = allocateNarrow(units);
+    int bytes = units == 0 ? 0 : qelCodePage::toAnsi(text, units, narrow, units);
+    if (bytes == 0 && units > 0)
+    {
+        qelText::scrub(narrow, static_cast<size_t>(units));
+        ::operator delete(narrow);
+        const int needed = qelCodePage::toAnsi(text, units, nullptr, 0);
+        narrow = allocateNarrow(needed);
+        bytes = qelCodePage::toAnsi(text, units, narrow, needed);
+    }
+    narrow[bytes] = 0;
+    return narrow;
+}
+} // namespace
+
 qelStringRepr::qelStringRepr(wchar_t* data)
     : m_data(data)
     , m_refCount(1)
@@ -13,7 +39,7 @@ qelStringRepr::qelStringRepr(wchar_t* data)
 
 qelStringRepr::~qelStringRepr()
 {
-    qelText::scrub(m_data, qelText::measure(m_data) * sizeof(wchar_t));
+    qelText::scrub(m_data, qelText::measureOwn(m_data) * sizeof(wchar_t));
 }
 
 void qelStringRepr::operator delete(void* block)
@@ -23,11 +49,19 @@ void qelStringRepr::operator delete(void* block)
 
 qelStringRepr* qelStringRepr::create(size_t length)
 {
-    // One block for both: the text stands right behind the representation.
-    void* block = ::operator new(sizeof(qelStringRepr) + (length + 1) * sizeof(wchar_t));
+    // One block for both: the text stands right behind the representation, in whole chunks.
+    const size_t lastChunk = length / qelText::kUnitsPerChunk * qelText::kUnitsPerChunk;
+    void* block = ::operator new(sizeof(qelStringRepr) + (lastChunk + qelText::kUnitsPerChunk) * sizeof(wchar_t));
     wchar_t* data = reinterpret_cast<wchar_t*>(static_cast<unsigned char*>(block) + sizeof(qelStringRepr));
-    data[length] = 0;
+    memset(data + lastChunk, 0, qelText::kUnitsPerChunk * sizeof(wchar_t));
     return new (block, qelPlacement()) qelStringRepr(data);
+}
+
+qelStringRepr* qelStringRepr::share()
+{
+    // Nobody reads the count of the empty text, which only ever grows: let it wrap round.
+    m_refCount = static_cast<int>(static_cast<unsigned>(m_refCount) + 1U);
+    return this;
 }
 
 qelString::qelString()
@@ -54,10 +88,9 @@ qelString::qelString(const char* text)
 }
 
 qelString::qelString(const qelString& other)
-    : m_rep(other.m_rep)
+    : m_rep(other.m_rep->share())
     , m_charCache(nullptr)
 {
-    ++m_rep->m_refCount;
 }
 
 // Kept as callers know it: an empty array leaves no representation at all, not even the empty one.
@@ -65,12 +98,36 @@ qelString::qelString(const qelArray<wchar_t>& chars, int first, int last)
     : m_rep(nullptr)
     , m_charCache(nullptr)
 {
-    const long length = chars.length();
-    if (length > 0)
+    if (chars.length() <= 0)
     {
-        const bool valid = first >= 0 && first <= last && last < length;
-        const size_t count = valid ? static_cast<size_t>(last - first) + 1 : 0;
-        m_rep = valid ? represent(&chars[first], wcsnlen(&chars[first], count)) : m_repEmpty;
+        return;
+    }
+    m_rep = m_repEmpty;
+    if (first < 0 || first > last || last >= chars.length())
+    {
+        return;
+    }
+    // A 0 among the units adds nothing to the text, and what follows it is appended all the same.
+    size_t units = 0;
+    for (int i = first; i <= last; ++i)
+    {
+        units += chars[i] != 0 ? 1U : 0U;
+    }
+    if (units >= qelText::kCapacity)
+    {
+        qelText::refuseTooLong();
+    }
+    else if (units > 0)
+    {
+        m_rep = qelStringRepr::create(units);
+        wchar_t* to = m_rep->m_data;
+        for (int i = first; i <= last; ++i)
+        {
+            if (chars[i] != 0)
+            {
+                *to++ = chars[i];
+            }
+        }
     }
 }
 
@@ -90,8 +147,7 @@ qelString& qelString::operator=(const qelString& other)
 {
     if (m_rep != other.m_rep)
     {
-        ++other.m_rep->m_refCount;
-        adopt(other.m_rep);
+        adopt(other.m_rep->share());
     }
     return *this;
 }
@@ -109,7 +165,7 @@ qelString& qelString::operator=(const unsigned short* text)
 
 qelString& qelString::operator=(const char* text)
 {
-    return adopt(represent(text, qelCodePage::measure(text), CP_ACP));
+    return *this = qelString(text);
 }
 
 qelString qelString::setFromUnsignedShortString(const unsigned short* text)
@@ -137,21 +193,14 @@ const char* qelString::getStringA() const
 {
     if (m_charCache == nullptr)
     {
-        const int units = length();
-        const int bytes = units == 0 ? 0 : qelCodePage::toAnsi(m_rep->m_data, units, nullptr, 0);
-        m_charCache = static_cast<char*>(::operator new(static_cast<size_t>(bytes) + 1));
-        if (bytes > 0)
-        {
-            (void)qelCodePage::toAnsi(m_rep->m_data, units, m_charCache, bytes);
-        }
-        m_charCache[bytes] = 0;
+        m_charCache = narrowCopy(m_rep->m_data, length());
     }
     return m_charCache;
 }
 
 int qelString::length() const
 {
-    return static_cast<int>(qelText::measure(m_rep->m_data));
+    return static_cast<int>(qelText::measureOwn(m_rep->m_data));
 }
 
 int qelString::isEmpty() const
@@ -168,10 +217,13 @@ const wchar_t& qelString::operator[](int index) const
 qelString& qelString::setAt(int index, const wchar_t& c)
 {
     const wchar_t unit = c;
-    if (wcscpy_s(qelStringTempBufferWide, qelText::kCapacity, m_rep->m_data) != 0)
+    const size_t units = qelText::measureOwn(m_rep->m_data);
+    if (units >= qelText::kCapacity)
     {
+        qelText::refuseTooLong();
         return empty();
     }
+    memcpy(qelStringTempBufferWide, m_rep->m_data, (units + 1) * sizeof(wchar_t));
     if (index >= 0 && index < kMaxLength)
     {
         qelStringTempBufferWide[index] = unit;
@@ -211,8 +263,8 @@ bool qelString::operator>(const qelString& other) const
 
 qelString qelString::operator+(const qelString& other) const
 {
-    const size_t front = qelText::measure(m_rep->m_data);
-    const size_t back = qelText::measure(other.m_rep->m_data);
+    const size_t front = qelText::measureOwn(m_rep->m_data);
+    const size_t back = qelText::measureOwn(other.m_rep->m_data);
     if (front + back >= qelText::kCapacity)
     {
         qelText::refuseTooLong();
@@ -272,13 +324,12 @@ qelStringRepr* qelString::represent(const char* text, size_t length, unsigned co
     const int room = static_cast<int>(length);
     qelStringRepr* rep = qelStringRepr::create(length);
     const int made = MultiByteToWideChar(codePage, 0, text, room, rep->m_data, room);
-    size_t units = made > 0 ? static_cast<size_t>(made) : 0;
-    rep->m_data[units] = 0;
-    if (units > qelText::kCapacity)
-    {
-        qelText::scrub(rep->m_data + qelText::kCapacity, (units - qelText::kCapacity) * sizeof(wchar_t));
-    }
-    if (rep->m_data[0] == 0)
+    rep->m_data[made] = 0;
+    const size_t whole = qelText::measureOwn(rep->m_data);
+    const size_t units = whole < qelText::kCapacity ? whole : qelText::kCapacity;
+    // Ends the text, and leaves nothing behind it that its own scrubbing would not reach.
+    qelText::scrub(rep->m_data + units, (length - units) * sizeof(wchar_t));
+    if (units == 0)
     {
         delete rep;
         return m_repEmpty;

@@ -2,7 +2,7 @@
 
 #include "qelString.h"
 
-#include <wchar.h>
+#include "strings/Text.h"
 
 int qelString::compare(const qelString& a, const qelString& b)
 {
@@ -11,6 +11,13 @@ int qelString::compare(const qelString& a, const qelString& b)
     if (left == right)
     {
         return 0;
+    }
+    uint64_t units = qelText::chunk(left);
+    while (units == qelText::chunk(right) && !qelText::holdsTerminator(units))
+    {
+        left += qelText::kUnitsPerChunk;
+        right += qelText::kUnitsPerChunk;
+        units = qelText::chunk(left);
     }
     while (*left == *right && *right != 0)
     {
