@@ -31,7 +31,8 @@ public:
 
     /**
      * Moves `value` away from zero by `offset` and truncates towards zero. An offset below 0.0001 or above 0.9999 is
-     * replaced by MinRoundOffset; 0.5 rounds halves away from zero. A result outside the 32-bit range is -2,147,483,648.
+     * replaced by MinRoundOffset; 0.5 rounds halves away from zero. A result outside the 32-bit range is
+     * -2,147,483,648.
      */
     static long longRound(const double& value, double offset);
 };

@@ -29,9 +29,11 @@ public:
     static const wchar_t* getOVProduct();
 
     /**
-     * Sets the name and rebuilds the path. Name and path have 259 characters at most. One that does not fit, and a null
-     * name, is an invalid-parameter failure of the C runtime; where that returns, the step that failed has emptied its
-     * text, so a name that is too long becomes empty and a path that is too long becomes "\".
+     * Sets the name and rebuilds the path. `name` is copied and may be what a getter returned. Name and path have 259
+     * characters at most, so a name of more than 250 characters is too long for the path. A text that does not fit, and
+     * a null name, is an invalid-parameter failure of the C runtime, which may end the process. Where that returns, the
+     * copying step that failed has emptied its text and later steps went on from there: a name of 260 characters or
+     * more becomes empty; with a shorter one that is too long for the path, the path becomes "\" or empty.
      */
     static void setOVProductName(const wchar_t* name);
 

@@ -12,11 +12,11 @@
  *
  * Every difference operation returns the comparison of its two times: -1 when the first is earlier, 0 when they are
  * equal, 1 when it is later. The difference is first time minus second time, truncated towards zero to the unit (59.9
- * seconds are 0 minutes, -1.5 hours are -1). A difference that does not fit 32 bits is -2,147,483,648 whatever its sign,
- * which happens to seconds beyond about 68 years.
+ * seconds are 0 minutes, -1.5 hours are -1). A difference that does not fit 32 bits is -2,147,483,648 whatever its
+ * sign, which happens to seconds beyond about 68 years.
  *
- * A record that is no valid time counts as the beginning of the year 1601; nothing reports it. Free of state, so any
- * thread may call.
+ * The day of the week of a record is not looked at. A record that is no valid time counts as the beginning of the year
+ * 1601 in differences; nothing reports it. Free of state, so any thread may call.
  */
 #ifndef QEL_TIME_UTILITIES_H
 #define QEL_TIME_UTILITIES_H
@@ -54,8 +54,10 @@ public:
     /// @}
 
     /**
-     * Adds `hours`, which may be negative, to `time`. `result` may be the same record. Returns non-zero on success; 0,
-     * with `result` unchanged, when `time` or the sum is no valid time.
+     * Adds whole hours, whatever the name suggests; a negative amount goes back. `result` may be the same record and
+     * gets its day of the week as well. Returns non-zero on success; 0, with `result` unchanged, when `time` or the sum
+     * is no valid time (the years 1601 to 30827 are). An amount beyond 256,204,778 hours is not refused: it wraps
+     * around 64 bits of ticks.
      */
     static int addTime(const _SYSTEMTIME& time, int hours, _SYSTEMTIME& result);
 
@@ -64,14 +66,13 @@ public:
 
 private:
     static int getDifferenceBetweenTimesIn100NanoSeconds(const _SYSTEMTIME& a, const _SYSTEMTIME& b,
-                                                         long long& difference);
+                                                         long long& difference); // in ticks
 
-    static int difference(const _SYSTEMTIME& a, const _SYSTEMTIME& b, long long unit, int& result);
-
-    static const long long m_nano100SecInSecond = 10000000;      ///< ticks a second
-    static const long long m_nano100SecInMinute = 600000000;     ///< ticks a minute
-    static const long long m_nano100SecInHour = 36000000000LL;   ///< ticks an hour
-    static const long long m_nano100SecInDay = 864000000000LL;   ///< ticks a day
+    // Ticks of 100 nanoseconds.
+    static const long long m_nano100SecInSecond = 10000000LL;
+    static const long long m_nano100SecInMinute = 600000000LL;
+    static const long long m_nano100SecInHour = 36000000000LL;
+    static const long long m_nano100SecInDay = 864000000000LL;
 };
 
 #endif

@@ -17,7 +17,7 @@ double qelDouble::round(double value, unsigned short digits, double step)
         // Truncation, not floor: callers rely on what this does to negative values.
         value = step * qelTruncation::toInt32((value + step / 2) / step);
     }
-    const double factor = pow(10.0, digits);
+    const double factor = pow(10.0, static_cast<double>(digits));
     return floor(factor * value + 0.5) / factor;
 }
 

@@ -1,3 +1,5 @@
+// The order in which the expressions below are evaluated is part of the result: callers compare roots with stored ones.
+// Comparisons are written so that a value that is not a number takes the branch it has always taken.
 #include "qelMathUtilities.h"
 
 #include <math.h>
@@ -14,6 +16,7 @@ bool isZero(double value)
     return fabs(value) < zeroTolerance;
 }
 
+/// Adds one root; returns how many there are now.
 int write(Roots& roots, double root)
 {
     roots.append(root);
@@ -27,6 +30,7 @@ double cubeRoot(double value)
     return value < 0 ? -root : root;
 }
 
+/// Whether one of the first `count` roots is the same as `root` within the tolerance.
 bool containsCloseTo(const Roots& roots, long count, double root)
 {
     for (long i = 0; i < count; ++i)
@@ -49,13 +53,16 @@ int addZeroRoot(Roots& roots)
     return static_cast<int>(roots.length());
 }
 
-/// The largest root; a later one that is not a number is never larger.
+/// The largest of one or more roots.
 double largest(const Roots& roots)
 {
-    double result = roots[0];
+    double result = roots.first();
     for (long i = 1; i < roots.length(); ++i)
     {
-        result = roots[i] > result ? roots[i] : result;
+        if (roots[i] > result)
+        {
+            result = roots[i];
+        }
     }
     return result;
 }
@@ -165,11 +172,9 @@ int qelMathUtilities::QuarticSolver(double a, double b, double c, double d, doub
     const double C = c / a;
     const double D = d / a;
     const double E = e / a;
+    // A cubic always has a root, so there is always a largest one.
     Roots resolvent;
-    if (CubicSolver(1, -C, B * D - 4 * E, (4 * C - B * B) * E - D * D, resolvent) == 0)
-    {
-        return 0;
-    }
+    CubicSolver(1, -C, B * D - 4 * E, (4 * C - B * B) * E - D * D, resolvent);
     const double y = largest(resolvent);
     const double h = y / 2;
     double k = h * h - E;

@@ -6,6 +6,7 @@
 
 namespace
 {
+/// A time as a count of 100-nanosecond ticks.
 unsigned long long ticks(const FILETIME& time)
 {
     return static_cast<unsigned long long>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
@@ -17,6 +18,11 @@ FILETIME fileTime(const SYSTEMTIME& time)
     FILETIME result = {};
     (void)SystemTimeToFileTime(&time, &result);
     return result;
+}
+
+int wholeUnits(long long elapsed, long long unit)
+{
+    return qelTruncation::toInt32(static_cast<double>(elapsed) / static_cast<double>(unit));
 }
 
 SYSTEMTIME localTime()
@@ -36,22 +42,34 @@ SYSTEMTIME systemTime()
 
 int qelTimeUtilities::getDifferenceBetweenTimesInSeconds(const SYSTEMTIME& a, const SYSTEMTIME& b, int& difference)
 {
-    return qelTimeUtilities::difference(a, b, m_nano100SecInSecond, difference);
+    long long elapsed = 0;
+    const int order = getDifferenceBetweenTimesIn100NanoSeconds(a, b, elapsed);
+    difference = wholeUnits(elapsed, m_nano100SecInSecond);
+    return order;
 }
 
 int qelTimeUtilities::getDifferenceBetweenTimesInMinutes(const SYSTEMTIME& a, const SYSTEMTIME& b, int& difference)
 {
-    return qelTimeUtilities::difference(a, b, m_nano100SecInMinute, difference);
+    long long elapsed = 0;
+    const int order = getDifferenceBetweenTimesIn100NanoSeconds(a, b, elapsed);
+    difference = wholeUnits(elapsed, m_nano100SecInMinute);
+    return order;
 }
 
 int qelTimeUtilities::getDifferenceBetweenTimesInHours(const SYSTEMTIME& a, const SYSTEMTIME& b, int& difference)
 {
-    return qelTimeUtilities::difference(a, b, m_nano100SecInHour, difference);
+    long long elapsed = 0;
+    const int order = getDifferenceBetweenTimesIn100NanoSeconds(a, b, elapsed);
+    difference = wholeUnits(elapsed, m_nano100SecInHour);
+    return order;
 }
 
 int qelTimeUtilities::getDifferenceBetweenTimesInDays(const SYSTEMTIME& a, const SYSTEMTIME& b, int& difference)
 {
-    return qelTimeUtilities::difference(a, b, m_nano100SecInDay, difference);
+    long long elapsed = 0;
+    const int order = getDifferenceBetweenTimesIn100NanoSeconds(a, b, elapsed);
+    difference = wholeUnits(elapsed, m_nano100SecInDay);
+    return order;
 }
 
 int qelTimeUtilities::getDifferenceBetweenTimeAndLocalTimeInSeconds(const SYSTEMTIME& a, int& difference)
@@ -101,9 +119,10 @@ int qelTimeUtilities::addTime(const SYSTEMTIME& time, int hours, SYSTEMTIME& res
     {
         return 0;
     }
-    // Unsigned, because the product may pass 63 bits; the conversion below refuses what is no time.
-    const unsigned long long sum = ticks(shifted) + static_cast<unsigned long long>(static_cast<long long>(hours)) *
-                                                        static_cast<unsigned long long>(m_nano100SecInHour);
+    // Unsigned, because the product of a large amount wraps around 64 bits.
+    const unsigned long long amount = static_cast<unsigned long long>(static_cast<long long>(hours)) *
+                                      static_cast<unsigned long long>(m_nano100SecInHour);
+    const unsigned long long sum = ticks(shifted) + amount;
     shifted.dwLowDateTime = static_cast<DWORD>(sum);
     shifted.dwHighDateTime = static_cast<DWORD>(sum >> 32);
     return FileTimeToSystemTime(&shifted, &result);
@@ -121,12 +140,4 @@ int qelTimeUtilities::getDifferenceBetweenTimesIn100NanoSeconds(const SYSTEMTIME
     const FILETIME second = fileTime(b);
     difference = static_cast<long long>(ticks(first) - ticks(second));
     return CompareFileTime(&first, &second);
-}
-
-int qelTimeUtilities::difference(const SYSTEMTIME& a, const SYSTEMTIME& b, long long unit, int& result)
-{
-    long long elapsed = 0;
-    const int order = getDifferenceBetweenTimesIn100NanoSeconds(a, b, elapsed);
-    result = qelTruncation::toInt32(static_cast<double>(elapsed) / static_cast<double>(unit));
-    return order;
 }
