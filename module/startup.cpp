@@ -5,9 +5,16 @@
 
 #include "config/OdbcInstaller.h"
 #include "qelDataSourcesUtilities.h"
+#include "qelDouble.h"
+#include "qelGlobalStorage.h"
+#include "qelMathUtilities.h"
+#include "qelProductDefines.h"
 #include "qelRegistry.h"
 #include "qelString.h"
+#include "qelZClipping.h"
 #include "strings/Text.h"
+
+#include <math.h>
 
 namespace
 {
@@ -43,3 +50,13 @@ qelArray<qelDataSource>& qelDataSourcesUtilities::m_DataSources = dataSources.ma
 qelArray<qelString>& qelDataSourcesUtilities::m_InstalledOdbcDrivers = installedOdbcDrivers.make();
 qelString* qelDataSourcesUtilities::m_pDatabaseConfigurationFilePath = nullptr;
 HMODULE OdbcInstaller::m_library = nullptr;
+
+wchar_t qelProductDefines::ms_szOVProductName[kCapacity] = L"Orvalis";
+wchar_t qelProductDefines::ms_szOVProduct[kCapacity] = L"Kelvara\\Orvalis\\2020";
+qelString* qelGlobalStorage::g_pMoxSupportPaths = nullptr;
+
+double qelZClipping::kClipLowerDefault = -20.0;
+double qelZClipping::kClipUpperDefault = 20.0;
+
+const double qelDouble::MinRoundOffset = 0.0001;
+const double qelMathUtilities::PI = acos(-1.0);

@@ -1,0 +1,17 @@
+// Truncation of floating-point values to 32 bits. Not part of the public interface.
+#ifndef QEL_TRUNCATION_H
+#define QEL_TRUNCATION_H
+
+#include <limits.h>
+
+namespace qelTruncation
+{
+/// `value` truncated towards zero; INT_MIN, as the processor's own conversion gives it, where that does not fit.
+inline int toInt32(double value)
+{
+    // Written so that a value that is not a number fails the test as well.
+    return value > -2147483649.0 && value < 2147483648.0 ? static_cast<int>(value) : INT_MIN;
+}
+} // namespace qelTruncation
+
+#endif
