@@ -1,0 +1,205 @@
+#include "strings/RuntimeGaps.h"
+
+#include <errno.h>
+#include <stdlib.h>
+#include <string.h>
+#include <wchar.h>
+
+#if defined(_UCRT) || defined(_MSC_VER)
+
+int qelRuntimeGaps::dupenv(char** buffer, size_t* length, const char* name)
+{
+    return _dupenv_s(buffer, length, name);
+}
+
+int qelRuntimeGaps::wdupenv(wchar_t** buffer, size_t* length, const wchar_t* name)
+{
+    return _wdupenv_s(buffer, length, name);
+}
+
+int qelRuntimeGaps::strset(char* buffer, size_t capacity, int character)
+{
+    return _strset_s(buffer, capacity, character);
+}
+
+int qelRuntimeGaps::wcserror(wchar_t* buffer, size_t capacity, int number)
+{
+    return _wcserror_s(buffer, capacity, number);
+}
+
+int qelRuntimeGaps::wcsupr(wchar_t* buffer, size_t capacity)
+{
+    return _wcsupr_s(buffer, capacity);
+}
+
+int qelRuntimeGaps::wcslwr(wchar_t* buffer, size_t capacity)
+{
+    return _wcslwr_s(buffer, capacity);
+}
+
+int qelRuntimeGaps::searchenv(const char* name, const char* variable, char* result, size_t capacity)
+{
+    return _searchenv_s(name, variable, result, capacity);
+}
+
+int qelRuntimeGaps::wsearchenv(const wchar_t* name, const wchar_t* variable, wchar_t* result, size_t capacity)
+{
+    return _wsearchenv_s(name, variable, result, capacity);
+}
+
+// What vfprintf and vfwprintf are in Visual C++'s headers; those of MinGW make something else of the names.
+
+int qelRuntimeGaps::print(FILE* file, const char* format, va_list args)
+{
+    return __stdio_common_vfprintf(_CRT_INTERNAL_LOCAL_PRINTF_OPTIONS, file, format, nullptr, args);
+}
+
+int qelRuntimeGaps::print(FILE* file, const wchar_t* format, va_list args)
+{
+    return __stdio_common_vfwprintf(_CRT_INTERNAL_LOCAL_PRINTF_OPTIONS, file, format, nullptr, args);
+}
+
+#else
+
+namespace
+{
+/// Every failure leaves its code in errno too, as the runtime does.
+int fail(int code)
+{
+    errno = code;
+    return code;
+}
+
+const char* find(const char* name)
+{
+    return getenv(name);
+}
+
+const wchar_t* find(const wchar_t* name)
+{
+    return _wgetenv(name);
+}
+
+size_t measure(const char* text)
+{
+    return strlen(text);
+}
+
+size_t measure(const wchar_t* text)
+{
+    return wcslen(text);
+}
+
+template <typename Char> int duplicate(Char** buffer, size_t* length, const Char* name)
+{
+    if (length != nullptr)
+    {
+        *length = 0;
+    }
+    if (buffer == nullptr)
+    {
+        return fail(EINVAL);
+    }
+    *buffer = nullptr;
+    if (name == nullptr)
+    {
+        return fail(EINVAL);
+    }
+    const Char* value = find(name);
+    if (value == nullptr)
+    {
+        return 0;
+    }
+    const size_t size = measure(value) + 1;
+    Char* copy = static_cast<Char*>(malloc(size * sizeof(Char)));
+    if (copy == nullptr)
+    {
+        return fail(ENOMEM);
+    }
+    memcpy(copy, value, size * sizeof(Char));
+    *buffer = copy;
+    if (length != nullptr)
+    {
+        *length = size;
+    }
+    return 0;
+}
+} // namespace
+
+int qelRuntimeGaps::dupenv(char** buffer, size_t* length, const char* name)
+{
+    return duplicate(buffer, length, name);
+}
+
+int qelRuntimeGaps::wdupenv(wchar_t** buffer, size_t* length, const wchar_t* name)
+{
+    return duplicate(buffer, length, name);
+}
+
+int qelRuntimeGaps::strset(char* buffer, size_t capacity, int character)
+{
+    if (buffer == nullptr || capacity == 0)
+    {
+        return fail(EINVAL);
+    }
+    const size_t length = strnlen(buffer, capacity);
+    if (length == capacity)
+    {
+        buffer[0] = 0;
+        return fail(EINVAL);
+    }
+    memset(buffer, character, length);
+    return 0;
+}
+
+int qelRuntimeGaps::wcserror(wchar_t* buffer, size_t capacity, int number)
+{
+    if (buffer == nullptr || capacity == 0)
+    {
+        return fail(EINVAL);
+    }
+    const wchar_t* text = _wcserror(number);
+    if (text == nullptr)
+    {
+        buffer[0] = 0;
+        return fail(ENOMEM);
+    }
+    (void)wcsncpy_s(buffer, capacity, text, _TRUNCATE);
+    return 0;
+}
+
+int qelRuntimeGaps::wcsupr(wchar_t* buffer, size_t capacity)
+{
+    return capacity == 0 ? fail(EINVAL) : _wcsupr_s(buffer, capacity);
+}
+
+int qelRuntimeGaps::wcslwr(wchar_t* buffer, size_t capacity)
+{
+    return capacity == 0 ? fail(EINVAL) : _wcslwr_s(buffer, capacity);
+}
+
+int qelRuntimeGaps::searchenv(const char* name, const char* variable, char* result, size_t capacity)
+{
+    const int code = _searchenv_s(name, variable, result, capacity);
+    return code == 0 && result[0] == 0 ? fail(ERANGE) : code;
+}
+
+int qelRuntimeGaps::wsearchenv(const wchar_t* name, const wchar_t* variable, wchar_t* result, size_t capacity)
+{
+    const int code = _wsearchenv_s(name, variable, result, capacity);
+    return code == 0 && result[0] == 0 ? fail(ERANGE) : code;
+}
+
+// A null locale is the current one.
+
+int qelRuntimeGaps::print(FILE* file, const char* format, va_list args)
+{
+    return _vfprintf_l(file, format, nullptr, args);
+}
+
+int qelRuntimeGaps::print(FILE* file, const wchar_t* format, va_list args)
+{
+    return _vfwprintf_l(file, format, nullptr, args);
+}
+
+#endif
