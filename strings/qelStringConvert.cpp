@@ -1,0 +1,161 @@
+// Numbers, formatted text and times.
+
+#include "qelString.h"
+
+#include "strings/CodePage.h"
+#include "strings/Text.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <time.h>
+
+namespace
+{
+// A sign, 32 binary digits and the terminator.
+const size_t kIntegerCapacity = 34;
+const int kDoubleCapacity = 1024;
+const size_t kTimeCapacity = 18;
+const size_t kDateCapacity = 255;
+
+// What most formatted times fit into, terminator included.
+const size_t kShortTime = 128;
+
+bool isRadix(int radix)
+{
+    return radix >= 2 && radix <= 36;
+}
+
+/// Length of what a formatting function of the runtime left in a scratch buffer. One runtime reports a result that does
+/// not fit as a failure, another one cuts it without a terminator: it counts as empty with both.
+size_t formatted(int result)
+{
+    return result < 0 || static_cast<size_t>(result) >= qelText::kCapacity ? 0 : static_cast<size_t>(result);
+}
+} // namespace
+
+int qelString::toInteger() const
+{
+    return _wtoi(m_rep->m_data);
+}
+
+long qelString::toLong() const
+{
+    return _wtol(m_rep->m_data);
+}
+
+// The 32-bit parse is what callers have always had.
+long long qelString::toIntPtr() const
+{
+    return _wtoi(m_rep->m_data);
+}
+
+double qelString::toDouble() const
+{
+    return _wtof(m_rep->m_data);
+}
+
+qelString qelString::integerToString(int value, int radix)
+{
+    wchar_t digits[kIntegerCapacity];
+    return isRadix(radix) && _itow_s(value, digits, kIntegerCapacity, radix) == 0 ? qelString(digits) : qelString();
+}
+
+qelString qelString::longToString(long value, int radix)
+{
+    wchar_t digits[kIntegerCapacity];
+    return isRadix(radix) && _ltow_s(value, digits, kIntegerCapacity, radix) == 0 ? qelString(digits) : qelString();
+}
+
+qelString qelString::doubleToString(double value, int digits)
+{
+    char text[kDoubleCapacity];
+    const bool possible = digits >= 0 && digits < kDoubleCapacity;
+    return possible && _gcvt_s(text, kDoubleCapacity, value, digits) == 0 ? qelString(text) : qelString();
+}
+
+qelString& qelString::format(const char* fmt, ...)
+{
+    va_list args;
+    va_start(args, fmt);
+    vformat(fmt, args);
+    va_end(args);
+    return *this;
+}
+
+qelString& qelString::format(const wchar_t* fmt, ...)
+{
+    va_list args;
+    va_start(args, fmt);
+    vformat(fmt, args);
+    va_end(args);
+    return *this;
+}
+
+qelString& qelString::format(const unsigned short* fmt, ...)
+{
+    va_list args;
+    va_start(args, fmt);
+    vformat(fmt, args);
+    va_end(args);
+    return *this;
+}
+
+qelString& qelString::vformat(const char* fmt, va_list args)
+{
+    if (fmt == nullptr)
+    {
+        return empty();
+    }
+    const size_t bytes = formatted(vsprintf_s(qelStringTempBuffer, qelText::kCapacity, fmt, args));
+    return adopt(represent(qelStringTempBuffer, strnlen(qelStringTempBuffer, bytes), CP_ACP));
+}
+
+qelString& qelString::vformat(const wchar_t* fmt, va_list args)
+{
+    if (fmt == nullptr)
+    {
+        return empty();
+    }
+    const size_t units = formatted(vswprintf_s(qelStringTempBufferWide, qelText::kCapacity, fmt, args));
+    return adopt(represent(qelStringTempBufferWide, wcsnlen(qelStringTempBufferWide, units)));
+}
+
+qelString& qelString::vformat(const unsigned short* fmt, va_list args)
+{
+    return vformat(qelText::wide(fmt), args);
+}
+
+qelString& qelString::formatTime(size_t maxSize, const char* fmt, const tm* when)
+{
+    if (maxSize == 0 || fmt == nullptr || *fmt == 0 || when == nullptr)
+    {
+        return empty();
+    }
+    char brief[kShortTime];
+    size_t bytes = strftime(brief, maxSize < kShortTime ? maxSize : kShortTime, fmt, when);
+    if (bytes > 0)
+    {
+        adopt(represent(brief, bytes, CP_ACP));
+        qelText::scrub(brief, bytes);
+        return *this;
+    }
+    if (maxSize <= kShortTime)
+    {
+        return empty();
+    }
+    const qelText::NarrowBuffer buffer(maxSize);
+    bytes = strftime(buffer.data(), maxSize, fmt, when);
+    return adopt(represent(buffer.data(), bytes, CP_ACP));
+}
+
+qelString qelString::time()
+{
+    wchar_t text[kTimeCapacity];
+    return _wstrtime_s(text, kTimeCapacity) == 0 ? qelString(text) : qelString();
+}
+
+qelString qelString::date()
+{
+    wchar_t text[kDateCapacity];
+    return _wstrdate_s(text, kDateCapacity) == 0 ? qelString(text) : qelString();
+}

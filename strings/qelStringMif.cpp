@@ -1,0 +1,86 @@
+// Text with multibyte escapes as the MIF format writes them: \M+, a selector, and two bytes as hexadecimal pairs.
+
+#include "qelString.h"
+
+#include "strings/Text.h"
+
+#include <limits.h>
+#include <stdlib.h>
+
+namespace
+{
+const size_t kEscapeLength = 8;
+// How far an escape without its pairs reaches.
+const size_t kCutEscapeLength = 5;
+
+bool hasBits(char byte, unsigned bits)
+{
+    return (static_cast<unsigned>(byte) & bits) == bits;
+}
+
+// Kept as files have always been read: a test for bits, so more than the three characters passes.
+bool isEscape(const char* text, size_t left)
+{
+    return left >= 3 && hasBits(text[0], '\\') && hasBits(text[1], 'M') && hasBits(text[2], '+');
+}
+
+int digit(char byte)
+{
+    return byte >= '0' && byte <= '9' ? byte - '0' : 0;
+}
+
+/// The byte that two hexadecimal characters stand for, read as "%x" reads them; 0 when there is no number.
+char byteOf(const char* pair)
+{
+    const char digits[] = {pair[0], pair[1], 0};
+    return static_cast<char>(strtoul(digits, nullptr, 16));
+}
+
+UINT codePageOf(int selector)
+{
+    switch (selector)
+    {
+    case 1:
+        return 932;
+    case 2:
+        return 950;
+    case 3:
+        return 949;
+    case 4:
+        return 1361;
+    case 5:
+        return 936;
+    default:
+        return CP_ACP;
+    }
+}
+} // namespace
+
+qelString qelString::setFromMIFString(const char* text)
+{
+    const size_t length = text == nullptr ? 0 : strnlen(text, INT_MAX);
+    const qelText::NarrowBuffer decoded(length + 1);
+    size_t made = 0;
+    int selector = 0;
+    size_t i = 0;
+    while (i < length)
+    {
+        if (!isEscape(text + i, length - i))
+        {
+            decoded.data()[made++] = text[i++];
+            continue;
+        }
+        // The input ends with a 0, which is no digit.
+        selector = digit(text[i + 3]);
+        if (length - i < kEscapeLength)
+        {
+            i += kCutEscapeLength;
+            continue;
+        }
+        decoded.data()[made++] = byteOf(text + i + 4);
+        decoded.data()[made++] = byteOf(text + i + 6);
+        i += kEscapeLength;
+    }
+    // A decoded 0 ends the text.
+    return adopt(represent(decoded.data(), strnlen(decoded.data(), made), codePageOf(selector)));
+}

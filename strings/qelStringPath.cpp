@@ -1,0 +1,30 @@
+// Paths.
+
+#include "qelString.h"
+
+#include <stdlib.h>
+
+namespace
+{
+const size_t kPathCapacity = 260;
+}
+
+void qelString::SplitPath(qelString& drive, qelString& dir, qelString& fname, qelString& ext) const
+{
+    wchar_t parts[4][kPathCapacity];
+    const errno_t failed = _wsplitpath_s(m_rep->m_data, parts[0], kPathCapacity, parts[1], kPathCapacity, parts[2],
+                                         kPathCapacity, parts[3], kPathCapacity);
+    // This string may be one of the four; from here on only the parts count.
+    drive = failed == 0 ? parts[0] : L"";
+    dir = failed == 0 ? parts[1] : L"";
+    fname = failed == 0 ? parts[2] : L"";
+    ext = failed == 0 ? parts[3] : L"";
+}
+
+void qelString::MakePath(const qelString& drive, const qelString& dir, const qelString& fname, const qelString& ext)
+{
+    wchar_t path[kPathCapacity];
+    const errno_t failed = _wmakepath_s(path, kPathCapacity, drive.m_rep->m_data, dir.m_rep->m_data,
+                                        fname.m_rep->m_data, ext.m_rep->m_data);
+    *this = failed == 0 ? path : L"";
+}

@@ -1,0 +1,107 @@
+// Tokens.
+
+#include "qelString.h"
+
+#include "strings/Text.h"
+
+namespace
+{
+/// Units that have a meaning for the scanner.
+struct Set
+{
+    explicit Set(const qelString& text)
+        : units(text.getStringW())
+        , length(qelText::measure(units))
+    {
+    }
+
+    bool contains(wchar_t c) const { return wmemchr(units, c, length) != nullptr; }
+
+    const wchar_t* units;
+    size_t length;
+};
+
+/// Finds one token after the other. A token is a stretch of the text: only separators between tokens are left out.
+class Scanner
+{
+public:
+    Scanner(const wchar_t* text, const Set& separators, const Set& quotes)
+        : m_next(text)
+        , m_separators(separators)
+        , m_quotes(quotes)
+    {
+    }
+
+    /// Moves on to the next token; false behind the last one.
+    bool find()
+    {
+        while (*m_next != 0 && isSeparator(*m_next))
+        {
+            ++m_next;
+        }
+        m_token = m_next;
+        while (*m_next != 0 && !isSeparator(*m_next))
+        {
+            m_next = m_quotes.contains(*m_next) ? behindQuoted(m_next) : m_next + 1;
+        }
+        return m_next != m_token;
+    }
+
+    const wchar_t* token() const { return m_token; }
+    size_t length() const { return static_cast<size_t>(m_next - m_token); }
+
+private:
+    /// A unit that is both quotes.
+    bool isSeparator(wchar_t c) const { return m_separators.contains(c) && !m_quotes.contains(c); }
+
+    /// Where the text goes on behind a quoted section, a doubled quote being part of it.
+    static const wchar_t* behindQuoted(const wchar_t* text)
+    {
+        const wchar_t quote = *text++;
+        while (*text != 0)
+        {
+            if (*text++ == quote)
+            {
+                if (*text != quote)
+                {
+                    return text;
+                }
+                ++text;
+            }
+        }
+        return text;
+    }
+
+    const wchar_t* m_next;
+    const wchar_t* m_token = nullptr;
+    Set m_separators;
+    Set m_quotes;
+};
+} // namespace
+
+void qelString::getTokens(qelString& text, qelArray<qelString>& tokens, const qelString& separators)
+{
+    getTokens(text, tokens, separators, qelString());
+}
+
+void qelString::getTokens(qelString& text, qelArray<qelString>& tokens, const qelString& separators, qelString quotes)
+{
+    // The array may hold any of these: its elements change below.
+    const qelString source(text);
+    const qelString between(separators);
+    const Scanner start(source.getStringW(), Set(between), Set(quotes));
+
+    long count = 0;
+    for (Scanner scanner(start); scanner.find();)
+    {
+        ++count;
+    }
+    // Counted first, because an array grows in small steps.
+    tokens.setLogicalLength(0);
+    tokens.setLogicalLength(count);
+    Scanner scanner(start);
+    for (long i = 0; i < count && scanner.find(); ++i)
+    {
+        tokens[i].adopt(represent(scanner.token(), scanner.length()));
+    }
+}
