@@ -3,6 +3,8 @@
 //
 // Nothing here has a destructor: the objects must outlive every caller, and their storage goes with the module.
 
+#include "config/OdbcInstaller.h"
+#include "qelDataSourcesUtilities.h"
 #include "qelDebugInterfaces.h"
 #include "qelLogfile.h"
 #include "qelRegistry.h"
@@ -29,6 +31,8 @@ private:
 
 Lasting<qelArray<void*>> contextInitiators;
 Lasting<qelArray<qelDebugInterfaces::DebugInfo>> debugInfo;
+Lasting<qelArray<qelDataSource>> dataSources;
+Lasting<qelArray<qelString>> installedOdbcDrivers;
 } // namespace
 
 wchar_t* qelString::qelStringTempBufferWide = wideScratch;
@@ -44,3 +48,8 @@ int qelLogfile::firstLogToFile = 1;
 
 qelArray<void*>& qelDebugInterfaces::m_ContextInitiators = contextInitiators.make();
 qelArray<qelDebugInterfaces::DebugInfo>& qelDebugInterfaces::m_Info = debugInfo.make();
+
+qelArray<qelDataSource>& qelDataSourcesUtilities::m_DataSources = dataSources.make();
+qelArray<qelString>& qelDataSourcesUtilities::m_InstalledOdbcDrivers = installedOdbcDrivers.make();
+qelString* qelDataSourcesUtilities::m_pDatabaseConfigurationFilePath = nullptr;
+HMODULE OdbcInstaller::m_library = nullptr;
