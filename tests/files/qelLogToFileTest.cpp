@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <share.h>
+
 using qelTest::LogText;
 using qelTest::TestFile;
 
@@ -32,9 +34,19 @@ public:
     FixedFile(const FixedFile&) = delete;
     FixedFile& operator=(const FixedFile&) = delete;
 
+    void set(const char* content) const
+    {
+        FILE* file = _wfsopen(m_path.c_str(), L"wb", _SH_DENYNO);
+        if (file != nullptr)
+        {
+            fputs(content, file);
+            fclose(file);
+        }
+    }
+
     std::string get() const
     {
-        FILE* file = _wfopen(m_path.c_str(), L"rb");
+        FILE* file = _wfsopen(m_path.c_str(), L"rb", _SH_DENYNO);
         if (file == nullptr)
         {
             return "no such file";
@@ -191,10 +203,8 @@ TEST(qelLogToFile, EmptiesTheCommonLogInTheFirstCall)
 {
     const LogText times;
     const FixedFile common(L"c:\\Orvalis.log");
-    FILE* file = _wfopen(L"c:\\Orvalis.log", L"wb");
-    ASSERT_NE(file, nullptr);
-    fputs("old", file);
-    fclose(file);
+    common.set("old");
+    ASSERT_EQ(common.get(), "old");
     qelLogfile::logToFile(L"", L"a");
     EXPECT_EQ(times.withoutTimes(common.get()), "\r\n[now] a");
 }

@@ -9,6 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <limits.h>
+#include <share.h>
+
 #include <atomic>
 #include <thread>
 
@@ -116,7 +119,7 @@ protected:
     void hold(qelLogfile& log)
     {
         m_file.set("");
-        log.*member(HeldStream()) = _wfopen(m_file.widePath().c_str(), L"r");
+        log.*member(HeldStream()) = _wfsopen(m_file.widePath().c_str(), L"r", _SH_DENYNO);
         ASSERT_FALSE(isClosed(m_file));
     }
 
