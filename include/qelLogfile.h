@@ -21,7 +21,7 @@
  *   line end, logToFile() puts one before each line.
  * - **Text** is written in the code page of the C runtime's locale, with carriage returns before line feeds. What the
  *   code page lacks ends the line there; the next line is whole again.
- * - **Scale**: an occasional line. Each costs opening and closing a file, some 100 microseconds; nothing limits or
+ * - **Scale**: an occasional line. Each costs opening and closing a file, up to a millisecond; nothing limits or
  *   rotates the files.
  * - **Ownership**: no file stays open and no name is shared; several instances may write to one file.
  * - **Failure**: a line that cannot be written is lost in silence; nothing is thrown or reported but the results below.
