@@ -107,6 +107,11 @@ std::string narrow(const std::wstring& text)
     return std::string(text.begin(), text.end());
 }
 
+std::wstring widened(const std::string& text)
+{
+    return std::wstring(text.begin(), text.end());
+}
+
 std::string padded(std::string text, size_t width)
 {
     if (text.size() < width)
@@ -144,6 +149,13 @@ std::string versionOf(const std::wstring& path)
     const DWORD low = info->dwFileVersionLS;
     return decimal(high / 65536, 1) + "." + decimal(high % 65536, 2) + "." + decimal(low / 65536, 4) + "." +
            decimal(low % 65536, 4);
+}
+
+/// The version that the build gives the library.
+std::string projectVersion()
+{
+    return decimal(QEL_TEST_VERSION_MAJOR, 1) + "." + decimal(QEL_TEST_VERSION_MINOR, 2) + "." +
+           decimal(QEL_TEST_VERSION_PATCH, 4) + ".0000";
 }
 
 std::string expectedHeading()
@@ -242,7 +254,7 @@ void expectVersion(const std::wstring& path, const std::wstring& expected)
 
 TEST(qelLogfileGetFileVersion, ReadsTheVersionOfThisLibrary)
 {
-    expectVersion(libraryPath(), QEL_TEST_VERSION);
+    expectVersion(libraryPath(), widened(projectVersion()));
 }
 
 TEST(qelLogfileGetFileVersion, FillsMinorToTwoDigitsAndBuildAndRevisionToFour)
@@ -259,14 +271,14 @@ TEST(qelLogfileGetFileVersion, ReadsTheVersionOfASystemLibrary)
     GetModuleFileNameW(GetModuleHandleW(L"kernel32.dll"), path, MAX_PATH);
     const std::string expected = versionOf(path);
     EXPECT_FALSE(expected.empty());
-    expectVersion(path, std::wstring(expected.begin(), expected.end()));
+    expectVersion(path, widened(expected));
 }
 
 TEST(qelLogfileGetFileVersion, TakesOneTextForBoth)
 {
     qelString text(libraryPath().c_str());
     EXPECT_EQ(qelLogfile::GetFileVersion(text, text), 1);
-    EXPECT_STREQ(text.getStringW(), QEL_TEST_VERSION);
+    EXPECT_EQ(text.getStringW(), widened(projectVersion()));
 }
 
 TEST(qelLogfileGetFileVersion, ReturnsZeroAndKeepsTheTextWithoutAVersionResource)
@@ -314,8 +326,7 @@ TEST(qelLogfileListModules, ShowsThisLibraryWithItsVersion)
 {
     const TestFile file;
     qelLogfile::listModules(file.path());
-    const std::wstring version = QEL_TEST_VERSION;
-    EXPECT_NE(file.get().find(padded(narrow(version), 16) + narrow(libraryPath()) + "\r\n"), std::string::npos);
+    EXPECT_NE(file.get().find(padded(projectVersion(), 16) + narrow(libraryPath()) + "\r\n"), std::string::npos);
 }
 
 TEST(qelLogfileListModules, ShowsTheLowHalfOfHighAddresses)
