@@ -5,8 +5,10 @@
 
 #include "config/OdbcInstaller.h"
 #include "qelDataSourcesUtilities.h"
+#include "qelDebugInterfaces.h"
 #include "qelDouble.h"
 #include "qelGlobalStorage.h"
+#include "qelLogfile.h"
 #include "qelMathUtilities.h"
 #include "qelProductDefines.h"
 #include "qelRegistry.h"
@@ -34,6 +36,8 @@ private:
     alignas(T) unsigned char m_storage[sizeof(T)];
 };
 
+Lasting<qelArray<void*>> contextInitiators;
+Lasting<qelArray<qelDebugInterfaces::DebugInfo>> debugInfo;
 Lasting<qelArray<qelDataSource>> dataSources;
 Lasting<qelArray<qelString>> installedOdbcDrivers;
 } // namespace
@@ -45,6 +49,12 @@ qelStringRepr* qelString::m_repEmpty =
 
 const wchar_t qelRegistry::RegPathEnvironment[kMaxPath] = L"Software\\Kelvara\\Orvalis\\2020";
 const wchar_t qelRegistry::RegDatabase[kMaxPath] = L"Software\\Kelvara\\Varnel\\DatabaseConnections";
+
+int qelLogfile::doLogging = 0;
+int qelLogfile::firstLogToFile = 1;
+
+qelArray<void*>& qelDebugInterfaces::m_ContextInitiators = contextInitiators.make();
+qelArray<qelDebugInterfaces::DebugInfo>& qelDebugInterfaces::m_Info = debugInfo.make();
 
 qelArray<qelDataSource>& qelDataSourcesUtilities::m_DataSources = dataSources.make();
 qelArray<qelString>& qelDataSourcesUtilities::m_InstalledOdbcDrivers = installedOdbcDrivers.make();

@@ -5,6 +5,7 @@
 namespace
 {
 const Command* const commands[] = {
+    &diagnoseCommand,
     &sourcesCommand,
 };
 
