@@ -626,6 +626,36 @@ TEST(qelMathUtilitiesQuartic, FollowsTheComparisonsForValuesThatAreNoNumbers)
     EXPECT_EQ(solveQuartic(1, notANumber, 1, 1, 0).size(), 2u) << "zero in front of one that is no number";
 }
 
+// What docs/numerics.md shows -----------------------------------------------------------------------------------------
+
+TEST(qelMathUtilitiesWellKnown, QuadraticsGiveTheDocumentedValues)
+{
+    expectNear(solveQuadratic(1, -3, 2), {(3 - sqrt(21.0)) / 2, (3 + sqrt(21.0)) / 2});
+    expectNear(solveQuadratic(1, 5, 6), {(-5 - sqrt(5.0)) / 2, (-5 + sqrt(5.0)) / 2});
+    expectNear(solveQuadratic(1, 1, -6), {});
+    expectNear(solveQuadratic(1, 4, 4), {-2});
+    expectNear(solveQuadratic(1, -5, -5), {(5 - sqrt(45.0)) / 2, (5 + sqrt(45.0)) / 2});
+}
+
+TEST(qelMathUtilitiesWellKnown, CubicsGiveTheDocumentedValues)
+{
+    expectNear(solveCubic(1, -3, 2, 0), {0, (3 - sqrt(21.0)) / 2, (3 + sqrt(21.0)) / 2});
+    expectNear(solveCubic(1, 0, -4, 0), {0});
+    // Small roots: the tolerance takes them for repeated ones.
+    expectNear(solveCubic(1, 0, 0, -1e-6), {2 * pow(5e-7, 1.0 / 3.0), -pow(5e-7, 1.0 / 3.0)});
+    expectNear(solveCubic(1, -6e-2, 11e-4, -6e-6), {0.02});
+}
+
+TEST(qelMathUtilitiesWellKnown, QuarticsGiveTheDocumentedValues)
+{
+    expectNear(solveQuartic(1, 0, -5, 0, 4), {(3 - sqrt(21.0)) / 2, (3 + sqrt(21.0)) / 2});
+    expectNear(solveQuartic(1, 0, -13, 0, 36), {(-5 - sqrt(5.0)) / 2, (-5 + sqrt(5.0)) / 2, (5 - sqrt(45.0)) / 2,
+                                                (5 + sqrt(45.0)) / 2});
+    expectNear(solveQuartic(1, 0, 0, 0, -16), {0});
+    expectNear(solveQuartic(1, -4, 6, -4, 1), {1 - sqrt(3.0), 1 + sqrt(3.0)});
+    expectNear(solveQuartic(1, 0, -2, 0, 1), {1 - sqrt(3.0), 1 + sqrt(3.0)});
+}
+
 // All degrees against the oracle --------------------------------------------------------------------------------------
 
 TEST(qelMathUtilitiesSweep, GivesTheOraclesBitsForCoefficientsOfAllKinds)
