@@ -1,5 +1,5 @@
-// The order in which the expressions below are evaluated is part of the result, to the last bit. Comparisons are written
-// so that a value that is not a number takes the branch that the comparison as such decides.
+// The order in which the expressions below are evaluated is part of the result, to the last bit. Comparisons are
+// written so that a value that is not a number takes the branch that the comparison as such decides.
 #include "qelMathUtilities.h"
 
 #include <emmintrin.h>
