@@ -1,7 +1,8 @@
-// The order in which the expressions below are evaluated is part of the result: callers compare roots with stored ones.
-// Comparisons are written so that a value that is not a number takes the branch it has always taken.
+// The order in which the expressions below are evaluated is part of the result, to the last bit. Comparisons are
+// written so that a value that is not a number takes the branch that the comparison as such decides.
 #include "qelMathUtilities.h"
 
+#include <emmintrin.h>
 #include <math.h>
 
 using qelMathUtilities::PI;
@@ -21,6 +22,14 @@ int write(Roots& roots, double root)
 {
     roots.append(root);
     return static_cast<int>(roots.length());
+}
+
+/// The correctly rounded root in every build: the C runtime's own differs from it by a bit at times, and whether it is
+/// called depends on the optimisation level.
+double squareRoot(double value)
+{
+    const __m128d packed = _mm_set_sd(value);
+    return _mm_cvtsd_f64(_mm_sqrt_sd(packed, packed));
 }
 
 /// The sign is put back because the power function knows no roots of negative numbers.
@@ -95,8 +104,8 @@ int repeatedCubicRoots(double B, double R, double t, Roots& roots)
 
 int threeCubicRoots(double Q, double R, double t, Roots& roots)
 {
-    const double theta = acos(R / sqrt(-(Q * Q * Q)));
-    const double m = 2 * sqrt(-Q);
+    const double theta = acos(R / squareRoot(-(Q * Q * Q)));
+    const double m = 2 * squareRoot(-Q);
     write(roots, m * cos(theta / 3) - t);
     write(roots, m * cos((theta + 2 * PI) / 3) - t);
     return write(roots, m * cos((theta + 4 * PI) / 3) - t);
@@ -120,7 +129,7 @@ int qelMathUtilities::QuadraticSolver(double a, double b, double c, Roots& roots
     {
         return 0;
     }
-    const double r = sqrt(discriminant);
+    const double r = squareRoot(discriminant);
     write(roots, (-b - r) * 0.5 / a);
     return write(roots, (r - b) * 0.5 / a);
 }
@@ -152,7 +161,7 @@ int qelMathUtilities::CubicSolver(double a, double b, double c, double d, Roots&
     {
         return threeCubicRoots(Q, R, t, roots);
     }
-    const double r = sqrt(S);
+    const double r = squareRoot(S);
     return write(roots, cubeRoot(R + r) - t + cubeRoot(R - r));
 }
 
@@ -182,7 +191,7 @@ int qelMathUtilities::QuarticSolver(double a, double b, double c, double d, doub
     {
         return 0;
     }
-    const double q = sqrt(k);
+    const double q = squareRoot(k);
     const double g = B / 2;
     double p = 0;
     if (q < zeroTolerance)
@@ -192,7 +201,7 @@ int qelMathUtilities::QuarticSolver(double a, double b, double c, double d, doub
         {
             return 0;
         }
-        p = sqrt(square);
+        p = squareRoot(square);
     }
     else
     {

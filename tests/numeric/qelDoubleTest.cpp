@@ -83,6 +83,7 @@ TEST(qelDoubleRound, AQuotientBeyond32BitsIsTheSmallestInteger)
 {
     EXPECT_EQ(qelDouble::round(2147483647.0, 0, 1), 2147483647.0);
     EXPECT_EQ(qelDouble::round(2147483648.0, 0, 1), -2147483648.0);
+    EXPECT_EQ(qelDouble::round(1e10, 0, 1), -2147483648.0);
     EXPECT_EQ(qelDouble::round(1e300, 0, 2), -4294967296.0);
     EXPECT_EQ(qelDouble::round(-1e300, 0, 2), -4294967296.0);
     EXPECT_EQ(qelDouble::round(-2147483648.0, 0, 1), -2147483647.0) << "half a step towards zero, truncated";
@@ -154,13 +155,13 @@ TEST(qelDoubleLongRound, TakesOffsetsFromTheSmallestToTheLargest)
     EXPECT_EQ(qelDouble::longRound(2.00015, 0.9999), 3);
     EXPECT_EQ(qelDouble::longRound(2.00015, nextafter(0.9999, 1)), 2) << "too large, so 0.0001";
     EXPECT_EQ(qelDouble::longRound(2.00015, 1), 2);
+    EXPECT_EQ(qelDouble::longRound(2.7, 1), 2);
     EXPECT_EQ(qelDouble::longRound(2.00015, infinity), 2);
     EXPECT_EQ(qelDouble::longRound(2.9995, 0.0006), 3);
     EXPECT_EQ(qelDouble::longRound(2.9999, -0.5), 3) << "too small, so 0.0001";
     EXPECT_EQ(qelDouble::longRound(2.99985, nextafter(0.0001, 0)), 2);
     EXPECT_EQ(qelDouble::longRound(2.99985, 0.0002), 3);
-    EXPECT_EQ(qelDouble::longRound(0.99995, 0.00005), 1) << "0.99995 and 0.0001, not 0.00005 and a bit less than 1";
-    EXPECT_EQ(qelDouble::longRound(0.99992, 0.00005), 1) << "as it is, the offset would not do";
+    EXPECT_EQ(qelDouble::longRound(0.99992, 0.00005), 1) << "0.99992 and 0.00005 would be below 1";
 }
 
 TEST(qelDoubleLongRound, TreatsBothZerosAsNotNegative)

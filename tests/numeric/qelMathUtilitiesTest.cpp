@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <emmintrin.h>
 #include <float.h>
 #include <math.h>
 #include <stdlib.h>
@@ -30,6 +31,12 @@ using List = std::vector<double>;
 
 /// How often each outcome of the methods was met, to show that a sweep reached all of them.
 using Outcomes = std::map<std::string, long>;
+
+/// Rounded once, to the nearest double, at every optimisation level; `sqrt` of MinGW is not.
+double root2(double x)
+{
+    return _mm_cvtsd_f64(_mm_sqrt_sd(_mm_setzero_pd(), _mm_set_sd(x)));
+}
 
 double signedThirdPower(double x)
 {
@@ -68,7 +75,7 @@ List expectedQuadratic(double a, double b, double c, Outcomes& outcomes)
     if (discriminant > 0)
     {
         ++outcomes["quadratic: two roots"];
-        const double root = sqrt(discriminant);
+        const double root = root2(discriminant);
         return {(-b - root) * 0.5 / a, (root - b) * 0.5 / a};
     }
     ++outcomes["quadratic: no root"];
@@ -111,13 +118,13 @@ List expectedCubic(double a, double b, double c, double d, Outcomes& outcomes)
     {
         ++outcomes["cubic: three roots"];
         const double pi = acos(-1.0);
-        const double theta = acos(R / sqrt(-(Q * Q * Q)));
-        const double m = 2 * sqrt(-Q);
+        const double theta = acos(R / root2(-(Q * Q * Q)));
+        const double m = 2 * root2(-Q);
         return {m * cos(theta / 3) - t, m * cos((theta + 2 * pi) / 3) - t, m * cos((theta + 4 * pi) / 3) - t};
     }
     ++outcomes["cubic: one root"];
-    const double u = signedThirdPower(R + sqrt(S));
-    const double v = signedThirdPower(R - sqrt(S));
+    const double u = signedThirdPower(R + root2(S));
+    const double v = signedThirdPower(R - root2(S));
     return {u - t + v};
 }
 
@@ -158,7 +165,7 @@ List expectedQuartic(double a, double b, double c, double d, double e, Outcomes&
         ++outcomes["quartic: k negative"];
         return {};
     }
-    const double q = sqrt(k);
+    const double q = root2(k);
     const double g = B / 2;
     double p = (g * h - D / 2) / q;
     if (q < 1e-9)
@@ -174,7 +181,7 @@ List expectedQuartic(double a, double b, double c, double d, double e, Outcomes&
             square = 0;
         }
         ++outcomes["quartic: p by its square"];
-        p = sqrt(square);
+        p = root2(square);
     }
     List roots = expectedQuadratic(1, g + p, h + q, outcomes);
     const List first = roots;
@@ -626,6 +633,36 @@ TEST(qelMathUtilitiesQuartic, FollowsTheComparisonsForValuesThatAreNoNumbers)
     EXPECT_EQ(solveQuartic(1, notANumber, 1, 1, 0).size(), 2u) << "zero in front of one that is no number";
 }
 
+// What docs/numerics.md shows -----------------------------------------------------------------------------------------
+
+TEST(qelMathUtilitiesWellKnown, QuadraticsGiveTheDocumentedValues)
+{
+    expectNear(solveQuadratic(1, -3, 2), {(3 - sqrt(21.0)) / 2, (3 + sqrt(21.0)) / 2});
+    expectNear(solveQuadratic(1, 5, 6), {(-5 - sqrt(5.0)) / 2, (-5 + sqrt(5.0)) / 2});
+    expectNear(solveQuadratic(1, 1, -6), {});
+    expectNear(solveQuadratic(1, 4, 4), {-2});
+    expectNear(solveQuadratic(1, -5, -5), {(5 - sqrt(45.0)) / 2, (5 + sqrt(45.0)) / 2});
+}
+
+TEST(qelMathUtilitiesWellKnown, CubicsGiveTheDocumentedValues)
+{
+    expectNear(solveCubic(1, -3, 2, 0), {0, (3 - sqrt(21.0)) / 2, (3 + sqrt(21.0)) / 2});
+    expectNear(solveCubic(1, 0, -4, 0), {0});
+    // Small roots: the tolerance takes them for repeated ones.
+    expectNear(solveCubic(1, 0, 0, -1e-6), {2 * pow(5e-7, 1.0 / 3.0), -pow(5e-7, 1.0 / 3.0)});
+    expectNear(solveCubic(1, -6e-2, 11e-4, -6e-6), {0.02});
+}
+
+TEST(qelMathUtilitiesWellKnown, QuarticsGiveTheDocumentedValues)
+{
+    expectNear(solveQuartic(1, 0, -5, 0, 4), {(3 - sqrt(21.0)) / 2, (3 + sqrt(21.0)) / 2});
+    expectNear(solveQuartic(1, 0, -13, 0, 36), {(-5 - sqrt(5.0)) / 2, (-5 + sqrt(5.0)) / 2, (5 - sqrt(45.0)) / 2,
+                                                (5 + sqrt(45.0)) / 2});
+    expectNear(solveQuartic(1, 0, 0, 0, -16), {0});
+    expectNear(solveQuartic(1, -4, 6, -4, 1), {1 - sqrt(3.0), 1 + sqrt(3.0)});
+    expectNear(solveQuartic(1, 0, -2, 0, 1), {1 - sqrt(3.0), 1 + sqrt(3.0)});
+}
+
 // All degrees against the oracle --------------------------------------------------------------------------------------
 
 TEST(qelMathUtilitiesSweep, GivesTheOraclesBitsForCoefficientsOfAllKinds)
@@ -657,6 +694,26 @@ TEST(qelMathUtilitiesSweep, GivesTheOraclesBitsForCoefficientsOfAllKinds)
         std::generate(roots.begin(), roots.end(), [&] { return random.whole(-8, 8) * 0.25; });
         return product(roots, random.oneOf<double>({1, -1, 2, 0.5, 10}));
     });
+}
+
+TEST(qelMathUtilitiesQuadratic, TakesTheCorrectlyRoundedSquareRoot)
+{
+    // With a = 1/4 the discriminant is b*b - b. No double lies closer to its square root than r does.
+    std::mt19937_64 engine(20260104);
+    std::uniform_real_distribution<double> values(1, 100);
+    for (int i = 0; i < 20000; ++i)
+    {
+        const double b = -values(engine);
+        const double discriminant = b * b - b;
+        const List roots = solveQuadratic(0.25, b, 0);
+        ASSERT_EQ(roots.size(), 2u);
+        const double r = root2(discriminant);
+        const long double below = (static_cast<long double>(steps(r, -1)) + r) / 2;
+        const long double above = (static_cast<long double>(steps(r, 1)) + r) / 2;
+        ASSERT_LE(below * below, discriminant);
+        ASSERT_GE(above * above, discriminant);
+        ASSERT_EQ(roots[1], (r - b) * 0.5 / 0.25);
+    }
 }
 
 TEST(qelMathUtilitiesSweep, GivesTheOraclesBitsForExtremeValues)
@@ -699,7 +756,7 @@ TEST(qelMathUtilitiesSweep, GivesTheOraclesBitsAroundTheToleranceAndReachesEvery
             switch (random.whole(0, 5))
             {
             case 0: return {tiny, random.between(-9, 9), random.between(-9, 9), tiny};
-            case 1: return {1, 0, 0, sign() * near(2 * sqrt(1e-9))}; // S at 1e-9
+            case 1: return {1, 0, 0, sign() * near(2 * root2(1e-9))}; // S at 1e-9
             case 2: return {1, 0, 0, sign() * near(2e-9)};           // R at 1e-9
             case 3: return {1, near(-2e-10), 7, tiny};               // a root that may count as zero
             case 4: return {near(0.1), near(-2e-10), 7, 0};          // a root at the tolerance
