@@ -346,6 +346,27 @@ TEST(qelThreadsPoolWait, TakesTasksQueuedWhileWorkersAreStillBusy)
     EXPECT_EQ(ran, 1);
 }
 
+TEST(qelThreadsPoolWait, WaitsForUpTo64Workers)
+{
+    for (int workers : { 1, 64 })
+    {
+        Gate gate;
+        std::atomic<bool> returned(false);
+        qelThreadsPool pool(workers);
+        gate.occupy(pool, workers);
+        std::thread waiter([&] {
+            pool.WaitForThreadsToFinishWork();
+            returned = true;
+        });
+        ASSERT_TRUE(comesTrue([&] { return isSignalled(eventOf(pool)); }));
+        giveWorkersTime();
+        EXPECT_FALSE(returned) << workers;
+        gate.open();
+        waiter.join();
+        EXPECT_EQ(gate.passed(), workers);
+    }
+}
+
 TEST(qelThreadsPoolWait, ReturnsAtOnceWithMoreThan64Workers)
 {
     Gate gate;
