@@ -8,8 +8,8 @@ namespace qelTasks
 {
 /**
  * A system mutex with a way past it: a free lock is taken by marking it, without a call into the system, and only those
- * who find it taken wait for the mutex. The one who has the mutex goes on trying to mark the lock, which takes no longer
- * than a few list operations.
+ * who find it taken wait for the mutex. The one who has the mutex goes on trying to mark the lock, which takes no
+ * longer than a few list operations.
  *
  * Like a mutex, it passes on when its owner ended inside; that happens to threads that the end of the process catches
  * there, and the pools that are destroyed after them must not hang.

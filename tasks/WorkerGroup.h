@@ -73,7 +73,7 @@ private:
     bool m_abandoned;           ///< no pool is left: workers end at once
     TaskNode** m_served;        ///< head of the list that is served, in its pool or here
     TaskNode* m_inherited;      ///< the list of a pool that went before its copies
-    QueueLock m_lock;           ///< guards what follows m_threadCount and the list that is served
+    QueueLock m_lock;           ///< guards the list that is served and the fields from m_count on
     HANDLE m_event;             ///< manual reset; signalled while workers have something to do
 };
 } // namespace qelTasks

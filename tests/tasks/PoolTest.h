@@ -182,7 +182,8 @@ public:
         for (int i = 0; i < workers; ++i)
         {
             HANDLE handle = nullptr;
-            DuplicateHandle(GetCurrentProcess(), workerOf(pool, i), GetCurrentProcess(), &handle, SYNCHRONIZE, FALSE, 0);
+            DuplicateHandle(GetCurrentProcess(), workerOf(pool, i), GetCurrentProcess(), &handle, SYNCHRONIZE, FALSE,
+                            0);
             m_handles.push_back(handle);
         }
     }

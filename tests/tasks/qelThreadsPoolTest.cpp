@@ -21,7 +21,8 @@ using Numbers = std::vector<int>;
 
 static_assert(sizeof(qelThreadsPool) == 48 && alignof(qelThreadsPool) == 8, "count, three handles, list, flag");
 static_assert(!std::is_polymorphic<qelThreadsPool>::value, "no virtual table");
-static_assert(std::is_same<decltype(&qelThreadsPool::QueueTask), void (qelThreadsPool::*)(void (*)(void*), void*)>::value,
+static_assert(std::is_same<decltype(&qelThreadsPool::QueueTask),
+                           void (qelThreadsPool::*)(void (*)(void*), void*)>::value,
               "a plain function and one pointer");
 static_assert(std::is_same<decltype(&qelThreadsPool::WaitForThreadsToFinishWork), void (qelThreadsPool::*)()>::value,
               "no result");
@@ -120,8 +121,8 @@ HANDLE WINAPI noteCreateEvent(SECURITY_ATTRIBUTES* security, BOOL manual, BOOL s
     return CreateEventW(security, manual, signalled, name);
 }
 
-HANDLE WINAPI noteCreateThread(SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_START_ROUTINE start, void* argument,
-                               DWORD flags, DWORD* id)
+HANDLE WINAPI noteCreateThread(SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_START_ROUTINE start,
+                               void* argument, DWORD flags, DWORD* id)
 {
     calls().push_back(security == nullptr && stack == 0 && flags == 0 ? "thread" : "another thread");
     return CreateThread(security, stack, start, argument, flags, id);
@@ -196,6 +197,7 @@ TEST(qelThreadsPoolQueueTask, HandsOverTheArgumentAsItIs)
         }
         static void task(void* argument) { nulls() += argument == nullptr ? 1 : 100; }
     };
+    Note::nulls() = 0;
     qelThreadsPool pool(2);
     pool.QueueTask(&Note::task, nullptr);
     pool.WaitForThreadsToFinishWork();
@@ -476,6 +478,7 @@ TEST(qelThreadsPoolStress, RunsAMillionTasksOnceEach)
             ++ran();
         }
     };
+    Cell::ran() = 0;
     const int tasks = 1000000;
     std::vector<std::atomic<unsigned char>> cells(tasks);
     qelThreadsPool pool(2);
