@@ -78,7 +78,7 @@ class QEL_API qelString
 {
 public:
     /// Capacity of both process-wide buffers and the greatest length of a text, in units.
-    static constexpr int kMaxLength = 0x80000;
+    static const int kMaxLength = 0x80000;
 
     /// The representation of every empty text; made when the library is loaded and never freed.
     static qelStringRepr* m_repEmpty;
