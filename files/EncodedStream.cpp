@@ -17,12 +17,8 @@ namespace
 const unsigned kControlZ = 0x1A;
 const unsigned kReplacement = 0xFFFD;
 
-size_t least(size_t a, size_t b)
-{
-    return a < b ? a : b;
-}
-
-/// The bytes of the file behind a stream, in blocks. The stream's own position is never disturbed.
+/// The bytes of a file from its start, in blocks. At the end the file's position is what it was before: the stream
+/// relies on it.
 class FileBytes
 {
 public:
@@ -31,29 +27,27 @@ public:
 
     explicit FileBytes(HANDLE file)
         : m_file(file)
-        , m_size(measure(m_file))
-        , m_block(static_cast<size_t>(m_size < kBlock ? m_size : kBlock))
+        , m_before()
         , m_blockStart(0)
         , m_next(0)
         , m_end(0)
         , m_complete(false)
     {
+        const LARGE_INTEGER start = {};
+        (void)SetFilePointerEx(m_file, start, &m_before, FILE_CURRENT);
+        (void)SetFilePointerEx(m_file, start, nullptr, FILE_BEGIN);
     }
 
     ~FileBytes()
     {
-        qelText::scrub(m_block.units(), m_block.capacity());
+        (void)SetFilePointerEx(m_file, m_before, nullptr, FILE_BEGIN);
+        qelText::scrub(m_block, sizeof m_block);
     }
 
     FileBytes(const FileBytes&) = delete;
     FileBytes& operator=(const FileBytes&) = delete;
 
-    /// Bytes in the file.
-    size_t size() const
-    {
-        return static_cast<size_t>(m_size);
-    }
-
+    /// Where in the file next() stands.
     long long position() const
     {
         return m_blockStart + static_cast<long long>(m_next);
@@ -69,9 +63,9 @@ public:
         return m_end - m_next;
     }
 
-    const unsigned char* next()
+    const unsigned char* next() const
     {
-        return m_block.units() + m_next;
+        return m_block + m_next;
     }
 
     void advance(size_t bytes)
@@ -80,71 +74,39 @@ public:
     }
 
 private:
-    static const long long kBlock = 0x10000;
-
-    static long long measure(HANDLE file)
-    {
-        LARGE_INTEGER size;
-        return GetFileSizeEx(file, &size) != 0 ? size.QuadPart : 0;
-    }
-
     /// Moves what is left to the front of the block and reads behind it.
     void fill()
     {
         const size_t left = m_end - m_next;
-        memmove(m_block.units(), m_block.units() + m_next, left);
+        memmove(m_block, m_block + m_next, left);
+        DWORD got = 0;
+        m_complete = ReadFile(m_file, m_block + left, static_cast<DWORD>(sizeof m_block - left), &got, nullptr) == 0 ||
+                     got == 0;
         m_blockStart += static_cast<long long>(m_next);
         m_next = 0;
-        m_end = left + readAt(m_blockStart + static_cast<long long>(left), m_block.units() + left,
-                              m_block.capacity() - left);
-        m_complete = m_end == left;
-    }
-
-    size_t readAt(long long offset, unsigned char* target, size_t room)
-    {
-        LARGE_INTEGER none;
-        none.QuadPart = 0;
-        LARGE_INTEGER before;
-        if (room == 0 || SetFilePointerEx(m_file, none, &before, FILE_CURRENT) == 0)
-        {
-            return 0;
-        }
-        OVERLAPPED at = {};
-        at.Offset = static_cast<DWORD>(offset & 0xFFFFFFFF);
-        at.OffsetHigh = static_cast<DWORD>(offset >> 32);
-        DWORD got = 0;
-        if (ReadFile(m_file, target, static_cast<DWORD>(room), &got, &at) == 0)
-        {
-            got = 0;
-        }
-        (void)SetFilePointerEx(m_file, before, nullptr, FILE_BEGIN);
-        return got;
+        m_end = left + got;
     }
 
     HANDLE m_file;
-    long long m_size;
-    qelWorkBuffer<unsigned char> m_block;
+    LARGE_INTEGER m_before; ///< where the file stood
     long long m_blockStart; ///< where in the file the block begins
     size_t m_next;          ///< the next byte, counted in the block
     size_t m_end;           ///< behind the last byte read into the block
     bool m_complete;        ///< nothing is left in the file behind the block
+    unsigned char m_block[0x2000];
 };
 
-// The forms that text has in a file. decode() sets `character` to the first one of `available` bytes and returns the
-// bytes that it takes, 0 when there is none.
+// The forms that text has in a file: the type that its units are read as, the fewest bytes that a character takes, and
+// decode(), which sets `character` to the first one of at least that many bytes and returns the bytes that it takes.
 
 struct AnsiBytes
 {
     typedef char Unit;
-    static const size_t kWidth = 1;
+    static const size_t kLeast = 1;
 
     // Bytes stay bytes here: line ends and the end mark are the same in every code page, and their number is asked for.
-    static size_t decode(const unsigned char* bytes, size_t available, unsigned& character)
+    static size_t decode(const unsigned char* bytes, size_t, unsigned& character)
     {
-        if (available == 0)
-        {
-            return 0;
-        }
         character = bytes[0];
         return 1;
     }
@@ -153,14 +115,10 @@ struct AnsiBytes
 struct Utf16
 {
     typedef wchar_t Unit;
-    static const size_t kWidth = 2;
+    static const size_t kLeast = 2;
 
-    static size_t decode(const unsigned char* bytes, size_t available, unsigned& character)
+    static size_t decode(const unsigned char* bytes, size_t, unsigned& character)
     {
-        if (available < 2)
-        {
-            return 0;
-        }
         character = bytes[0] | static_cast<unsigned>(bytes[1]) << 8;
         return 2;
     }
@@ -169,15 +127,11 @@ struct Utf16
 struct Utf8
 {
     typedef wchar_t Unit;
-    static const size_t kWidth = 1;
+    static const size_t kLeast = 1;
 
     // What is not well-formed becomes one replacement character for each longest beginning of a well-formed one.
     static size_t decode(const unsigned char* bytes, size_t available, unsigned& character)
     {
-        if (available == 0)
-        {
-            return 0;
-        }
         const unsigned lead = bytes[0];
         if (lead < 0x80)
         {
@@ -231,7 +185,8 @@ public:
 
     const Unit* text()
     {
-        return m_text.end(least(m_count, m_text.capacity()));
+        const size_t kept = m_count < m_text.capacity() ? m_count : m_text.capacity();
+        return m_text.end(kept);
     }
 
 private:
@@ -242,24 +197,28 @@ private:
 /// Translates the rest of the file and returns the number of units, at most `maxLength`.
 template <typename Form> size_t translate(FileBytes& bytes, bool textMode, qelString& contents, size_t maxLength)
 {
-    // A unit takes at least as many bytes as its form is wide.
-    const size_t kept = sizeof(typename Form::Unit) == 1 ? qelCodePage::mostBytes() : qelText::kCapacity;
-    Collector<typename Form::Unit> collector(least(least(maxLength, bytes.size() / Form::kWidth), kept));
+    const size_t most = sizeof(typename Form::Unit) == 1 ? qelCodePage::mostBytes() : qelText::kCapacity;
+    Collector<typename Form::Unit> collector(maxLength < most ? maxLength : most);
     while (collector.count() < maxLength)
     {
         const size_t available = bytes.available();
+        if (available < Form::kLeast)
+        {
+            break;
+        }
         unsigned character = 0;
         const size_t length = Form::decode(bytes.next(), available, character);
-        if (length == 0 || (textMode && character == kControlZ))
+        if (textMode && character == kControlZ)
         {
             break;
         }
         unsigned following = 0;
-        const bool dropped = textMode && character == '\r' &&
-                             Form::decode(bytes.next() + length, available - length, following) != 0 &&
-                             following == '\n';
+        if (textMode && character == '\r' && available >= length + Form::kLeast)
+        {
+            (void)Form::decode(bytes.next() + length, available - length, following);
+        }
         bytes.advance(length);
-        if (dropped)
+        if (following == '\n')
         {
             continue;
         }
@@ -289,14 +248,12 @@ enum Mark
 Mark takeMark(FileBytes& bytes)
 {
     const size_t available = bytes.available();
-    const unsigned char* start = bytes.next();
-    // The bytes of a swapped mark mean the same as the right ones, as in files that are read without a key.
-    if (available >= 2 && ((start[0] == 0xFF && start[1] == 0xFE) || (start[0] == 0xFE && start[1] == 0xFF)))
+    if (available >= 2 && qelEncodedStream::isUtf16Mark(bytes.next()))
     {
         bytes.advance(2);
         return kUtf16Mark;
     }
-    if (available >= 3 && start[0] == 0xEF && start[1] == 0xBB && start[2] == 0xBF)
+    if (available >= 3 && qelEncodedStream::isUtf8Mark(bytes.next()))
     {
         bytes.advance(3);
         return kUtf8Mark;
@@ -317,12 +274,36 @@ bool isTextMode(FILE* stream, bool utf8)
     (void)_setmode(descriptor, mode != _O_WTEXT ? mode : utf8 ? _O_U8TEXT : _O_U16TEXT);
     return true;
 }
+
+/// The text of the whole file and the number of its units; sets `position` behind the last one.
+size_t readText(FILE* stream, HANDLE file, qelFileAccess::encodeType encoding, qelString& contents, size_t maxLength,
+                long long& position)
+{
+    FileBytes bytes(file);
+    const Mark mark = takeMark(bytes);
+    const bool textMode = isTextMode(stream, mark == kUtf8Mark || (mark == kNoMark && encoding == qelFileAccess::UTF8));
+    const size_t count = mark == kUtf16Mark  ? translate<Utf16>(bytes, textMode, contents, maxLength)
+                         : mark == kUtf8Mark ? translate<Utf8>(bytes, textMode, contents, maxLength)
+                                             : translate<AnsiBytes>(bytes, textMode, contents, maxLength);
+    position = bytes.position();
+    return count;
+}
 } // namespace
 
 bool qelEncodedStream::hasKey(qelFileAccess::encodeType encoding)
 {
     return encoding == qelFileAccess::UNICODE_TEXT || encoding == qelFileAccess::UTF8 ||
            encoding == qelFileAccess::UTF16LE;
+}
+
+bool qelEncodedStream::isUtf16Mark(const unsigned char* bytes)
+{
+    return (bytes[0] == 0xFF && bytes[1] == 0xFE) || (bytes[0] == 0xFE && bytes[1] == 0xFF);
+}
+
+bool qelEncodedStream::isUtf8Mark(const unsigned char* bytes)
+{
+    return bytes[0] == 0xEF && bytes[1] == 0xBB && bytes[2] == 0xBF;
 }
 
 size_t qelEncodedStream::readFile(FILE* stream, qelFileAccess::encodeType encoding, qelString& contents,
@@ -337,23 +318,8 @@ size_t qelEncodedStream::readFile(FILE* stream, qelFileAccess::encodeType encodi
     // Brings what was written into the file and empties the stream's buffer.
     (void)fseek(stream, 0, SEEK_SET);
 
-    FileBytes bytes(file);
-    const Mark mark = takeMark(bytes);
-    const bool textMode = isTextMode(stream, mark == kUtf8Mark || (mark == kNoMark && encoding == qelFileAccess::UTF8));
-    size_t count = 0;
-    switch (mark)
-    {
-    case kUtf16Mark:
-        count = translate<Utf16>(bytes, textMode, contents, maxLength);
-        break;
-    case kUtf8Mark:
-        count = translate<Utf8>(bytes, textMode, contents, maxLength);
-        break;
-    case kNoMark:
-        count = translate<AnsiBytes>(bytes, textMode, contents, maxLength);
-        break;
-    }
-
+    long long position = 0;
+    const size_t count = readText(stream, file, encoding, contents, maxLength, position);
     if (count < maxLength)
     {
         // Lets the stream know that the end was met, at an end-of-file character too.
@@ -362,7 +328,7 @@ size_t qelEncodedStream::readFile(FILE* stream, qelFileAccess::encodeType encodi
     }
     else
     {
-        (void)_fseeki64(stream, bytes.position(), SEEK_SET);
+        (void)_fseeki64(stream, position, SEEK_SET);
     }
     return count;
 }

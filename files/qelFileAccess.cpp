@@ -12,6 +12,12 @@
 #include <stdlib.h>
 #include <wchar.h>
 
+#if defined(_UCRT) && !defined(_MSC_VER)
+// Not every MinGW declares it.
+extern "C" _CRTIMP _invalid_parameter_handler __cdecl
+_set_thread_local_invalid_parameter_handler(_invalid_parameter_handler handler);
+#endif
+
 namespace
 {
 /// Size of the line buffer: 256 wide characters or 512 bytes.
@@ -40,7 +46,7 @@ const wchar_t* openModeKey(qelFileAccess::encodeType encoding)
     }
 }
 
-#ifdef _MSC_VER
+#if defined(_UCRT) || defined(_MSC_VER)
 void ignoreInvalidParameter(const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t)
 {
 }
@@ -50,12 +56,12 @@ void ignoreInvalidParameter(const wchar_t*, const wchar_t*, const wchar_t*, unsi
 FILE* openStream(const wchar_t* fileName, const wchar_t* mode)
 {
     FILE* stream = nullptr;
-#ifdef _MSC_VER
+#if defined(_UCRT) || defined(_MSC_VER)
     // There it would end the process.
     const _invalid_parameter_handler before = _set_thread_local_invalid_parameter_handler(ignoreInvalidParameter);
 #endif
     const bool opened = _wfopen_s(&stream, fileName, mode) == 0;
-#ifdef _MSC_VER
+#if defined(_UCRT) || defined(_MSC_VER)
     (void)_set_thread_local_invalid_parameter_handler(before);
 #endif
     return opened ? stream : nullptr;
@@ -64,6 +70,25 @@ FILE* openStream(const wchar_t* fileName, const wchar_t* mode)
 int writeFormatted(FILE* stream, const wchar_t* format, va_list args)
 {
     return stream == nullptr ? 0 : vfwprintf_s(stream, format == nullptr ? L"" : format, args);
+}
+
+/// The scanner's result. At the end of the file, behind nothing but white space, some runtimes do not say EOF.
+int scanned(FILE* stream, int result)
+{
+    return result == 0 && feof(stream) != 0 ? EOF : result;
+}
+
+/// Reads one number; `value` is set whatever the result.
+template <typename Number> int readNumber(FILE* stream, const wchar_t* format, Number& value)
+{
+    if (stream == nullptr)
+    {
+        return 0;
+    }
+    Number number = 0;
+    const int result = fwscanf_s(stream, format, &number);
+    value = number;
+    return scanned(stream, result);
 }
 
 /// fread, with the result kept within its bounds: at an end-of-file character some runtimes return -1.
@@ -103,26 +128,16 @@ template <typename Unit> size_t readUnits(FILE* stream, qelString& contents, siz
     return got < text.capacity() ? got : got + skipElements(stream, sizeof(Unit), maxLength - got);
 }
 
-bool isUtf16Mark(const unsigned char* bytes)
-{
-    return (bytes[0] == 0xFF && bytes[1] == 0xFE) || (bytes[0] == 0xFE && bytes[1] == 0xFF);
-}
-
-bool isUtf8Mark(const unsigned char* bytes)
-{
-    return bytes[0] == 0xEF && bytes[1] == 0xBB && bytes[2] == 0xBF;
-}
-
 /// readFile() of a stream without a key.
 size_t readBytes(FILE* stream, qelString& contents, size_t maxLength)
 {
     unsigned char mark[3] = {};
-    if (readElements(stream, mark, 1, 2) == 2 && isUtf16Mark(mark))
+    if (readElements(stream, mark, 1, 2) == 2 && qelEncodedStream::isUtf16Mark(mark))
     {
         return readUnits<wchar_t>(stream, contents, maxLength, qelText::kCapacity);
     }
     // Kept as callers know it: there is no rewind, so the mark is looked for behind the first two bytes.
-    if (readElements(stream, mark, 1, 3) == 3 && isUtf8Mark(mark))
+    if (readElements(stream, mark, 1, 3) == 3 && qelEncodedStream::isUtf8Mark(mark))
     {
         return readUnits<wchar_t>(stream, contents, maxLength, qelText::kCapacity);
     }
@@ -211,8 +226,10 @@ int qelFileAccess::puts(qelString text) const
     }
     if (m_encoding == UTF8)
     {
-        // The stream translates and takes wide text only: hand it what the narrow form stands for.
-        return fputws(qelString(text.getStringA()).getStringW(), m_stream);
+        // The stream translates and takes wide text only: hand it what the narrow form stands for. The wide call's
+        // failure is not negative.
+        const int result = fputws(qelString(text.getStringA()).getStringW(), m_stream);
+        return result == static_cast<int>(WEOF) ? EOF : result;
     }
     return fputs(text.getStringA(), m_stream);
 }
@@ -269,40 +286,21 @@ int qelFileAccess::readString(qelString& token) const
     {
         return 0;
     }
-    wchar_t scanned[kTokenUnits] = {};
-    int result = fwscanf_s(m_stream, L"%s", scanned, static_cast<unsigned>(kTokenUnits));
-    if (result == 0 && scanned[0] == 0 && feof(m_stream) != 0)
-    {
-        // Not every runtime says so itself when it met nothing but white space.
-        result = EOF;
-    }
-    token = scanned;
-    qelText::scrub(scanned, sizeof scanned);
-    return result;
+    wchar_t buffer[kTokenUnits] = {};
+    const int result = fwscanf_s(m_stream, L"%s", buffer, static_cast<unsigned>(kTokenUnits));
+    token = buffer;
+    qelText::scrub(buffer, sizeof buffer);
+    return scanned(m_stream, result);
 }
 
 int qelFileAccess::readInt(int& value) const
 {
-    if (m_stream == nullptr)
-    {
-        return 0;
-    }
-    int scanned = 0;
-    const int result = fwscanf_s(m_stream, L"%d", &scanned);
-    value = scanned;
-    return result;
+    return readNumber(m_stream, L"%d", value);
 }
 
 int qelFileAccess::readDouble(double& value) const
 {
-    if (m_stream == nullptr)
-    {
-        return 0;
-    }
-    double scanned = 0;
-    const int result = fwscanf_s(m_stream, L"%lf", &scanned);
-    value = scanned;
-    return result;
+    return readNumber(m_stream, L"%lf", value);
 }
 
 int qelFileAccess::getc() const

@@ -16,7 +16,8 @@
  * - **Scale**: configuration files, lists, reports: a text has at most 524,288 units, a length is a 32-bit `long`.
  * - **Encoding**: the constructor appends the runtime's "ccs=" key for the encoding to the caller's mode. With a key
  *   the runtime writes a byte-order mark on new files, skips it on existing ones and lets it choose the translation.
- *   Keys act on text modes: in a binary mode ("rb") only readFile() decodes, and nothing encodes.
+ *   Keys act on text modes: in a binary mode ("rb") only readFile() decodes, everything else then reads and writes
+ *   plain 16-bit units.
  * - **Ownership**: an object owns its stream and closes it. Copies share the stream and each would close it, so copy
  *   closed objects only; assigning over an open one loses its stream.
  * - **Failure**: nothing is thrown but for memory and nothing is reported in words. A failed open leaves isOpen() 0. On

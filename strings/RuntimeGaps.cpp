@@ -92,15 +92,15 @@ size_t measure(const wchar_t* text)
 
 template <typename Char> int duplicate(Char** buffer, size_t* length, const Char* name)
 {
-    if (length != nullptr)
-    {
-        *length = 0;
-    }
     if (buffer == nullptr)
     {
         return fail(EINVAL);
     }
     *buffer = nullptr;
+    if (length != nullptr)
+    {
+        *length = 0;
+    }
     if (name == nullptr)
     {
         return fail(EINVAL);
@@ -123,6 +123,25 @@ template <typename Char> int duplicate(Char** buffer, size_t* length, const Char
         *length = size;
     }
     return 0;
+}
+
+template <typename Char>
+int searchFolders(errno_t (*search)(const Char*, const Char*, Char*, size_t), const Char* name, const Char* variable,
+                  Char* result, size_t capacity)
+{
+    if (name != nullptr && *name == 0 && result != nullptr && capacity != 0)
+    {
+        *result = 0;
+        return fail(ENOENT);
+    }
+    const Char none = 0;
+    const int code = search(name, variable == nullptr ? &none : variable, result, capacity);
+    return code == 0 && *result == 0 ? fail(ERANGE) : code;
+}
+
+int countOrFailure(FILE* file, bool failedBefore, int count)
+{
+    return !failedBefore && ferror(file) != 0 ? -1 : count;
 }
 } // namespace
 
@@ -180,26 +199,26 @@ int qelRuntimeGaps::wcslwr(wchar_t* buffer, size_t capacity)
 
 int qelRuntimeGaps::searchenv(const char* name, const char* variable, char* result, size_t capacity)
 {
-    const int code = _searchenv_s(name, variable, result, capacity);
-    return code == 0 && result[0] == 0 ? fail(ERANGE) : code;
+    return searchFolders<char>(&_searchenv_s, name, variable, result, capacity);
 }
 
 int qelRuntimeGaps::wsearchenv(const wchar_t* name, const wchar_t* variable, wchar_t* result, size_t capacity)
 {
-    const int code = _wsearchenv_s(name, variable, result, capacity);
-    return code == 0 && result[0] == 0 ? fail(ERANGE) : code;
+    return searchFolders<wchar_t>(&_wsearchenv_s, name, variable, result, capacity);
 }
 
 // A null locale is the current one.
 
 int qelRuntimeGaps::print(FILE* file, const char* format, va_list args)
 {
-    return _vfprintf_l(file, format, nullptr, args);
+    const bool failedBefore = ferror(file) != 0;
+    return countOrFailure(file, failedBefore, _vfprintf_l(file, format, nullptr, args));
 }
 
 int qelRuntimeGaps::print(FILE* file, const wchar_t* format, va_list args)
 {
-    return _vfwprintf_l(file, format, nullptr, args);
+    const bool failedBefore = ferror(file) != 0;
+    return countOrFailure(file, failedBefore, _vfwprintf_l(file, format, nullptr, args));
 }
 
 #endif

@@ -3,9 +3,10 @@
 // With the UCRT these are the runtime's own functions. With msvcrt, which MinGW links, they are not all there:
 // - The import library has no _dupenv_s and _wdupenv_s.
 // - Wine's DLL has no _strset_s, leaves out the terminator of a cut text in _wcserror_s, writes a terminator into a
-//   buffer of no capacity in _wcsupr_s and _wcslwr_s, and calls it success when the path of a file in the current
-//   folder is too long for _searchenv_s and _wsearchenv_s.
+//   buffer of no capacity in _wcsupr_s and _wcslwr_s. Its _searchenv_s and _wsearchenv_s find a folder for the empty
+//   name, stop at a null variable, and call it success when the path of a file in the current folder is too long.
 // - MinGW's vfprintf and vfwprintf have a format language of their own; print() has the platform's.
+//   Wine's do not tell that nothing could be written.
 #ifndef QEL_RUNTIME_GAPS_H
 #define QEL_RUNTIME_GAPS_H
 

@@ -31,6 +31,9 @@ char* narrowCopy(const wchar_t* text, int units)
 }
 } // namespace
 
+// Hosts that take its address need it in the library.
+const int qelString::kMaxLength;
+
 qelStringRepr::qelStringRepr(wchar_t* data)
     : m_data(data)
     , m_refCount(1)

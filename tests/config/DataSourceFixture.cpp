@@ -1,8 +1,6 @@
 #include "config/DataSourceFixture.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <ostream>
 
 namespace
@@ -19,37 +17,6 @@ std::wstring unusedName(const wchar_t* stem)
     return stem + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++used);
 }
 } // namespace
-
-qelTest::TemporaryFolder::TemporaryFolder()
-    : m_path((std::filesystem::current_path() / unusedName(L"sources-")).wstring())
-{
-    std::filesystem::create_directories(m_path);
-}
-
-qelTest::TemporaryFolder::~TemporaryFolder()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-}
-
-std::wstring qelTest::TemporaryFolder::path(const std::wstring& name) const
-{
-    return m_path + L"\\" + name;
-}
-
-std::wstring qelTest::TemporaryFolder::write(const std::wstring& name, const std::string& bytes) const
-{
-    const std::filesystem::path file = path(name);
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream stream(file, std::ios::binary);
-    stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    stream.close();
-    if (!stream)
-    {
-        throw std::runtime_error("cannot write " + file.string());
-    }
-    return file.wstring();
-}
 
 std::wstring qelTest::driverPath(const std::wstring& path)
 {

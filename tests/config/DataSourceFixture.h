@@ -5,6 +5,7 @@
 #include "qelDataSourcesUtilities.h"
 
 #include "support/SavedRegistryKey.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -21,26 +22,6 @@ const wchar_t kAlternateDriver[] = L"Varnel ODBC Driver";
 const wchar_t kDriversKey[] = L"Software\\ODBC\\ODBCINST.INI\\ODBC Drivers";
 const wchar_t kInstallationKey[] = L"Software\\Kelvara\\Orvalis\\2020";
 const wchar_t kConnectionsKey[] = L"Software\\Kelvara\\Varnel\\DatabaseConnections";
-
-/// A new folder below the current one, deleted with all it holds at the end.
-class TemporaryFolder
-{
-public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    /// Full path of a file in the folder.
-    std::wstring path(const std::wstring& name) const;
-
-    /// Writes a file, with the folders on the way to it, and returns its full path.
-    std::wstring write(const std::wstring& name, const std::string& bytes) const;
-
-private:
-    std::wstring m_path;
-};
 
 /// What ODBC drivers call the file: under Wine they are drivers of the host system.
 std::wstring driverPath(const std::wstring& path);

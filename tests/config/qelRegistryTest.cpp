@@ -1,6 +1,7 @@
 #include "qelRegistry.h"
 
 #include "support/ImportHook.h"
+#include "support/OpenHandles.h"
 #include "support/SavedRegistryKey.h"
 
 #include <gtest/gtest.h>
@@ -1172,18 +1173,6 @@ TEST_F(qelRegistryInstallationCalls, GiveTheFallbackForRefusedKeys)
     EXPECT_TRUE(std::all_of(calls.lines.begin(), calls.lines.end(), opens)) << testing::PrintToString(calls.lines);
 }
 
-/// Counted one by one: not every system counts the handles of a process.
-int handlesOfThisProcess()
-{
-    int count = 0;
-    for (size_t value = 4; value < 0x4000; value += 4)
-    {
-        DWORD flags = 0;
-        count += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != 0 ? 1 : 0;
-    }
-    return count;
-}
-
 TEST_F(qelRegistryInstallationCalls, LeaveNoHandleOpen)
 {
     createAll();
@@ -1211,11 +1200,11 @@ TEST_F(qelRegistryInstallationCalls, LeaveNoHandleOpen)
     const SavedRegistryKey userTest(HKEY_CURRENT_USER, kTestKey);
     const SavedRegistryKey machineTest(HKEY_LOCAL_MACHINE, kTestKey);
     callAll(); // the system keeps a handle of each hive from its first use
-    const int before = handlesOfThisProcess();
+    const int before = qelTest::openHandles();
     for (int i = 0; i < 20; ++i)
     {
         callAll();
     }
-    EXPECT_EQ(handlesOfThisProcess(), before);
+    EXPECT_EQ(qelTest::openHandles(), before);
 }
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "qelFileAccess.h"
 
+#include "support/MemorySearch.h"
 #include "support/TestFile.h"
 
 #include <gtest/gtest.h>
@@ -269,17 +270,21 @@ TEST(qelFileAccessReadFileWithKey, AgreesWithWhatTheStreamDelivers)
 
 TEST(qelFileAccessReadFileWithKey, IsTheSameWhereverTheBlocksEnd)
 {
-    for (size_t filler = 65520; filler < 65540; ++filler)
+    // However long a block is, its ends fall on every place of the sequence.
+    for (size_t shift = 0; shift < 12; ++shift)
     {
         for (const Form form : kForms)
         {
-            const std::wstring front(form == kUtf16 ? filler / 2 : filler, L'x');
-            const wchar_t* tail = form == kPlain ? L"\r\n\x20AC\r\n" : L"\r\n\xD83D\xDE00\x20AC\r\n";
-            const wchar_t* read = form == kPlain ? L"\n\x20AC\n" : L"\n\xD83D\xDE00\x20AC\n";
-            const std::wstring expected = front + read;
-            EXPECT_EQ(readContent(inForm(form, front + tail), L"r", qelFileAccess::UTF8, 100000),
-                      (Read{ expected.size(), expected }))
-                << filler << ' ' << form;
+            std::wstring text(shift, L'x');
+            std::wstring expected = text;
+            while (text.size() < 200000)
+            {
+                text += form == kPlain ? L"\r\n\x20AC\r" : L"\r\n\xD83D\xDE00\x20AC\r";
+                expected += form == kPlain ? L"\n\x20AC\r" : L"\n\xD83D\xDE00\x20AC\r";
+            }
+            const Read read = readContent(inForm(form, text), L"r", qelFileAccess::UTF8, 1000000);
+            EXPECT_EQ(read.count, expected.size()) << shift << ' ' << form;
+            EXPECT_TRUE(read.text == expected) << shift << ' ' << form;
         }
     }
 }
@@ -472,6 +477,38 @@ TEST(qelFileAccessReadFileWithKey, CutsTextAtItsGreatestLengthAndCountsOn)
             EXPECT_EQ(readContent(inForm(form, text), L"r", qelFileAccess::UNICODE_TEXT, SIZE_MAX),
                       (Read{ length, kept }));
         }
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, LeavesNoTextBehindInMemory)
+{
+    // Written from constants, so that the test leaves none behind either; the digits stand where the heap keeps its own
+    // notes in a freed block.
+    const struct
+    {
+        const void* content;
+        DWORD size;
+    } files[] = {
+        { L"\xFEFF" L"0123456789012345678901234567890123456789Qx7-secret-Qx7", 110 },
+        { "\xEF\xBB\xBF" "0123456789012345678901234567890123456789Qx7-secret-Qx7", 57 },
+        { "0123456789012345678901234567890123456789Qx7-secret-Qx7", 54 },
+    };
+    for (const auto& item : files)
+    {
+        TestFile onDisk;
+        const HANDLE handle =
+            CreateFileW(onDisk.widePath().c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+        DWORD written = 0;
+        EXPECT_NE(WriteFile(handle, item.content, item.size, &written, nullptr), 0);
+        CloseHandle(handle);
+        const qelFileAccess file(onDisk.path(), L"r", qelFileAccess::UNICODE_TEXT);
+        {
+            qelString contents;
+            EXPECT_EQ(file.readFile(contents, 100), 54u);
+            EXPECT_EQ(qelTest::occurrencesInHeaps(L"7-secret-Qx7", 24), 1u) << item.size;
+        }
+        EXPECT_EQ(qelTest::occurrencesInHeaps(L"7-secret-Qx7", 24), 0u) << item.size;
+        EXPECT_EQ(qelTest::occurrencesInHeaps("7-secret-Qx7", 12), 0u) << item.size;
     }
 }
 

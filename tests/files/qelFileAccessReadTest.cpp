@@ -8,6 +8,7 @@
 
 #include <stdint.h>
 #include <wchar.h>
+#include <wctype.h>
 
 #include <vector>
 
@@ -272,17 +273,52 @@ TEST(qelFileAccessTokens, TakesTokensOf255UnitsAndRefusesLongerOnes)
 
 TEST(qelFileAccessTokens, GivesTheEndOfFileMarkerForEmptyFilesAndBlanks)
 {
-    for (const char* content : { "", " \t\r\n " })
+    for (const qelFileAccess::encodeType encoding : kAll)
     {
-        TestFile onDisk{ std::string(content) };
-        const qelFileAccess file(onDisk.path(), L"r", qelFileAccess::ANSI);
-        qelString token(L"old");
-        int integer = 0;
-        double real = 0;
-        EXPECT_EQ(file.readString(token), EOF);
-        EXPECT_EQ(token.isEmpty(), 1);
-        EXPECT_EQ(file.readInt(integer), EOF);
-        EXPECT_EQ(file.readDouble(real), EOF);
+        for (const char* content : { "", " \t\r\n " })
+        {
+            TestFile onDisk(encoded(encoding, content));
+            qelString token(L"old");
+            EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", encoding).readString(token), EOF);
+            EXPECT_EQ(token.isEmpty(), 1);
+            int integer = 77;
+            EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", encoding).readInt(integer), EOF);
+            EXPECT_NE(integer, 77);
+            double real = 77;
+            EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", encoding).readDouble(real), EOF);
+            EXPECT_NE(real, 77);
+        }
+    }
+}
+
+TEST(qelFileAccessTokens, BeginWithAnyCharacterThatIsNoWhiteSpace)
+{
+    std::wstring starts;
+    for (wchar_t unit = 0x21; unit < 0x100; ++unit)
+    {
+        if (iswspace(unit) == 0)
+        {
+            starts += unit;
+        }
+    }
+    std::wstring text(L"\xFEFF");
+    std::string narrow;
+    for (const wchar_t unit : starts)
+    {
+        text += std::wstring(L"\r\n") + unit + L"z";
+        narrow += std::string(" ") + static_cast<char>(unit) + "z";
+    }
+    TestFile wideOnDisk(utf16(text));
+    TestFile narrowOnDisk(narrow);
+    const qelFileAccess wideFile(wideOnDisk.path(), L"r", qelFileAccess::UTF16LE);
+    const qelFileAccess narrowFile(narrowOnDisk.path(), L"r", qelFileAccess::ANSI);
+    qelString token;
+    for (const wchar_t unit : starts)
+    {
+        EXPECT_EQ(wideFile.readString(token), 1);
+        EXPECT_EQ(token.getStringW(), std::wstring(1, unit) + L"z");
+        EXPECT_EQ(narrowFile.readString(token), 1);
+        EXPECT_EQ(token.length(), 2) << static_cast<int>(unit);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "qelFileAccess.h"
 
+#include "support/OpenHandles.h"
 #include "support/TestFile.h"
 
 #include <gtest/gtest.h>
@@ -9,10 +10,12 @@
 #include <errno.h>
 #include <stdlib.h>
 
+#include <new>
 #include <type_traits>
 #include <vector>
 
 using qelTest::bytes;
+using qelTest::openHandles;
 using qelTest::TestFile;
 using qelTest::utf16;
 
@@ -37,13 +40,6 @@ static_assert(qelFileAccess::UNICODE == 1, "the enumerator under its own name");
 static_assert(qelFileAccess::ANSI == 0 && qelFileAccess::UNICODE_TEXT == 1 && qelFileAccess::UTF8 == 2 &&
                   qelFileAccess::UTF16LE == 3,
               "stated values");
-
-DWORD openHandles()
-{
-    DWORD count = 0;
-    EXPECT_NE(GetProcessHandleCount(GetCurrentProcess(), &count), 0);
-    return count;
-}
 
 /// What an opened and at once closed file holds.
 std::string newFile(const wchar_t* mode, qelFileAccess::encodeType encoding)
@@ -179,6 +175,21 @@ TEST(qelFileAccess, CopiesOfClosedObjectsAreClosedAndKeepTheEncoding)
     EXPECT_EQ(third.getCodingMethod(), qelFileAccess::UTF8);
 }
 
+TEST(qelFileAccess, CopiesShareTheOpenStream)
+{
+    TestFile onDisk(bytes("abc"));
+    qelFileAccess first(onDisk.path(), L"r", qelFileAccess::ANSI);
+    // Never destroyed: each copy would close the one stream.
+    alignas(qelFileAccess) static unsigned char storage[2][sizeof(qelFileAccess)];
+    const qelFileAccess& constructed = *new (storage[0]) qelFileAccess(first);
+    qelFileAccess& assigned = *new (storage[1]) qelFileAccess;
+    assigned = first;
+    EXPECT_EQ(first.getc(), 'a');
+    EXPECT_EQ(constructed.getc(), 'b');
+    EXPECT_EQ(assigned.getc(), 'c');
+    EXPECT_EQ(constructed.isOpen(), 1);
+}
+
 TEST(qelFileAccess, LosesNoHandles)
 {
     TestFile onDisk(bytes("\xEF\xBB\xBF" "abc\r\n"));
@@ -197,7 +208,7 @@ TEST(qelFileAccess, LosesNoHandles)
         }
     };
     useAll();
-    const DWORD before = openHandles();
+    const int before = openHandles();
     for (int i = 0; i < 50; ++i)
     {
         useAll();

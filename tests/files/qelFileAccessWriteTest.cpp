@@ -179,10 +179,12 @@ TEST(qelFileAccessPuts, WritesLongTextWhole)
 TEST(qelFileAccessPuts, ReturnsTheEndOfFileMarkerOnAStreamThatIsOnlyRead)
 {
     TestFile onDisk(bytes("\xFF\xFE" "a\0"));
-    for (const int encoding : { 0, 1, 2, 3 })
+    EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", qelFileAccess::ANSI).puts(L"text"), EOF);
+    EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", qelFileAccess::UTF8).puts(L"text"), EOF);
+    // The wide call's marker is another one, in some runtimes.
+    for (const qelFileAccess::encodeType encoding : { qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF16LE })
     {
-        const qelFileAccess file(onDisk.path(), L"r", static_cast<qelFileAccess::encodeType>(encoding));
-        const int result = file.puts(L"text");
+        const int result = qelFileAccess(onDisk.path(), L"r", encoding).puts(L"text");
         EXPECT_TRUE(result == EOF || result == static_cast<int>(WEOF)) << encoding << " gave " << result;
     }
     EXPECT_EQ(onDisk.get(), bytes("\xFF\xFE" "a\0"));

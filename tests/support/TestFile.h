@@ -1,4 +1,4 @@
-// A file of one test, made, read and deleted beside the C runtime.
+// Files of one test, made, read and deleted beside the C runtime.
 #ifndef QEL_TEST_FILE_H
 #define QEL_TEST_FILE_H
 
@@ -21,6 +21,23 @@ template <size_t Size> std::string bytes(const char (&text)[Size])
 inline std::string utf16(const std::wstring& text)
 {
     return std::string(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t));
+}
+
+/// The bytes of a file, which may be open for writing.
+inline std::string contentOf(const std::wstring& path)
+{
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+    {
+        return "no such file";
+    }
+    std::string content(GetFileSize(file, nullptr), 0);
+    DWORD got = 0;
+    ReadFile(file, &content[0], static_cast<DWORD>(content.size()), &got, nullptr);
+    CloseHandle(file);
+    content.resize(got);
+    return content;
 }
 
 /// A name in the folder for temporary files; whatever bears it is deleted at the end.
@@ -81,18 +98,7 @@ public:
 
     std::string get() const
     {
-        const HANDLE file = CreateFileW(m_path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                        OPEN_EXISTING, 0, nullptr);
-        if (file == INVALID_HANDLE_VALUE)
-        {
-            return "no such file";
-        }
-        std::string content(GetFileSize(file, nullptr), 0);
-        DWORD got = 0;
-        ReadFile(file, &content[0], static_cast<DWORD>(content.size()), &got, nullptr);
-        CloseHandle(file);
-        content.resize(got);
-        return content;
+        return contentOf(m_path);
     }
 
 private:
