@@ -189,6 +189,15 @@ TEST_F(qelDataSourcesConfigurationFile, IsBelowTheDataFolderByDefault)
     EXPECT_EQ(ask(L"Own"), (Answer{0, L"default file"}));
 }
 
+TEST_F(qelDataSourcesConfigurationFile, IsBelowTheMachinesDataFolderWithoutOneOfTheUser)
+{
+    m_userInstallation.remove(L"DataPath");
+    m_machineInstallation.setText(L"DataPath", m_folder.path(L"shared\\"));
+    m_folder.write(L"shared\\Configuration\\DatabaseConfiguration.xml", element("shared file"));
+    use(L"");
+    EXPECT_EQ(ask(L"Own"), (Answer{0, L"shared file"}));
+}
+
 TEST_F(qelDataSourcesConfigurationFile, ByDefaultIsTheSameAsNamedInFull)
 {
     m_userInstallation.setText(L"DataPath", m_folder.path(L"data"));
@@ -402,6 +411,13 @@ TEST_F(qelDataSourcesAnswer, HasOnlyTheBackslashWithoutDataFolder)
 {
     m_userInstallation.setText(L"DataPath", L"");
     EXPECT_EQ(answerFor("DBQ=a.mdb"), (Answer{1, L"DBQ=\\a.mdb"}));
+}
+
+TEST_F(qelDataSourcesAnswer, HasTheMachinesDataFolderWithoutOneOfTheUser)
+{
+    m_userInstallation.remove(L"DataPath");
+    m_machineInstallation.setText(L"DataPath", L"E:\\Shared\\");
+    EXPECT_EQ(answerFor("DBQ=a.mdb"), (Answer{1, L"DBQ=E:\\Shared\\a.mdb"}));
 }
 
 TEST_F(qelDataSourcesAnswer, FollowsTheDataFolderOfTheMoment)
