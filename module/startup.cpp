@@ -42,7 +42,6 @@ Lasting<qelArray<qelDataSource>> dataSources;
 Lasting<qelArray<qelString>> installedOdbcDrivers;
 } // namespace
 
-const int qelString::kMaxLength;
 wchar_t* qelString::qelStringTempBufferWide = wideScratch;
 char* qelString::qelStringTempBuffer = narrowScratch;
 qelStringRepr* qelString::m_repEmpty =

@@ -1,7 +1,5 @@
 #include "tasks/WorkerGroup.h"
 
-#include "qelArray.h"
-
 using qelTasks::TaskNode;
 using qelTasks::WorkerGroup;
 
@@ -19,15 +17,29 @@ HMODULE thisModule(DWORD flags)
 
 WorkerGroup* WorkerGroup::create(int threadCount, TaskNode** list)
 {
-    // One block for both: the handles stand right behind the group, so that of() finds it.
     const int count = threadCount > 0 ? threadCount : 0;
-    void* block = ::operator new(sizeof(WorkerGroup) + static_cast<size_t>(count) * sizeof(void*));
-    auto* group = new (block, qelPlacement()) WorkerGroup(count, list);
+    auto* group = new (count) WorkerGroup(count, list);
     for (int i = 0; i < count; ++i)
     {
         group->start(group->handles()[i]);
     }
     return group;
+}
+
+// One block for both: the handles stand right behind the group, so that of() finds it.
+void* WorkerGroup::operator new(size_t size, int handleCount)
+{
+    return ::operator new(size + static_cast<size_t>(handleCount) * sizeof(void*));
+}
+
+void WorkerGroup::operator delete(void* block)
+{
+    ::operator delete(block);
+}
+
+void WorkerGroup::operator delete(void* block, int)
+{
+    ::operator delete(block);
 }
 
 WorkerGroup* WorkerGroup::of(void** handles)
@@ -229,7 +241,6 @@ void WorkerGroup::release()
 {
     if (InterlockedDecrement(&m_references) == 0)
     {
-        this->~WorkerGroup();
-        ::operator delete(this);
+        delete this;
     }
 }

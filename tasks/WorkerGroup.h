@@ -56,6 +56,10 @@ private:
     WorkerGroup(int threadCount, TaskNode** list);
     ~WorkerGroup();
 
+    static void* operator new(size_t size, int handleCount);
+    static void operator delete(void* block);
+    static void operator delete(void* block, int handleCount);
+
     static DWORD WINAPI threadMain(void* group);
 
     void start(void*& handle);

@@ -19,7 +19,7 @@ set(subsystems strings files config numbering progress numeric tasks)
 set(offered strings/Text.h strings/CodePage.h module/Module.h)
 
 # The one source that is built on a library of C++.
-set(usesCppLibrary strings/qelRegExWrapper.cpp)
+set(usesCppLibrary strings/PatternSearch.cpp)
 
 set(errors)
 
