@@ -19,3 +19,5 @@ struct Command
 const int kUsageError = 2;
 
 extern const Command sourcesCommand;
+extern const Command numberCommand;
+extern const Command sectionCommand;

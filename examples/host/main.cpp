@@ -6,6 +6,8 @@ namespace
 {
 const Command* const commands[] = {
     &sourcesCommand,
+    &numberCommand,
+    &sectionCommand,
 };
 
 std::wstring usage()
