@@ -4,6 +4,8 @@
 
 #include "qelFileAccess.h"
 
+#include <string.h>
+
 #include <sstream>
 
 namespace
@@ -46,8 +48,9 @@ qelString readText(const std::wstring& file)
         throw Refusal{L"is too long for a part list"};
     }
     qelString text;
-    const size_t units = stream.readFile(text, static_cast<size_t>(bytes));
-    if (units != static_cast<size_t>(text.length()))
+    // What was read is counted in units where there is a mark, else in bytes. A NUL would have ended the text early.
+    const size_t count = stream.readFile(text, static_cast<size_t>(bytes));
+    if (count != static_cast<size_t>(text.length()) && count != strlen(text.getStringA()))
     {
         throw Refusal{L"is no text"};
     }
