@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Sets up a small installation under Wine and lets the example host ask the library for its data sources.
+# Sets up a small installation under Wine and lets the example host ask the library for its data sources, number a part
+# list and print section values.
 set -euo pipefail
 
 # shellcheck source=tools/lib.sh
@@ -12,12 +13,12 @@ usage: demo.sh
 
 Builds the library and its example host for 64-bit Windows, prepares what an installation of the application leaves on
 a machine (registry values, a configuration file, an ODBC driver and database files), and runs the host under Wine: it
-looks up data sources and connects to their databases for real.
+looks up data sources and connects to their databases for real, numbers a part list, and prints section values.
 
   --help     show this text
 
 Installs the packages of tools/packages.txt that are missing (with sudo where need be). Everything else stays in
-build/. Exit status: 0 when every data source came out as it should.
+build/. Exit status: 0 when everything came out as it should.
 END
 }
 
@@ -42,8 +43,9 @@ write_files()
 {
     local folder=$drive/Orvalis/Data
     rm -rf "$drive"
-    mkdir -p "$folder/Catalogs" "$folder/Configuration" "$folder/Kernel/Data" "$drive/Orvalis/Bin"
+    mkdir -p "$folder/Catalogs" "$folder/Configuration" "$folder/Lists" "$folder/Kernel/Data" "$drive/Orvalis/Bin"
     cp "$qel_build/bin/host.exe" "$qel_build/bin/VarnelQELRoots.dll" "$drive/Orvalis/Bin"
+    cp "$qel_source/examples/host/data/parts.csv" "$folder/Lists"
 
     write_database "$folder/Catalogs/PelionProfiles2020.mdb"
     write_database "$folder/Catalogs/SteelGrades.mdb"
@@ -133,6 +135,17 @@ expect()
     unexpected=$((unexpected + 1))
 }
 
+# Whether file $1 has the lines that follow in the arguments, one right behind the other. Columns may be of any width.
+expect_lines()
+{
+    local file=$1
+    shift
+    [[ $'\n'$(tr -s ' ' <"$file")$'\n' != *$'\n'"$(printf '%s\n' "$@")"$'\n'* ]] || return 0
+    echo "unexpected: these lines are not in $file:"
+    printf '  %s\n' "$@"
+    unexpected=$((unexpected + 1))
+}
+
 end_everything_on_exit
 install_packages
 lock_build
@@ -154,6 +167,12 @@ run_host "$demo/utf16.txt" sources "${names[@]}"
 say "host sources, configuration file in UTF-8"
 run_host "$demo/utf8.txt" sources --config "$data\\Configuration\\DatabaseConfigurationUtf8.xml" "${names[@]}"
 
+parts="$data\\Lists\\parts.csv"
+say "host number"
+run_host "$demo/number.txt" number --file "$parts" --limit 12
+say "host section"
+run_host "$demo/section.txt" section --file "$parts" "HEA 200" "IPE 300" "UPN 200" "RO 42.4x3.2"
+
 say "Checking"
 unexpected=0
 expect "$demo/utf16.txt" PelionProfiles2020 1 "connected"
@@ -169,5 +188,11 @@ if ! diff <(grep -v '^Data sources' "$demo/utf16.txt") <(grep -v '^Data sources'
     echo "unexpected: the two configuration files give different tables"
     unexpected=$((unexpected + 1))
 fi
+expect_lines "$demo/number.txt" "A1-S235JR L 40x40x4 180 16 E EN"
+expect_lines "$demo/number.txt" "A9-S235JR L 120x120x12 220 16 CH HS" "A10-S235JR L 150x150x15 1450 8 CU"
+expect_lines "$demo/number.txt" "12 of 99 part numbers"
+expect_lines "$demo/section.txt" "HEA 200 I 190 200 6.5 10 18 135" "IPE 300 I 300 150 7.1 10.7 15 250" \
+    "UPN 200 U 200 75 8.5 11.5 11.5 155" "RO 42.4x3.2 RO 42.4 42.4 3.2 - - -"
 [ "$unexpected" -eq 0 ] || fail "$unexpected of the results are not what they should be"
+echo "Part numbers and section values came out as they should."
 echo "All ${#names[@]} data sources came out as they should, the same with both configuration files."

@@ -7,6 +7,8 @@ namespace
 const Command* const commands[] = {
     &diagnoseCommand,
     &sourcesCommand,
+    &numberCommand,
+    &sectionCommand,
 };
 
 std::wstring usage()
