@@ -1,0 +1,158 @@
+/**
+ * @file
+ * @brief List of texts that crosses module borders.
+ *
+ * @code
+ * qelStringClassArray names;
+ * names.append(L"IPE 300");
+ * names.append(L"HEA 200");
+ * names.sort(qelString::strCompareNoCase);
+ * long at = -1;
+ * if (names.bsearch(L"ipe 300", at, qelString::strCompareNoCase)) { ... }   // at is 1
+ * @endcode
+ *
+ * The list keeps a `qelArray<qelString>` behind one pointer, so its layout never changes for callers; lengths, growth
+ * and storage follow the rules of qelArray.h.
+ *
+ * - **Positions** count from 0 and are not checked where a reference is returned.
+ * - **Comparators** receive pointers to two `qelString` elements and return a negative, zero or positive number, as
+ *   qelString::strCompare() and qelString::strCompareNoCase() do.
+ * - **Ownership**: the list owns its texts and shares none of its storage with another list. References to elements end
+ *   with the next call that changes the storage.
+ * - **Failure**: nothing reports an error; searches return 0 for "not found".
+ * - **Cost**: adding at the end O(1) while slots are spare; inserting, removing and linear searches O(n); sorting
+ *   O(n log n) comparisons, bsearch() O(log n).
+ * - **Threads**: one at a time.
+ */
+#ifndef QEL_STRING_CLASS_ARRAY_H
+#define QEL_STRING_CLASS_ARRAY_H
+
+#include "qelArray.h"
+#include "qelExport.h"
+#include "qelString.h"
+
+/// @brief List of texts; see the head of this file.
+class QEL_API qelStringClassArray
+{
+public:
+    /// Order of two elements, given as pointers to `qelString`.
+    typedef int (*Comparator)(const void*, const void*);
+
+    /// @name Life
+    /// @{
+
+    /// An empty list with `physical` slots made at once and the given step of growth; a step of 0 is replaced by 8.
+    explicit qelStringClassArray(long physical = 0, long grow = 8);
+
+    /// A list of its own with the texts, the length and the step of growth of `other`.
+    qelStringClassArray(const qelStringClassArray& other);
+
+    ~qelStringClassArray();
+
+    /// Takes over the texts, the length and the step of growth of `other`.
+    qelStringClassArray& operator=(const qelStringClassArray& other);
+    /// @}
+
+    /// @name Access
+    /// @{
+    qelString& operator[](long i);
+    const qelString& operator[](long i) const;
+
+    /// A copy of the text at `i`; the empty text where no slot exists.
+    qelString at(long i) const;
+
+    /// The first and the last text; the list must not be empty.
+    qelString& first();
+    const qelString& first() const;
+    qelString& last();
+    const qelString& last() const;
+
+    /// Assigns the text at `i`; a position at or beyond the length makes the length `i + 1`.
+    qelStringClassArray& setAt(long i, const qelString& s);
+
+    /// Assigns `s` to every text in use.
+    qelStringClassArray& setAll(const qelString& s);
+    /// @}
+
+    /// @name Adding and removing
+    /// @{
+
+    /// Adds a text at the end and returns its position.
+    long append(const qelString& s);
+
+    /// Adds all texts of `other`, which may be this list, in order.
+    qelStringClassArray& append(const qelStringClassArray& other);
+
+    /// Inserts before position `i`; later texts move up.
+    qelStringClassArray& insertAt(long i, const qelString& s);
+
+    /// Removes the text at `i`; later texts move down.
+    qelStringClassArray& removeAt(long i);
+
+    /// Removes the first text equal to `s` at or after `start`. 1 when there was one, else 0.
+    int remove(const qelString& s, long start = 0);
+
+    qelStringClassArray& removeFirst();
+
+    /// Shortens the list by one. Not guarded: an empty list then has the length -1 and does not count as empty.
+    qelStringClassArray& removeLast();
+    /// @}
+
+    /// @name Searching
+    /// @{
+
+    /// 1 when a text at or after `start` equals `s`, else 0.
+    int contains(const qelString& s, long start = 0) const;
+
+    /// As contains(); also stores the position of the first one. `index` is left alone when there is none.
+    int find(const qelString& s, long& index, long start = 0) const;
+
+    /// Binary search in a list sorted with the same comparator. 1 and the position, or 0 and -1.
+    int bsearch(const qelString& key, long& index, Comparator compare) const;
+
+    /// Linear search from `start` with a comparator. 1 and the position, or 0 and -1.
+    int lfind(const qelString& key, long& index, Comparator compare, long start = 0) const;
+    /// @}
+
+    /// @name Order
+    /// @{
+
+    /// Sorts all texts in use; equal ones may change places.
+    void sort(Comparator compare);
+
+    /**
+     * Sorts the texts from `from` to `to`, both included. The range is not held against the length, so that it may
+     * reach into spare slots; where it leaves the slots, it is cut to them.
+     */
+    void sort(long from, long to, Comparator compare);
+
+    qelStringClassArray& reverse();
+
+    /// Exchanges two texts; nothing happens where one of the slots does not exist.
+    qelStringClassArray& swap(long i, long j);
+    /// @}
+
+    /// @name Lengths
+    /// As those of qelArray.
+    /// @{
+    long length() const;
+    long logicalLength() const;
+    int isEmpty() const;
+    void setLogicalLength(long n);
+    long physicalLength() const;
+    void setPhysicalLength(long n);
+    long growLength() const;
+
+    /// Takes any value; growing with a step of 0 is a fatal division fault.
+    void setGrowLength(long n);
+    /// @}
+
+private:
+    bool hasSlot(long i) const;
+
+    qelArray<qelString>* m_array; ///< owned, never null
+};
+
+static_assert(sizeof(qelStringClassArray) == 8, "one pointer");
+
+#endif
