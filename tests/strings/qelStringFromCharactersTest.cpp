@@ -21,7 +21,8 @@ Constructor constructor()
     const char* name = "??0qelString@@AEAA@AEBV?$qelArray@_WV?$qelArrayObjectCopyReallocator@_W@@"
                        "V?$qelArrayMemoryController@_W@@@@HH@Z";
 #else
-    const char* name = "_ZN9qelStringC1ERK8qelArrayIw29qelArrayObjectCopyReallocatorIwE24qelArrayMemoryControllerIwEEii";
+    const char* name = "_ZN9qelStringC1ERK8qelArrayIw29qelArrayObjectCopyReallocatorIwE"
+                       "24qelArrayMemoryControllerIwEEii";
 #endif
     const FARPROC found = GetProcAddress(GetModuleHandleW(L"VarnelQELRoots.dll"), name);
     return reinterpret_cast<Constructor>(reinterpret_cast<void*>(found));
