@@ -6,6 +6,9 @@
 
 namespace qelCodePage
 {
+/// The widest character of a code page that the process may have as its own: bytes for one 16-bit unit.
+const size_t kMaxBytesPerUnit = 4;
+
 /// Bytes of the ANSI code page before the terminator, at most as many as the longest text can need; 0 for null.
 inline size_t measure(const char* text)
 {

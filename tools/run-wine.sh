@@ -3,13 +3,16 @@
 set -euo pipefail
 
 if [ "${1:-}" = --help ] || [ $# -eq 0 ]; then
-  echo "usage: run-wine.sh PROGRAM.exe [ARGUMENT ...]"
-  exit 0
+    echo "usage: run-wine.sh PROGRAM.exe [ARGUMENT ...]"
+    echo
+    echo "Runs a program of a build folder (BUILD/bin/PROGRAM.exe) under Wine, in the prefix BUILD/wine or, where it is"
+    echo "set, in WINEPREFIX. Windows need a display: see tools/test.sh."
+    exit 0
 fi
 
+# shellcheck source=tools/lib.sh
+source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+
 build=$(cd "$(dirname "$1")/.." && pwd)
-export WINEPREFIX=${WINEPREFIX:-$build/wine}
-export WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
-export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-winemenubuilder.exe,mscoree,mshtml,winedbg.exe=d}
-export LC_ALL=C.UTF-8
+use_wine_environment "$build" "${WINEPREFIX:-$build/wine}"
 exec wine "$@"

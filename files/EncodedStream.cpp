@@ -1,0 +1,368 @@
+// Reads a file whole behind a stream that translates.
+//
+// What fread delivers on such a stream depends on the runtime, on the mark and on the key: bytes here, 16-bit units
+// there, and text without a mark is taken for what the key says. So the bytes are read beside the stream, through the
+// file handle below it, and translated here, by one rule for all.
+
+#include "files/EncodedStream.h"
+
+#include "files/WorkBuffer.h"
+#include "strings/CodePage.h"
+
+#include <fcntl.h>
+#include <io.h>
+
+namespace
+{
+const unsigned kControlZ = 0x1A;
+const unsigned kReplacement = 0xFFFD;
+
+size_t least(size_t a, size_t b)
+{
+    return a < b ? a : b;
+}
+
+/// The bytes of the file behind a stream, in blocks. The stream's own position is never disturbed.
+class FileBytes
+{
+public:
+    /// No form of a character, a carriage return with its line feed included, takes more bytes.
+    static const size_t kLongest = 4;
+
+    explicit FileBytes(HANDLE file)
+        : m_file(file)
+        , m_size(measure(m_file))
+        , m_block(static_cast<size_t>(m_size < kBlock ? m_size : kBlock))
+        , m_blockStart(0)
+        , m_next(0)
+        , m_end(0)
+        , m_complete(false)
+    {
+    }
+
+    ~FileBytes()
+    {
+        qelText::scrub(m_block.units(), m_block.capacity());
+    }
+
+    FileBytes(const FileBytes&) = delete;
+    FileBytes& operator=(const FileBytes&) = delete;
+
+    /// Bytes in the file.
+    size_t size() const
+    {
+        return static_cast<size_t>(m_size);
+    }
+
+    long long position() const
+    {
+        return m_blockStart + static_cast<long long>(m_next);
+    }
+
+    /// How many bytes stand at next(): kLongest or more, fewer only at the end of the file.
+    size_t available()
+    {
+        if (m_end - m_next < kLongest && !m_complete)
+        {
+            fill();
+        }
+        return m_end - m_next;
+    }
+
+    const unsigned char* next()
+    {
+        return m_block.units() + m_next;
+    }
+
+    void advance(size_t bytes)
+    {
+        m_next += bytes;
+    }
+
+private:
+    static const long long kBlock = 0x10000;
+
+    static long long measure(HANDLE file)
+    {
+        LARGE_INTEGER size;
+        return GetFileSizeEx(file, &size) != 0 ? size.QuadPart : 0;
+    }
+
+    /// Moves what is left to the front of the block and reads behind it.
+    void fill()
+    {
+        const size_t left = m_end - m_next;
+        memmove(m_block.units(), m_block.units() + m_next, left);
+        m_blockStart += static_cast<long long>(m_next);
+        m_next = 0;
+        m_end = left + readAt(m_blockStart + static_cast<long long>(left), m_block.units() + left,
+                              m_block.capacity() - left);
+        m_complete = m_end == left;
+    }
+
+    size_t readAt(long long offset, unsigned char* target, size_t room)
+    {
+        LARGE_INTEGER none;
+        none.QuadPart = 0;
+        LARGE_INTEGER before;
+        if (room == 0 || SetFilePointerEx(m_file, none, &before, FILE_CURRENT) == 0)
+        {
+            return 0;
+        }
+        OVERLAPPED at = {};
+        at.Offset = static_cast<DWORD>(offset & 0xFFFFFFFF);
+        at.OffsetHigh = static_cast<DWORD>(offset >> 32);
+        DWORD got = 0;
+        if (ReadFile(m_file, target, static_cast<DWORD>(room), &got, &at) == 0)
+        {
+            got = 0;
+        }
+        (void)SetFilePointerEx(m_file, before, nullptr, FILE_BEGIN);
+        return got;
+    }
+
+    HANDLE m_file;
+    long long m_size;
+    qelWorkBuffer<unsigned char> m_block;
+    long long m_blockStart; ///< where in the file the block begins
+    size_t m_next;          ///< the next byte, counted in the block
+    size_t m_end;           ///< behind the last byte read into the block
+    bool m_complete;        ///< nothing is left in the file behind the block
+};
+
+// The forms that text has in a file. decode() sets `character` to the first one of `available` bytes and returns the
+// bytes that it takes, 0 when there is none.
+
+struct AnsiBytes
+{
+    typedef char Unit;
+    static const size_t kWidth = 1;
+
+    // Bytes stay bytes here: line ends and the end mark are the same in every code page, and their number is asked for.
+    static size_t decode(const unsigned char* bytes, size_t available, unsigned& character)
+    {
+        if (available == 0)
+        {
+            return 0;
+        }
+        character = bytes[0];
+        return 1;
+    }
+};
+
+struct Utf16
+{
+    typedef wchar_t Unit;
+    static const size_t kWidth = 2;
+
+    static size_t decode(const unsigned char* bytes, size_t available, unsigned& character)
+    {
+        if (available < 2)
+        {
+            return 0;
+        }
+        character = bytes[0] | static_cast<unsigned>(bytes[1]) << 8;
+        return 2;
+    }
+};
+
+struct Utf8
+{
+    typedef wchar_t Unit;
+    static const size_t kWidth = 1;
+
+    // What is not well-formed becomes one replacement character for each longest beginning of a well-formed one.
+    static size_t decode(const unsigned char* bytes, size_t available, unsigned& character)
+    {
+        if (available == 0)
+        {
+            return 0;
+        }
+        const unsigned lead = bytes[0];
+        if (lead < 0x80)
+        {
+            character = lead;
+            return 1;
+        }
+        const size_t length = lead < 0xC2 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 1;
+        // The second byte rules out overlong forms, surrogates and what lies beyond the last character.
+        const unsigned lowest = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+        const unsigned highest = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+        unsigned value = lead & (0x7Fu >> length);
+        size_t good = 1;
+        while (good < length && good < available)
+        {
+            const unsigned trail = bytes[good];
+            if (trail < (good == 1 ? lowest : 0x80) || trail > (good == 1 ? highest : 0xBF))
+            {
+                break;
+            }
+            value = value << 6 | (trail & 0x3F);
+            ++good;
+        }
+        character = length > 1 && good == length ? value : kReplacement;
+        return good;
+    }
+};
+
+/// Takes units one by one; keeps the first ones and counts all.
+template <typename Unit> class Collector
+{
+public:
+    explicit Collector(size_t room)
+        : m_text(room)
+        , m_count(0)
+    {
+    }
+
+    void add(unsigned unit)
+    {
+        if (m_count < m_text.capacity())
+        {
+            m_text.units()[m_count] = static_cast<Unit>(unit);
+        }
+        ++m_count;
+    }
+
+    size_t count() const
+    {
+        return m_count;
+    }
+
+    const Unit* text()
+    {
+        return m_text.end(least(m_count, m_text.capacity()));
+    }
+
+private:
+    qelWorkBuffer<Unit> m_text;
+    size_t m_count;
+};
+
+/// Translates the rest of the file and returns the number of units, at most `maxLength`.
+template <typename Form> size_t translate(FileBytes& bytes, bool textMode, qelString& contents, size_t maxLength)
+{
+    // A unit takes at least as many bytes as its form is wide.
+    const size_t kept = qelText::kCapacity * (sizeof(typename Form::Unit) == 1 ? qelCodePage::kMaxBytesPerUnit : 1);
+    Collector<typename Form::Unit> collector(least(least(maxLength, bytes.size() / Form::kWidth), kept));
+    while (collector.count() < maxLength)
+    {
+        const size_t available = bytes.available();
+        unsigned character = 0;
+        const size_t length = Form::decode(bytes.next(), available, character);
+        if (length == 0 || (textMode && character == kControlZ))
+        {
+            break;
+        }
+        unsigned following = 0;
+        const bool dropped = textMode && character == '\r' &&
+                             Form::decode(bytes.next() + length, available - length, following) != 0 &&
+                             following == '\n';
+        bytes.advance(length);
+        if (dropped)
+        {
+            continue;
+        }
+        if (character <= 0xFFFF)
+        {
+            collector.add(character);
+            continue;
+        }
+        collector.add(0xD7C0 + (character >> 10));
+        if (collector.count() < maxLength)
+        {
+            collector.add(0xDC00 + (character & 0x3FF));
+        }
+    }
+    contents = collector.text();
+    return collector.count();
+}
+
+enum Mark
+{
+    kNoMark,
+    kUtf16Mark,
+    kUtf8Mark
+};
+
+/// Steps over the mark at the start of a file and tells which it is.
+Mark takeMark(FileBytes& bytes)
+{
+    const size_t available = bytes.available();
+    const unsigned char* start = bytes.next();
+    // The bytes of a swapped mark mean the same as the right ones, as in files that are read without a key.
+    if (available >= 2 && ((start[0] == 0xFF && start[1] == 0xFE) || (start[0] == 0xFE && start[1] == 0xFF)))
+    {
+        bytes.advance(2);
+        return kUtf16Mark;
+    }
+    if (available >= 3 && start[0] == 0xEF && start[1] == 0xBB && start[2] == 0xBF)
+    {
+        bytes.advance(3);
+        return kUtf8Mark;
+    }
+    return kNoMark;
+}
+
+/// True unless the stream was opened in a binary mode. The runtime tells it only while changing it.
+bool isTextMode(FILE* stream, bool utf8)
+{
+    const int descriptor = _fileno(stream);
+    const int mode = _setmode(descriptor, _O_BINARY);
+    if (mode == _O_BINARY || mode == -1)
+    {
+        return false;
+    }
+    // One value stands for both translations to Unicode.
+    (void)_setmode(descriptor, mode != _O_WTEXT ? mode : utf8 ? _O_U8TEXT : _O_U16TEXT);
+    return true;
+}
+} // namespace
+
+bool qelEncodedStream::hasKey(qelFileAccess::encodeType encoding)
+{
+    return encoding == qelFileAccess::UNICODE_TEXT || encoding == qelFileAccess::UTF8 ||
+           encoding == qelFileAccess::UTF16LE;
+}
+
+size_t qelEncodedStream::readFile(FILE* stream, qelFileAccess::encodeType encoding, qelString& contents,
+                                  size_t maxLength)
+{
+    const HANDLE file = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+    if (GetFileType(file) != FILE_TYPE_DISK)
+    {
+        contents.empty();
+        return 0;
+    }
+    // Brings what was written into the file and empties the stream's buffer.
+    (void)fseek(stream, 0, SEEK_SET);
+
+    FileBytes bytes(file);
+    const Mark mark = takeMark(bytes);
+    const bool textMode = isTextMode(stream, mark == kUtf8Mark || (mark == kNoMark && encoding == qelFileAccess::UTF8));
+    size_t count = 0;
+    switch (mark)
+    {
+    case kUtf16Mark:
+        count = translate<Utf16>(bytes, textMode, contents, maxLength);
+        break;
+    case kUtf8Mark:
+        count = translate<Utf8>(bytes, textMode, contents, maxLength);
+        break;
+    case kNoMark:
+        count = translate<AnsiBytes>(bytes, textMode, contents, maxLength);
+        break;
+    }
+
+    if (count < maxLength)
+    {
+        // Lets the stream know that the end was met, at an end-of-file character too.
+        (void)fseek(stream, 0, SEEK_END);
+        (void)fgetwc(stream);
+    }
+    else
+    {
+        (void)_fseeki64(stream, bytes.position(), SEEK_SET);
+    }
+    return count;
+}

@@ -1,0 +1,568 @@
+// readFile(), with and without a key in the open mode.
+
+#include "qelFileAccess.h"
+
+#include "support/TestFile.h"
+
+#include <gtest/gtest.h>
+
+#include <stdint.h>
+#include <wchar.h>
+
+using qelTest::bytes;
+using qelTest::TestFile;
+using qelTest::utf16;
+
+namespace
+{
+struct Read
+{
+    size_t count;
+    std::wstring text;
+};
+
+bool operator==(const Read& a, const Read& b)
+{
+    return a.count == b.count && a.text == b.text;
+}
+
+void PrintTo(const Read& read, std::ostream* out)
+{
+    *out << read.count << " units:";
+    for (wchar_t unit : read.text.substr(0, 40))
+    {
+        *out << ' ' << std::hex << static_cast<unsigned>(unit) << std::dec;
+    }
+}
+
+Read readFile(const qelFileAccess& file, size_t maxLength)
+{
+    qelString contents(L"left over");
+    const size_t count = file.readFile(contents, maxLength);
+    return { count, contents.getStringW() };
+}
+
+Read readContent(const std::string& content, const wchar_t* mode, qelFileAccess::encodeType encoding,
+                 size_t maxLength = 1000)
+{
+    TestFile onDisk(content);
+    const qelFileAccess file(onDisk.path(), mode, encoding);
+    EXPECT_EQ(file.isOpen(), 1);
+    return readFile(file, maxLength);
+}
+
+const qelFileAccess::encodeType kKeys[] = { qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF8, qelFileAccess::UTF16LE };
+
+/// The three forms that text has in a file, made from text of the ANSI code page.
+enum Form
+{
+    kUtf16,
+    kUtf8,
+    kPlain
+};
+const Form kForms[] = { kUtf16, kUtf8, kPlain };
+
+std::string inForm(Form form, const std::wstring& text)
+{
+    if (form == kUtf16)
+    {
+        return utf16(L"\xFEFF" + text);
+    }
+    const UINT codePage = form == kUtf8 ? CP_UTF8 : CP_ACP;
+    const int length = static_cast<int>(text.size());
+    std::string result(text.size() * 4, 0);
+    const int made = WideCharToMultiByte(codePage, 0, text.data(), length, &result[0], static_cast<int>(result.size()),
+                                         nullptr, nullptr);
+    result.resize(static_cast<size_t>(made));
+    return form == kUtf8 ? "\xEF\xBB\xBF" + result : result;
+}
+
+/// What the stream itself delivers, character by character.
+std::wstring readCharacters(const qelFileAccess& file)
+{
+    std::wstring text;
+    for (int c = file.getc(); c != static_cast<int>(WEOF); c = file.getc())
+    {
+        text += static_cast<wchar_t>(c);
+    }
+    return text;
+}
+
+TEST(qelFileAccessReadFileWithKey, DeliversTextWholeAndWithoutItsMark)
+{
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        for (const Form form : kForms)
+        {
+            EXPECT_EQ(readContent(inForm(form, L"A\r\n\x00E9\x20AC"), L"r", key), (Read{ 4, L"A\n\x00E9\x20AC" }));
+        }
+        EXPECT_EQ(readContent(inForm(kUtf16, L"\x4E2D\xD83D\xDE00"), L"r", key), (Read{ 3, L"\x4E2D\xD83D\xDE00" }));
+        EXPECT_EQ(readContent(inForm(kUtf8, L"\x4E2D\xD83D\xDE00"), L"r", key), (Read{ 3, L"\x4E2D\xD83D\xDE00" }));
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, TakesASwappedMarkForTheRightOne)
+{
+    // Some runtimes refuse to open such a file with a key.
+    TestFile onDisk(bytes("\xFE\xFF" "A\0B\0"));
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        const qelFileAccess file(onDisk.path(), L"r", key);
+        EXPECT_EQ(readFile(file, 100), (file.isOpen() != 0 ? Read{ 2, L"AB" } : Read{ 0, L"" }));
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, LeavesLineEndsAndEndOfFileCharactersAloneInBinaryModes)
+{
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        for (const Form form : kForms)
+        {
+            EXPECT_EQ(readContent(inForm(form, L"A\r\n\x1A\x20AC"), L"rb", key), (Read{ 5, L"A\r\n\x1A\x20AC" }));
+        }
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, TranslatesLineEndsTheSameInAllForms)
+{
+    const struct
+    {
+        const wchar_t* inFile;
+        Read read;
+    } cases[] = {
+        { L"\r\n", { 1, L"\n" } },
+        { L"\r", { 1, L"\r" } },
+        { L"\n", { 1, L"\n" } },
+        { L"a\rb", { 3, L"a\rb" } },
+        { L"a\r", { 2, L"a\r" } },
+        { L"\r\r\n", { 2, L"\r\n" } },
+        { L"\n\r", { 2, L"\n\r" } },
+        { L"\r\n\r\n", { 2, L"\n\n" } },
+        { L"\n\r\n\r", { 3, L"\n\n\r" } },
+        { L"a\r\r\r\n\nb", { 6, L"a\r\r\n\nb" } },
+    };
+    for (const auto& item : cases)
+    {
+        for (const qelFileAccess::encodeType key : kKeys)
+        {
+            for (const Form form : kForms)
+            {
+                EXPECT_EQ(readContent(inForm(form, item.inFile), L"r", key), item.read) << form;
+            }
+        }
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, EndsAtAnEndOfFileCharacter)
+{
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        for (const Form form : kForms)
+        {
+            EXPECT_EQ(readContent(inForm(form, L"ab\x1A" L"cd"), L"r", key), (Read{ 2, L"ab" }));
+            EXPECT_EQ(readContent(inForm(form, L"\r\x1A"), L"r", key), (Read{ 1, L"\r" }));
+            EXPECT_EQ(readContent(inForm(form, L"\x1A"), L"r", key), (Read{ 0, L"" }));
+        }
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, CountsUnitsBehindAZeroThatEndsTheText)
+{
+    for (const Form form : kForms)
+    {
+        EXPECT_EQ(readContent(inForm(form, std::wstring(L"ab\0cd", 5)), L"r", qelFileAccess::UNICODE_TEXT),
+                  (Read{ 5, L"ab" }));
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, ReadsShortAndMalformedFiles)
+{
+    const struct
+    {
+        std::string inFile;
+        Read read;
+    } cases[] = {
+        { bytes(""), { 0, L"" } },
+        { bytes("A"), { 1, L"A" } },
+        { bytes("AB"), { 2, L"AB" } },
+        { bytes("ABC"), { 3, L"ABC" } },
+        { bytes("ABCD"), { 4, L"ABCD" } },
+        { bytes("ABCDE"), { 5, L"ABCDE" } },
+        { bytes("ab\xEF\xBB\xBF"), { 5, L"ab\x00EF\x00BB\x00BF" } },
+        // Marks without text and halves of marks.
+        { bytes("\xFF"), { 1, L"\x00FF" } },
+        { bytes("\xFF\xFE"), { 0, L"" } },
+        { bytes("\xEF"), { 1, L"\x00EF" } },
+        { bytes("\xEF\xBB"), { 2, L"\x00EF\x00BB" } },
+        { bytes("\xEF\xBB\xBF"), { 0, L"" } },
+        { bytes("\xEF\xBB\xBE"), { 3, L"\x00EF\x00BB\x00BE" } },
+        { bytes("\xFF\xFF" "A"), { 3, L"\x00FF\x00FF" L"A" } },
+        // A second mark is text.
+        { bytes("\xFF\xFE\xFF\xFE" "A\0"), { 2, L"\xFEFF" L"A" } },
+        { bytes("\xEF\xBB\xBF\xEF\xBB\xBF" "A"), { 2, L"\xFEFF" L"A" } },
+        // Odd numbers of bytes: half a unit is none.
+        { bytes("\xFF\xFE" "A"), { 0, L"" } },
+        { bytes("\xFF\xFE" "A\0B"), { 1, L"A" } },
+        { bytes("\xFF\xFE\r\0\n"), { 1, L"\r" } },
+        // Surrogates of UTF-16 stay as they are.
+        { bytes("\xFF\xFE\x00\xD8" "A\0"), { 2, L"\xD800" L"A" } },
+        { bytes("\xFF\xFE\x00\xDC\x00\xD8"), { 2, L"\xDC00\xD800" } },
+        // UTF-8: bytes that can start nothing.
+        { bytes("\xEF\xBB\xBF\xFF" "A"), { 2, L"\xFFFD" L"A" } },
+        { bytes("\xEF\xBB\xBF\x80\xBF"), { 2, L"\xFFFD\xFFFD" } },
+        { bytes("\xEF\xBB\xBF\xC0\x80"), { 2, L"\xFFFD\xFFFD" } },
+        { bytes("\xEF\xBB\xBF\xC1\xBF"), { 2, L"\xFFFD\xFFFD" } },
+        { bytes("\xEF\xBB\xBF\xF5\x80"), { 2, L"\xFFFD\xFFFD" } },
+        // UTF-8: characters that break off.
+        { bytes("\xEF\xBB\xBF\xC3"), { 1, L"\xFFFD" } },
+        { bytes("\xEF\xBB\xBF\xC3("), { 2, L"\xFFFD(" } },
+        { bytes("\xEF\xBB\xBF\xE2\x82"), { 1, L"\xFFFD" } },
+        { bytes("\xEF\xBB\xBF\xE2\x82" "A"), { 2, L"\xFFFD" L"A" } },
+        { bytes("\xEF\xBB\xBF\xF0\x9F\x98"), { 1, L"\xFFFD" } },
+        { bytes("\xEF\xBB\xBF\xF0\x9F\x98\xC3\xA9"), { 2, L"\xFFFD\x00E9" } },
+        { bytes("\xEF\xBB\xBF\xC3\r\n"), { 2, L"\xFFFD\n" } },
+        // UTF-8: overlong forms, surrogates, beyond the last character, and the limits of each length.
+        { bytes("\xEF\xBB\xBF\xE0\x9F\xBF"), { 3, L"\xFFFD\xFFFD\xFFFD" } },
+        { bytes("\xEF\xBB\xBF\xF0\x8F\xBF\xBF"), { 4, L"\xFFFD\xFFFD\xFFFD\xFFFD" } },
+        { bytes("\xEF\xBB\xBF\xED\xA0\x80"), { 3, L"\xFFFD\xFFFD\xFFFD" } },
+        { bytes("\xEF\xBB\xBF\xF4\x90\x80\x80"), { 4, L"\xFFFD\xFFFD\xFFFD\xFFFD" } },
+        { bytes("\xEF\xBB\xBF\x7F\xC2\x80\xDF\xBF"), { 3, L"\x007F\x0080\x07FF" } },
+        { bytes("\xEF\xBB\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF"), { 4, L"\x0800\xD7FF\xE000\xFFFF" } },
+        { bytes("\xEF\xBB\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"), { 4, L"\xD800\xDC00\xDBFF\xDFFF" } },
+    };
+    for (const auto& item : cases)
+    {
+        for (const qelFileAccess::encodeType key : kKeys)
+        {
+            EXPECT_EQ(readContent(item.inFile, L"r", key), item.read)
+                << "key " << key << ", case " << &item - &cases[0];
+        }
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, AgreesWithWhatTheStreamDelivers)
+{
+    unsigned seed = 20;
+    for (int round = 0; round < 100; ++round)
+    {
+        std::wstring text;
+        seed = seed * 1664525 + 1013904223;
+        const size_t length = seed >> 8 & 0x3F;
+        for (size_t i = 0; i < length; ++i)
+        {
+            seed = seed * 1664525 + 1013904223;
+            text += L"a\r\n\x00E9\x4E2D\r\n\n"[seed >> 16 & 7];
+        }
+        for (const Form form : { kUtf16, kUtf8 })
+        {
+            TestFile onDisk(inForm(form, text));
+            const qelFileAccess characters(onDisk.path(), L"r", qelFileAccess::UNICODE_TEXT);
+            const std::wstring expected = readCharacters(characters);
+            const qelFileAccess whole(onDisk.path(), L"r", qelFileAccess::UNICODE_TEXT);
+            EXPECT_EQ(readFile(whole, 1000), (Read{ expected.size(), expected })) << round;
+        }
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, IsTheSameWhereverTheBlocksEnd)
+{
+    for (size_t filler = 65520; filler < 65540; ++filler)
+    {
+        for (const Form form : kForms)
+        {
+            const std::wstring front(form == kUtf16 ? filler / 2 : filler, L'x');
+            const wchar_t* tail = form == kPlain ? L"\r\n\x20AC\r\n" : L"\r\n\xD83D\xDE00\x20AC\r\n";
+            const wchar_t* read = form == kPlain ? L"\n\x20AC\n" : L"\n\xD83D\xDE00\x20AC\n";
+            const std::wstring expected = front + read;
+            EXPECT_EQ(readContent(inForm(form, front + tail), L"r", qelFileAccess::UTF8, 100000),
+                      (Read{ expected.size(), expected }))
+                << filler << ' ' << form;
+        }
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, CutsAtMaxLength)
+{
+    for (const Form form : kForms)
+    {
+        const std::string content = inForm(form, L"a\r\n\r\nb\x00E9");
+        const qelFileAccess::encodeType key = qelFileAccess::UNICODE_TEXT;
+        EXPECT_EQ(readContent(content, L"r", key, 0), (Read{ 0, L"" }));
+        EXPECT_EQ(readContent(content, L"r", key, 1), (Read{ 1, L"a" }));
+        EXPECT_EQ(readContent(content, L"r", key, 2), (Read{ 2, L"a\n" }));
+        EXPECT_EQ(readContent(content, L"r", key, 3), (Read{ 3, L"a\n\n" }));
+        EXPECT_EQ(readContent(content, L"r", key, 4), (Read{ 4, L"a\n\nb" }));
+        EXPECT_EQ(readContent(content, L"r", key, 5), (Read{ 5, L"a\n\nb\x00E9" }));
+        EXPECT_EQ(readContent(content, L"r", key, SIZE_MAX), (Read{ 5, L"a\n\nb\x00E9" }));
+    }
+    EXPECT_EQ(readContent(inForm(kUtf8, L"\xD83D\xDE00"), L"r", qelFileAccess::UTF8, 1), (Read{ 1, L"\xD83D" }));
+    EXPECT_EQ(readContent(inForm(kUtf16, L"\xD83D\xDE00"), L"r", qelFileAccess::UTF8, 1), (Read{ 1, L"\xD83D" }));
+}
+
+TEST(qelFileAccessReadFileWithKey, GoesOnBehindWhatWasRead)
+{
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        for (const Form form : { kUtf16, kUtf8 })
+        {
+            TestFile onDisk(inForm(form, L"a\r\n\x00E9\r\n\x20AC\r\n"));
+            const qelFileAccess file(onDisk.path(), L"r", key);
+            EXPECT_EQ(readFile(file, 2), (Read{ 2, L"a\n" }));
+            EXPECT_EQ(file.eof(), 0);
+            qelString line;
+            EXPECT_STREQ(file.getStringW(line, 100).getStringW(), L"\x00E9\n");
+            EXPECT_EQ(readCharacters(file), L"\x20AC\n");
+        }
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, MeetsTheEndOfTheFileWhenItAsksForMore)
+{
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        for (const Form form : kForms)
+        {
+            for (const wchar_t* text : { L"ab", L"ab\x1A" L"cd" })
+            {
+                TestFile onDisk(inForm(form, text));
+                const qelFileAccess file(onDisk.path(), L"r", key);
+                EXPECT_EQ(readFile(file, 2).count, 2u);
+                EXPECT_EQ(file.eof(), 0);
+                EXPECT_EQ(readFile(file, 3).count, 2u);
+                EXPECT_NE(file.eof(), 0);
+            }
+        }
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, ReadsTheWholeFileFromAnyPosition)
+{
+    for (const Form form : kForms)
+    {
+        TestFile onDisk(inForm(form, L"one\r\ntwo\r\n"));
+        qelFileAccess file(onDisk.path(), L"r", qelFileAccess::UNICODE_TEXT);
+        qelString line;
+        file.getStringW(line, 100);
+        EXPECT_EQ(readFile(file, 100), (Read{ 8, L"one\ntwo\n" }));
+        EXPECT_EQ(readFile(file, 100), (Read{ 8, L"one\ntwo\n" }));
+        EXPECT_GT(file.getFileLength(), 0);
+        EXPECT_EQ(readFile(file, 100), (Read{ 8, L"one\ntwo\n" }));
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, KeepsTheTranslationOfTheStream)
+{
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        TestFile onDisk(inForm(kUtf8, L"ab"));
+        {
+            qelFileAccess file(onDisk.path(), L"r+", key);
+            EXPECT_EQ(readFile(file, 100), (Read{ 2, L"ab" }));
+            EXPECT_EQ(file.seek(0, 2), 0);
+            EXPECT_EQ(file.write(L"\x00E9\n"), 2);
+        }
+        EXPECT_EQ(onDisk.get(), bytes("\xEF\xBB\xBF" "ab\xC3\xA9\r\n"));
+    }
+    for (const qelFileAccess::encodeType key : { qelFileAccess::UTF8, qelFileAccess::UTF16LE })
+    {
+        TestFile onDisk(bytes("ab"));
+        {
+            qelFileAccess file(onDisk.path(), L"r+", key);
+            EXPECT_EQ(readFile(file, 100), (Read{ 2, L"ab" }));
+            EXPECT_EQ(file.seek(0, 2), 0);
+            EXPECT_EQ(file.write(L"\x00E9"), 1);
+        }
+        EXPECT_EQ(onDisk.get(), key == qelFileAccess::UTF8 ? bytes("ab\xC3\xA9") : bytes("ab\xE9\0"));
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, SeesWhatTheSameStreamWrote)
+{
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        TestFile onDisk;
+        const qelFileAccess file(onDisk.path(), L"w+", key);
+        EXPECT_GE(file.puts(L"one\n\x00E9"), 0);
+        EXPECT_EQ(readFile(file, 100), (Read{ 5, L"one\n\x00E9" }));
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, GivesNothingFromWhatCannotBeReadAsAFile)
+{
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        TestFile onDisk;
+        const qelFileAccess onlyWritten(onDisk.path(), L"w", key);
+        EXPECT_EQ(readFile(onlyWritten, 100).text, L"");
+        const qelFileAccess device(L"NUL", L"r", key);
+        EXPECT_EQ(readFile(device, 100), (Read{ 0, L"" }));
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, ReadsAFileByItsLengthInBytes)
+{
+    const std::wstring text = L"<Orvalis>\r\n<DataSource Name=\"\x00E9\"/>\r\n</Orvalis>\r\n";
+    std::wstring expected = text;
+    for (size_t at = expected.find(L'\r'); at != std::wstring::npos; at = expected.find(L'\r'))
+    {
+        expected.erase(at, 1);
+    }
+    for (const Form form : kForms)
+    {
+        TestFile onDisk(inForm(form, text));
+        qelFileAccess file(onDisk.path(), L"r", qelFileAccess::UNICODE_TEXT);
+        const long length = file.getFileLength();
+        ASSERT_GT(length, 0);
+        EXPECT_EQ(readFile(file, static_cast<size_t>(length)), (Read{ expected.size(), expected }));
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, CutsTextAtItsGreatestLengthAndCountsOn)
+{
+    for (const size_t length : { 524287u, 524288u, 524289u, 1200000u })
+    {
+        std::wstring text(length, L'x');
+        text[524286] = L'y';
+        const std::wstring kept = text.substr(0, 524288);
+        for (const Form form : kForms)
+        {
+            EXPECT_EQ(readContent(inForm(form, text), L"r", qelFileAccess::UNICODE_TEXT, SIZE_MAX),
+                      (Read{ length, kept }));
+        }
+    }
+}
+
+TEST(qelFileAccessReadFile, ReadsUtf16BehindEitherMark)
+{
+    for (const wchar_t* mode : { L"r", L"rb" })
+    {
+        EXPECT_EQ(readContent(bytes("\xFF\xFE" "A\0B\0"), mode, qelFileAccess::ANSI), (Read{ 2, L"AB" }));
+        EXPECT_EQ(readContent(bytes("\xFE\xFF" "A\0B\0"), mode, qelFileAccess::ANSI), (Read{ 2, L"AB" }));
+        EXPECT_EQ(readContent(bytes("\xFE\xFF" "A\0B\0"), mode, static_cast<qelFileAccess::encodeType>(7)),
+                  (Read{ 2, L"AB" }));
+    }
+}
+
+// Deliberate: the UTF-8 mark is looked for at offset 2, and UTF-16 follows it.
+TEST(qelFileAccessReadFile, ReadsUtf16BehindAUtf8MarkAtOffsetTwo)
+{
+    EXPECT_EQ(readContent(bytes("ab\xEF\xBB\xBF") + utf16(L"A\x4E2D"), L"rb", qelFileAccess::ANSI),
+              (Read{ 2, L"A\x4E2D" }));
+    EXPECT_EQ(readContent(bytes("ab\xEF\xBB\xBF"), L"rb", qelFileAccess::ANSI), (Read{ 0, L"" }));
+}
+
+// Deliberate: at offset 0 the UTF-8 mark is text like any other.
+TEST(qelFileAccessReadFile, ReadsAUtf8MarkAtTheStartAsText)
+{
+    EXPECT_EQ(readContent(bytes("\xEF\xBB\xBFxyz"), L"rb", qelFileAccess::ANSI),
+              (Read{ 6, L"\x00EF\x00BB\x00BFxyz" }));
+}
+
+TEST(qelFileAccessReadFile, ReadsOtherFilesThroughTheAnsiCodePage)
+{
+    EXPECT_EQ(readContent(bytes("a\xE9\x80\r\n"), L"rb", qelFileAccess::ANSI), (Read{ 5, L"a\x00E9\x20AC\r\n" }));
+    EXPECT_EQ(readContent(bytes("a\xE9\x80\r\n"), L"r", qelFileAccess::ANSI), (Read{ 4, L"a\x00E9\x20AC\n" }));
+    EXPECT_EQ(readContent(bytes("ab\0cd"), L"rb", qelFileAccess::ANSI), (Read{ 5, L"ab" }));
+}
+
+TEST(qelFileAccessReadFile, ReadsShortAndMalformedFiles)
+{
+    const struct
+    {
+        std::string inFile;
+        Read read;
+    } cases[] = {
+        { bytes(""), { 0, L"" } },
+        { bytes("a"), { 1, L"a" } },
+        { bytes("ab"), { 2, L"ab" } },
+        { bytes("abc"), { 3, L"abc" } },
+        { bytes("abcd"), { 4, L"abcd" } },
+        { bytes("abcde"), { 5, L"abcde" } },
+        { bytes("\xFF"), { 1, L"\x00FF" } },
+        { bytes("\xFF\xFE"), { 0, L"" } },
+        { bytes("\xFE\xFF"), { 0, L"" } },
+        { bytes("\xFF\xFF"), { 2, L"\x00FF\x00FF" } },
+        { bytes("\xFF\xFE" "A"), { 0, L"" } },
+        { bytes("\xFF\xFE" "A\0B"), { 1, L"A" } },
+        { bytes("\xFF\xFE\x00\xDC\x00\xD8"), { 2, L"\xDC00\xD800" } },
+        { bytes("\xFF\xFE" "A\0\0\0B\0"), { 3, L"A" } },
+        { bytes("ab\xEF\xBB"), { 4, L"ab\x00EF\x00BB" } },
+        { bytes("ab\xEF\xBB\xBE"), { 5, L"ab\x00EF\x00BB\x00BE" } },
+        { bytes("ab\xEF\xBB\xBF" "A"), { 0, L"" } },
+        { bytes("a\xEF\xBB\xBF" "A"), { 5, L"a\x00EF\x00BB\x00BF" L"A" } },
+    };
+    for (const auto& item : cases)
+    {
+        EXPECT_EQ(readContent(item.inFile, L"rb", qelFileAccess::ANSI), item.read) << "case " << &item - &cases[0];
+    }
+}
+
+TEST(qelFileAccessReadFile, CutsAtMaxLength)
+{
+    EXPECT_EQ(readContent(bytes("0123456789"), L"rb", qelFileAccess::ANSI, 4), (Read{ 4, L"0123" }));
+    EXPECT_EQ(readContent(bytes("0123456789"), L"rb", qelFileAccess::ANSI, 10), (Read{ 10, L"0123456789" }));
+    EXPECT_EQ(readContent(bytes("0123456789"), L"rb", qelFileAccess::ANSI, 0), (Read{ 0, L"" }));
+    EXPECT_EQ(readContent(bytes("0123456789"), L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{ 10, L"0123456789" }));
+    EXPECT_EQ(readContent(bytes("\xFF\xFE" "A\0B\0"), L"rb", qelFileAccess::ANSI, 1), (Read{ 1, L"A" }));
+    EXPECT_EQ(readContent(bytes("\xFF\xFE" "A\0B\0"), L"rb", qelFileAccess::ANSI, 0), (Read{ 0, L"" }));
+    EXPECT_EQ(readContent(bytes("\xFF\xFE" "A\0B\0"), L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{ 2, L"AB" }));
+    EXPECT_EQ(readContent(bytes("ab\xEF\xBB\xBF" "A\0B\0"), L"rb", qelFileAccess::ANSI, 1), (Read{ 1, L"A" }));
+}
+
+TEST(qelFileAccessReadFile, CountsOffsetsFromTheCurrentPosition)
+{
+    TestFile marked(bytes("xyz\xFF\xFE" "A\0"));
+    const qelFileAccess first(marked.path(), L"rb", qelFileAccess::ANSI);
+    EXPECT_EQ(first.seek(3, 0), 0);
+    EXPECT_EQ(readFile(first, 100), (Read{ 1, L"A" }));
+
+    TestFile odd(bytes("xyzab\xEF\xBB\xBF" "A\0"));
+    const qelFileAccess second(odd.path(), L"rb", qelFileAccess::ANSI);
+    EXPECT_EQ(second.seek(3, 0), 0);
+    EXPECT_EQ(readFile(second, 100), (Read{ 1, L"A" }));
+}
+
+TEST(qelFileAccessReadFile, GoesBackToTheStartOfTheFileWhenThereIsNoMark)
+{
+    TestFile onDisk(bytes("abcdefgh"));
+    const qelFileAccess file(onDisk.path(), L"rb", qelFileAccess::ANSI);
+    EXPECT_EQ(file.seek(3, 0), 0);
+    EXPECT_EQ(readFile(file, 100), (Read{ 8, L"abcdefgh" }));
+    EXPECT_NE(file.eof(), 0);
+}
+
+TEST(qelFileAccessReadFile, GoesOnBehindWhatWasRead)
+{
+    TestFile onDisk(bytes("\xFF\xFE" "A\0B\0"));
+    const qelFileAccess file(onDisk.path(), L"rb", qelFileAccess::ANSI);
+    EXPECT_EQ(readFile(file, 1), (Read{ 1, L"A" }));
+    char unit[2] = {};
+    EXPECT_EQ(file.read(unit, 1, 2), 2u);
+    EXPECT_EQ(unit[0], 'B');
+}
+
+TEST(qelFileAccessReadFile, CutsTextAtItsGreatestLengthAndCountsOn)
+{
+    for (const size_t length : { 524287u, 524288u, 524289u, 1200001u })
+    {
+        std::wstring text(length, L'x');
+        text[524286] = L'y';
+        const std::wstring kept = text.substr(0, 524288);
+        const std::string wide = utf16(text);
+        EXPECT_EQ(readContent("\xFF\xFE" + wide, L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{ length, kept }));
+        EXPECT_EQ(readContent("ab\xEF\xBB\xBF" + wide, L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{ length, kept }));
+        EXPECT_EQ(readContent("\xFF\xFE" + wide, L"rb", qelFileAccess::ANSI, 524290),
+                  (Read{ length < 524290 ? length : 524290, kept }));
+        EXPECT_EQ(readContent(inForm(kPlain, text), L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{ length, kept }));
+    }
+}
+
+TEST(qelFileAccessReadFile, CountsAllBytesOfAFileFarBeyondTheLongestText)
+{
+    const std::string content(2500000, 'x');
+    const std::wstring kept(524288, L'x');
+    EXPECT_EQ(readContent(content, L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{ 2500000, kept }));
+    EXPECT_EQ(readContent(content, L"rb", qelFileAccess::ANSI, 2400000), (Read{ 2400000, kept }));
+    EXPECT_EQ(readContent(content, L"r", qelFileAccess::UTF8, 2400000), (Read{ 2400000, kept }));
+}
+} // namespace

@@ -1,0 +1,305 @@
+// Reading of bytes, lines, tokens and characters.
+
+#include "qelFileAccess.h"
+
+#include "support/TestFile.h"
+
+#include <gtest/gtest.h>
+
+#include <stdint.h>
+#include <wchar.h>
+
+#include <vector>
+
+using qelTest::bytes;
+using qelTest::TestFile;
+using qelTest::utf16;
+
+namespace
+{
+const qelFileAccess::encodeType kAll[] = { qelFileAccess::ANSI, qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF8,
+                                           qelFileAccess::UTF16LE };
+
+/// `text` in the form that a new file of this encoding has.
+std::string encoded(qelFileAccess::encodeType encoding, const std::string& text)
+{
+    switch (encoding)
+    {
+    case qelFileAccess::UTF8:
+        return "\xEF\xBB\xBF" + text;
+    case qelFileAccess::ANSI:
+        return text;
+    default:
+        return utf16(L"\xFEFF" + std::wstring(text.begin(), text.end()));
+    }
+}
+
+std::vector<std::wstring> lines(const std::string& content, qelFileAccess::encodeType encoding, int maxCount)
+{
+    TestFile onDisk(content);
+    const qelFileAccess file(onDisk.path(), L"r", encoding);
+    std::vector<std::wstring> result;
+    while (file.eof() == 0 && result.size() < 20)
+    {
+        qelString line(L"left over");
+        const qelString copy = file.getStringW(line, maxCount);
+        EXPECT_TRUE(copy == line);
+        result.push_back(line.getStringW());
+    }
+    return result;
+}
+
+typedef std::vector<std::wstring> Lines;
+
+TEST(qelFileAccessRead, ReadsBytesAndElements)
+{
+    TestFile onDisk(bytes("0123456789"));
+    const qelFileAccess file(onDisk.path(), L"rb", qelFileAccess::ANSI);
+    char buffer[12] = {};
+    EXPECT_EQ(file.read(buffer, 4, 1), 1u);
+    EXPECT_EQ(std::string(buffer, 4), "0123");
+    EXPECT_EQ(file.read(buffer, 4, 3), 1u);
+    EXPECT_EQ(std::string(buffer, 6), "456789");
+}
+
+TEST(qelFileAccessRead, ReturnsZeroWhereThereIsNothingToReadInto)
+{
+    TestFile onDisk(bytes("0123456789"));
+    const qelFileAccess file(onDisk.path(), L"rb", qelFileAccess::ANSI);
+    char buffer[4] = {};
+    EXPECT_EQ(file.read(nullptr, 1, 4), 0u);
+    EXPECT_EQ(file.read(buffer, 0, 4), 0u);
+    EXPECT_EQ(file.read(buffer, 4, 0), 0u);
+    EXPECT_EQ(file.read(buffer, SIZE_MAX / 2, 3), 0u);
+    EXPECT_EQ(file.read(buffer, 1, 1), 1u);
+    EXPECT_EQ(buffer[0], '0');
+}
+
+TEST(qelFileAccessRead, NeverReturnsMoreThanAskedFor)
+{
+    // Some runtimes return -1 at an end-of-file character.
+    TestFile onDisk(bytes("\xEF\xBB\xBF\x1A" "abc"));
+    const qelFileAccess file(onDisk.path(), L"r", qelFileAccess::UTF8);
+    char buffer[4] = {};
+    EXPECT_EQ(file.read(buffer, 1, 4), 0u);
+}
+
+TEST(qelFileAccessLines, KeepsTheLineFeedAndTranslatesLineEnds)
+{
+    for (const qelFileAccess::encodeType encoding : kAll)
+    {
+        EXPECT_EQ(lines(encoded(encoding, "one\r\n\r\ntwo\nend"), encoding, 100),
+                  (Lines{ L"one\n", L"\n", L"two\n", L"end" }));
+    }
+}
+
+TEST(qelFileAccessLines, GivesAnEmptyLineAtTheEnd)
+{
+    for (const qelFileAccess::encodeType encoding : kAll)
+    {
+        EXPECT_EQ(lines(encoded(encoding, "one\r\n"), encoding, 100), (Lines{ L"one\n", L"" }));
+        EXPECT_EQ(lines("", encoding, 100), (Lines{ L"" }));
+    }
+}
+
+TEST(qelFileAccessLines, CountsTheTerminatorInMaxCount)
+{
+    for (const qelFileAccess::encodeType encoding : kAll)
+    {
+        EXPECT_EQ(lines(encoded(encoding, "abcde\r\n"), encoding, 4), (Lines{ L"abc", L"de\n", L"" }));
+        EXPECT_EQ(lines(encoded(encoding, "ab"), encoding, 2), (Lines{ L"a", L"b", L"" }));
+    }
+}
+
+TEST(qelFileAccessLines, ReadsNothingForAMaxCountBelowTwo)
+{
+    for (const qelFileAccess::encodeType encoding : kAll)
+    {
+        TestFile onDisk(encoded(encoding, "abc"));
+        const qelFileAccess file(onDisk.path(), L"r", encoding);
+        for (const int maxCount : { 1, 0, -1, INT32_MIN })
+        {
+            qelString line(L"left over");
+            EXPECT_EQ(file.getStringW(line, maxCount).isEmpty(), 1);
+            EXPECT_EQ(line.isEmpty(), 1);
+        }
+        qelString line;
+        EXPECT_STREQ(file.getStringW(line, 100).getStringW(), L"abc");
+    }
+}
+
+TEST(qelFileAccessLines, CutsLongLinesAtTheLineBuffer)
+{
+    const std::string content = std::string(600, 'x') + "\r\n";
+    for (const int maxCount : { 512, 513, 100000, INT32_MAX })
+    {
+        for (const qelFileAccess::encodeType encoding : { qelFileAccess::ANSI, qelFileAccess::UTF8 })
+        {
+            EXPECT_EQ(lines(encoded(encoding, content), encoding, maxCount),
+                      (Lines{ std::wstring(511, 'x'), std::wstring(89, 'x') + L"\n", L"" }));
+        }
+        for (const qelFileAccess::encodeType encoding : { qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF16LE })
+        {
+            EXPECT_EQ(lines(encoded(encoding, content), encoding, maxCount),
+                      (Lines{ std::wstring(255, 'x'), std::wstring(255, 'x'), std::wstring(90, 'x') + L"\n", L"" }));
+        }
+    }
+}
+
+TEST(qelFileAccessLines, ConvertsFromTheAnsiCodePage)
+{
+    EXPECT_EQ(lines(bytes("\xE9\x80\n"), qelFileAccess::ANSI, 100), (Lines{ L"\x00E9\x20AC\n", L"" }));
+    EXPECT_EQ(lines(bytes("\xE9\x80\n"), static_cast<qelFileAccess::encodeType>(7), 100),
+              (Lines{ L"\x00E9\x20AC\n", L"" }));
+}
+
+// Deliberate: UTF8 takes the 8-bit path, so lines carry no more than the ANSI code page has.
+TEST(qelFileAccessLines, KeepsOfUtf8WhatTheAnsiCodePageHas)
+{
+    EXPECT_EQ(lines(bytes("\xEF\xBB\xBF\xC3\xA9\xE2\x82\xAC\xE4\xB8\xAD!\n"), qelFileAccess::UTF8, 100),
+              (Lines{ L"\x00E9\x20AC?!\n", L"" }));
+    EXPECT_EQ(lines(bytes("\xC3\xA9"), qelFileAccess::UTF8, 100), (Lines{ L"\x00E9" }));
+}
+
+TEST(qelFileAccessLines, ReadsWideTextWhole)
+{
+    const std::string content = utf16(L"\xFEFF\x4E2D\xD83D\xDE00\r\n");
+    EXPECT_EQ(lines(content, qelFileAccess::UNICODE_TEXT, 100), (Lines{ L"\x4E2D\xD83D\xDE00\n", L"" }));
+    EXPECT_EQ(lines(content, qelFileAccess::UTF16LE, 100), (Lines{ L"\x4E2D\xD83D\xDE00\n", L"" }));
+    EXPECT_EQ(lines(bytes("\xEF\xBB\xBF\xE4\xB8\xAD\r\n"), qelFileAccess::UNICODE_TEXT, 100),
+              (Lines{ L"\x4E2D\n", L"" }));
+}
+
+TEST(qelFileAccessLines, EndsAtAnEndOfFileCharacter)
+{
+    for (const qelFileAccess::encodeType encoding : kAll)
+    {
+        EXPECT_EQ(lines(encoded(encoding, "ab\x1A" "cd\n"), encoding, 100), (Lines{ L"ab" }));
+    }
+}
+
+TEST(qelFileAccessLines, GivesBackWhatPutsWrote)
+{
+    for (const qelFileAccess::encodeType encoding : kAll)
+    {
+        TestFile onDisk;
+        qelFileAccess(onDisk.path(), L"w", encoding).puts(L"\x00E9\x20AC-text\nsecond");
+        const qelFileAccess file(onDisk.path(), L"r", encoding);
+        qelString line;
+        EXPECT_STREQ(file.getStringW(line, 100).getStringW(), L"\x00E9\x20AC-text\n");
+        EXPECT_STREQ(file.getStringW(line, 100).getStringW(), L"second");
+    }
+}
+
+TEST(qelFileAccessLines, GivesAnEmptyLineOnAStreamThatIsOnlyWritten)
+{
+    for (const qelFileAccess::encodeType encoding : kAll)
+    {
+        TestFile onDisk;
+        const qelFileAccess file(onDisk.path(), L"w", encoding);
+        qelString line(L"left over");
+        EXPECT_EQ(file.getStringW(line, 100).isEmpty(), 1);
+        EXPECT_EQ(line.isEmpty(), 1);
+    }
+}
+
+TEST(qelFileAccessTokens, ReadsIntegersAndStopsAtWhatIsNone)
+{
+    for (const qelFileAccess::encodeType encoding : kAll)
+    {
+        TestFile onDisk(encoded(encoding, "  42 x"));
+        const qelFileAccess file(onDisk.path(), L"r", encoding);
+        int value = 0;
+        EXPECT_EQ(file.readInt(value), 1);
+        EXPECT_EQ(value, 42);
+        EXPECT_EQ(file.readInt(value), 0);
+        qelString token;
+        EXPECT_EQ(file.readString(token), 1);
+        EXPECT_STREQ(token.getStringW(), L"x");
+        EXPECT_EQ(file.readInt(value), EOF);
+    }
+}
+
+TEST(qelFileAccessTokens, ReadsMixedTokensAcrossLines)
+{
+    for (const qelFileAccess::encodeType encoding : kAll)
+    {
+        TestFile onDisk(encoded(encoding, "HEA200\t-7\r\n\r\n  1.25e2 end\r\n"));
+        const qelFileAccess file(onDisk.path(), L"r", encoding);
+        qelString token;
+        int integer = 0;
+        double real = 0;
+        EXPECT_EQ(file.readString(token), 1);
+        EXPECT_STREQ(token.getStringW(), L"HEA200");
+        EXPECT_EQ(file.readInt(integer), 1);
+        EXPECT_EQ(integer, -7);
+        EXPECT_EQ(file.readDouble(real), 1);
+        EXPECT_EQ(real, 125.0);
+        EXPECT_EQ(file.readDouble(real), 0);
+        EXPECT_EQ(file.readString(token), 1);
+        EXPECT_STREQ(token.getStringW(), L"end");
+        EXPECT_EQ(file.readString(token), EOF);
+        EXPECT_EQ(file.readDouble(real), EOF);
+    }
+}
+
+TEST(qelFileAccessTokens, TranslatesTokensAsTheKeySays)
+{
+    TestFile onDisk(bytes("\xEF\xBB\xBF\xE4\xB8\xAD\xC3\xA9 x"));
+    for (const qelFileAccess::encodeType encoding :
+         { qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF8, qelFileAccess::UTF16LE })
+    {
+        const qelFileAccess file(onDisk.path(), L"r", encoding);
+        qelString token;
+        EXPECT_EQ(file.readString(token), 1);
+        EXPECT_STREQ(token.getStringW(), L"\x4E2D\x00E9");
+    }
+}
+
+TEST(qelFileAccessTokens, TakesTokensOf255UnitsAndRefusesLongerOnes)
+{
+    TestFile onDisk(std::string(255, 'a') + " " + std::string(256, 'b') + " " + std::string(3000, 'c'));
+    const qelFileAccess file(onDisk.path(), L"r", qelFileAccess::ANSI);
+    qelString token;
+    EXPECT_EQ(file.readString(token), 1);
+    EXPECT_EQ(std::wstring(token.getStringW()), std::wstring(255, 'a'));
+    EXPECT_EQ(file.readString(token), 0);
+    EXPECT_EQ(token.isEmpty(), 1);
+    TestFile atTheEnd(std::string(256, 'b'));
+    EXPECT_EQ(qelFileAccess(atTheEnd.path(), L"r", qelFileAccess::ANSI).readString(token), 0);
+    EXPECT_EQ(token.isEmpty(), 1);
+}
+
+TEST(qelFileAccessTokens, GivesTheEndOfFileMarkerForEmptyFilesAndBlanks)
+{
+    for (const char* content : { "", " \t\r\n " })
+    {
+        TestFile onDisk{ std::string(content) };
+        const qelFileAccess file(onDisk.path(), L"r", qelFileAccess::ANSI);
+        qelString token(L"old");
+        int integer = 0;
+        double real = 0;
+        EXPECT_EQ(file.readString(token), EOF);
+        EXPECT_EQ(token.isEmpty(), 1);
+        EXPECT_EQ(file.readInt(integer), EOF);
+        EXPECT_EQ(file.readDouble(real), EOF);
+    }
+}
+
+TEST(qelFileAccessCharacters, AreWideWhateverTheEncoding)
+{
+    for (const qelFileAccess::encodeType encoding : kAll)
+    {
+        TestFile onDisk(encoded(encoding, "a\r\nb"));
+        const qelFileAccess file(onDisk.path(), L"r", encoding);
+        EXPECT_EQ(file.getc(), 'a');
+        EXPECT_EQ(file.getc(), '\n');
+        EXPECT_EQ(file.getc(), 'b');
+        EXPECT_EQ(file.eof(), 0);
+        EXPECT_EQ(file.getc(), static_cast<int>(WEOF));
+        EXPECT_NE(file.eof(), 0);
+    }
+    TestFile onDisk(bytes("\xEF\xBB\xBF\xE4\xB8\xAD"));
+    EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", qelFileAccess::UTF8).getc(), 0x4E2D);
+}
+} // namespace

@@ -1,0 +1,173 @@
+#!/usr/bin/env bash
+# Sets up a small installation under Wine and lets the example host ask the library for its data sources.
+set -euo pipefail
+
+# shellcheck source=tools/lib.sh
+source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+
+usage()
+{
+    cat <<'END'
+usage: demo.sh
+
+Builds the library and its example host for 64-bit Windows, prepares what an installation of the application leaves on
+a machine (registry values, a configuration file, an ODBC driver and database files), and runs the host under Wine: it
+looks up data sources and connects to their databases for real.
+
+  --help     show this text
+
+Installs the packages of tools/packages.txt that are missing (with sudo where need be). Everything else stays in
+build/. Exit status: 0 when every data source came out as it should.
+END
+}
+
+case ${1:-} in
+    '') ;;
+    --help) usage; exit 0 ;;
+    *) usage >&2; exit 2 ;;
+esac
+
+demo=$qel_build/demo
+drive=$demo/drive_d # the D: of the demo
+data='D:\Orvalis\Data'
+default_driver='Microsoft Access Driver (*.mdb, *.accdb)'
+
+# An empty database of the desktop format: one header page, of which the drivers read the signature and the version.
+write_database()
+{
+    { printf '\x00\x01\x00\x00Standard Jet DB\x00\x01\x00\x00\x00'; head -c 4072 /dev/zero; } >"$1"
+}
+
+write_files()
+{
+    local folder=$drive/Orvalis/Data
+    rm -rf "$drive"
+    mkdir -p "$folder/Catalogs" "$folder/Configuration" "$folder/Kernel/Data" "$drive/Orvalis/Bin"
+    cp "$qel_build/bin/host.exe" "$qel_build/bin/VarnelQELRoots.dll" "$drive/Orvalis/Bin"
+
+    write_database "$folder/Catalogs/PelionProfiles2020.mdb"
+    write_database "$folder/Catalogs/SteelGrades.mdb"
+    write_database "$folder/Kernel/Data/model.mdb"
+    echo "This file was a database once." >"$folder/Catalogs/Damaged.mdb"
+
+    write_configuration UTF-16 | sed 's/$/\r/' | { printf '\xFF\xFE'; iconv -f UTF-8 -t UTF-16LE; } \
+        >"$folder/Configuration/DatabaseConfiguration.xml"
+    write_configuration UTF-8 | sed 's/$/\r/' | { printf '\xEF\xBB\xBF'; cat; } \
+        >"$folder/Configuration/DatabaseConfigurationUtf8.xml"
+}
+
+# Paths of databases are relative to the data folder.
+write_configuration()
+{
+    cat <<END
+<?xml version="1.0" encoding="$1"?>
+<Configuration>
+  <Orvalis>
+    <DataSource Name="SteelGrades" Platform="x64"
+                Value="DRIVER={$default_driver};UID=;PWD=;DBQ=Catalogs\\SteelGrades.mdb"/>
+    <DataSource Platform="x64" Name="Stahlgüten" Value="DRIVER={$default_driver};UID=;PWD=;DBQ=Catalogs\\SteelGrades.mdb"/>
+    <DataSource Value="DRIVER={Varnel ODBC Driver};UID=;PWD=;DBQ=Catalogs\\Bolts.mdb" Name="Bolts" Platform="x64"/>
+    <DataSource Name="Damaged" Platform="x64" Value="DRIVER={$default_driver};UID=;PWD=;DBQ=Catalogs\\Damaged.mdb"/>
+    <DataSource Name="PriceServer" Platform="x64" Value="DRIVER={Price List Driver};SERVER=prices"/>
+    <DataSource Name="PlotStyles" Platform="x86" Value="DRIVER={$default_driver};UID=;PWD=;DBQ=Catalogs\\PlotStyles.mdb"/>
+  </Orvalis>
+</Configuration>
+END
+}
+
+# Which Unix driver stands behind the product's driver name. It looks for its files by the Windows path as one single
+# name, in the folders of MDBPATH: links of these names lead to the files of drive D:.
+register_driver()
+{
+    local odbc=$demo/odbc path name
+    rm -rf "$odbc"
+    mkdir -p "$odbc/databases"
+    printf '[Varnel ODBC Driver]\nDescription = Desktop databases\nDriver = libmdbodbcW.so\n' >"$odbc/odbcinst.ini"
+    export ODBCSYSINI=$odbc ODBCINI=$odbc/odbc.ini MDBPATH=$odbc/databases
+
+    while IFS= read -r -d '' path; do
+        name=D:/${path#"$drive/"}
+        ln -s "$path" "$odbc/databases/${name//\//\\}"
+    done < <(find "$drive" -name '*.mdb' -print0)
+}
+
+set_value()
+{
+    run_step wine reg add "$1" /v "$2" /t "${4:-REG_SZ}" /d "$3" /f >/dev/null || fail "reg add $1 $2 failed"
+}
+
+write_registry()
+{
+    local product='Software\Kelvara\Orvalis\2020' connections='Software\Kelvara\Varnel\DatabaseConnections'
+    ln -sfn "$drive" "$WINEPREFIX/dosdevices/d:"
+
+    set_value "HKLM\\$product" BinPath 'D:\Orvalis\Bin\'
+    set_value "HKLM\\$product" DataPath "$data\\"
+    set_value "HKLM\\$product" Language 1033 REG_DWORD
+    set_value "HKCU\\$product" Language 1031 REG_DWORD
+    set_value "HKLM\\$connections" PelionProfiles2020 \
+        "DRIVER={$default_driver};UID=;PWD=;DBQ=$data\\Catalogs\\PelionProfiles2020.mdb"
+    set_value "HKLM\\$connections" QELMapping2020 \
+        "DRIVER={$default_driver};UID=;PWD=;DBQ=$data\\Catalogs\\QELMapping2020.mdb"
+    set_value 'HKLM\Software\ODBC\ODBCINST.INI\ODBC Drivers' 'Varnel ODBC Driver' Installed
+}
+
+# Runs the host; its output goes to file $1 and to the screen, what the Unix driver says about failures to a log.
+run_host()
+{
+    local output=$1
+    shift
+    run_step wine 'D:\Orvalis\Bin\host.exe' "$@" >"$output.raw" 2>"$output.log" ||
+        { cat "$output.log" >&2; fail "the host did not end well"; }
+    tr -d '\r' <"$output.raw" >"$output"
+    rm "$output.raw"
+    cat "$output"
+}
+
+# Whether the table in file $1 has a line for data source $2 with result $3 and connection test $4.
+expect()
+{
+    local line
+    line=$(grep -E "^  $2 " "$1") && [[ "$line" =~ ^\ +$2\ +x64\ +$3\ +$4\ +(DRIVER|\(none\)) ]] && return
+    echo "unexpected: \"${line:-no line for $2}\" should have the result $3 and read \"$4\""
+    unexpected=$((unexpected + 1))
+}
+
+end_everything_on_exit
+install_packages
+lock_build
+configure_and_build host
+mkdir -p "$demo"
+start_wine "$demo/wine"
+
+say "Preparing an installation in $demo"
+write_files
+write_registry
+register_driver
+
+names=(PelionProfiles2020 QELMapping2020 PelionCurrentProject
+    SteelGrades Stahlgüten Bolts Damaged PriceServer PlotStyles)
+cd "$demo"
+
+say "host sources, configuration file in UTF-16"
+run_host "$demo/utf16.txt" sources "${names[@]}"
+say "host sources, configuration file in UTF-8"
+run_host "$demo/utf8.txt" sources --config "$data\\Configuration\\DatabaseConfigurationUtf8.xml" "${names[@]}"
+
+say "Checking"
+unexpected=0
+expect "$demo/utf16.txt" PelionProfiles2020 1 "connected"
+expect "$demo/utf16.txt" QELMapping2020 1 "database file missing"
+expect "$demo/utf16.txt" PelionCurrentProject 1 "database file missing"
+expect "$demo/utf16.txt" SteelGrades 1 "connected"
+expect "$demo/utf16.txt" Stahlgüten 1 "connected"
+expect "$demo/utf16.txt" Bolts 1 "database file missing"
+expect "$demo/utf16.txt" Damaged 1 "other failure"
+expect "$demo/utf16.txt" PriceServer 0 "other failure"
+expect "$demo/utf16.txt" PlotStyles 0 "not tested"
+if ! diff <(grep -v '^Data sources' "$demo/utf16.txt") <(grep -v '^Data sources' "$demo/utf8.txt"); then
+    echo "unexpected: the two configuration files give different tables"
+    unexpected=$((unexpected + 1))
+fi
+[ "$unexpected" -eq 0 ] || fail "$unexpected of the results are not what they should be"
+echo "All ${#names[@]} data sources came out as they should, the same with both configuration files."

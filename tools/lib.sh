@@ -1,0 +1,171 @@
+# What test.sh, demo.sh and run-wine.sh share; sourced, not run.
+#
+# Everything these scripts make lies in one build folder: the build itself, the Wine prefixes, the home folder and the
+# temporary files of the programs they run. Nothing is left elsewhere, and no process outlives the script.
+# shellcheck shell=bash
+
+qel_source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+qel_preset=linux-mingw-release
+qel_build=$qel_source/build/$qel_preset
+
+display_pid=
+step_pid=
+
+say()
+{
+    printf '\n== %s\n' "$*"
+}
+
+fail()
+{
+    printf '%s: %s\n' "${0##*/}" "$*" >&2
+    exit 1
+}
+
+# Names the packages of packages.txt that are not installed.
+missing_packages()
+{
+    local name
+    while read -r name; do
+        [ "$(dpkg-query -W -f '${db:Status-Status}' "$name" 2>/dev/null)" = installed ] || printf '%s\n' "$name"
+    done < <(sed 's/#.*//; s/[[:space:]]//g; /^$/d' "$qel_source/tools/packages.txt")
+}
+
+# Installs what is missing; touches neither the network nor apt when nothing is.
+install_packages()
+{
+    local missing root=()
+    command -v dpkg-query >/dev/null || fail "this script needs Debian (or one of its kin): dpkg-query is not there"
+    mapfile -t missing < <(missing_packages)
+    [ ${#missing[@]} -gt 0 ] || return 0
+
+    say "Installing packages: ${missing[*]}"
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || fail "please install these packages as root: ${missing[*]}"
+        root=(sudo)
+    fi
+    # Through env, since sudo does not pass variables on.
+    "${root[@]}" apt-get -q update
+    "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q install -y --no-install-recommends "${missing[@]}"
+}
+
+# Runs a command in a process group of its own, so that all of it can be ended at any time, and waits for it.
+run_step()
+{
+    local result=0
+    setsid -- "$@" </dev/null 9>&- &
+    step_pid=$!
+    wait "$step_pid" || result=$?
+    step_pid=
+    return "$result"
+}
+
+# Keeps two scripts from working in one build folder at the same time, until this one ends.
+lock_build()
+{
+    mkdir -p "$qel_build/tmp"
+    exec 9>"$qel_build/.lock"
+    if ! flock -n 9; then
+        echo "Waiting for another script that uses $qel_build ..."
+        flock 9
+    fi
+    # For the compilers as well: their temporary files too stay in the build folder.
+    export TMPDIR=$qel_build/tmp
+}
+
+# Configures, and builds the targets named, or else everything.
+configure_and_build()
+{
+    say "Building ($qel_preset)"
+    cd "$qel_source"
+    run_step cmake --preset "$qel_preset" --log-level=STATUS >"$qel_build/configure.log" 2>&1 ||
+        { cat "$qel_build/configure.log"; fail "configuring failed"; }
+    run_step cmake --build --preset "$qel_preset" --target "${@:-all}" || fail "building failed"
+}
+
+# Sets the variables that keep Wine inside the folder $1 (prefix $2) and make it the same on every machine.
+use_wine_environment()
+{
+    mkdir -p "$1/home" "$1/tmp"
+    unset "${!XDG_@}" WAYLAND_DISPLAY
+    export HOME=$1/home TMPDIR=$1/tmp
+    export WINEPREFIX=$2 WINEARCH=win64
+    # The locale decides the ANSI code page, 1252, when the prefix is made.
+    export LC_ALL=C.UTF-8
+    export WINEDEBUG=${WINEDEBUG:--all}
+    # No menu entries on the desktop, no offers to download add-ons, no debugger for a program that crashes.
+    export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-winemenubuilder.exe,mscoree,mshtml,winedbg.exe=d}
+}
+
+# Starts an X server on a free display. setpriv ends it even when this script is killed outright.
+start_display()
+{
+    local number_file=$qel_build/tmp/display tries=0
+    rm -f "$number_file"
+    setsid -- setpriv --pdeathsig TERM Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp \
+        3>"$number_file" </dev/null >"$qel_build/display.log" 2>&1 9>&- &
+    display_pid=$!
+    until [ -s "$number_file" ]; do
+        kill -0 "$display_pid" 2>/dev/null && [ $((tries += 1)) -le 300 ] ||
+            fail "Xvfb did not start; see $qel_build/display.log"
+        sleep 0.1
+    done
+    DISPLAY=:$(tr -d '[:space:]' <"$number_file")
+    export DISPLAY
+}
+
+# Starts Wine in the prefix $1 on a display of its own, making the prefix first where it is not there.
+start_wine()
+{
+    use_wine_environment "$qel_build" "$1"
+    # A server left behind by a script that was killed would know no display.
+    wineserver -k 2>/dev/null || true
+    # Before the server: one that starts without a display spoils the prefix for windows.
+    start_display
+
+    local stamp=$WINEPREFIX/.made-by version
+    version=$(wine --version)
+    if [ "$(cat "$stamp" 2>/dev/null)" != "$version" ]; then
+        say "Making a Wine prefix ($version)"
+        rm -rf "$WINEPREFIX"
+        mkdir -p "$WINEPREFIX"
+        start_server
+        [[ "$(run_step wine reg query 'HKLM\System\CurrentControlSet\Control\Nls\CodePage' /v ACP)" == *1252* ]] ||
+            fail "1252 is not the ANSI code page of the prefix; see $qel_build/wine.log"
+        # The registry is on disk once the server has ended.
+        wineserver -k
+        printf '%s\n' "$version" >"$stamp"
+    fi
+    start_server
+}
+
+# Keeps the server, and what Wine starts beside a program, from program to program. "start" brings up the services and
+# the desktop now: they hold on to the output they are started with, and a test's pipe would never see its end.
+start_server()
+{
+    wineserver -p 9>&-
+    run_step wine start /wait cmd /c exit >"$qel_build/wine.log" 2>&1 ||
+        fail "Wine does not start: see $qel_build/wine.log"
+}
+
+# Ends every process that this script started; runs whenever it ends.
+end_everything()
+{
+    local result=$?
+    trap '' INT TERM HUP
+    [ -z "$step_pid" ] || kill -TERM -- "-$step_pid" 2>/dev/null || true
+    if [ -n "$display_pid" ]; then
+        wineserver -k 2>/dev/null || true
+        kill "$display_pid" 2>/dev/null || true
+    fi
+    wait
+    exit "$result"
+}
+
+end_everything_on_exit()
+{
+    trap end_everything EXIT
+    trap 'exit 129' HUP
+    trap 'exit 130' INT
+    trap 'exit 143' TERM
+}

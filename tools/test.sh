@@ -1,0 +1,76 @@
+#!/usr/bin/env bash
+# Builds the library and runs its tests under Wine.
+set -euo pipefail
+
+# shellcheck source=tools/lib.sh
+source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+
+usage()
+{
+    cat <<'END'
+usage: test.sh [-R REGEX]
+
+Builds the library and its tests for 64-bit Windows and runs the tests under Wine, with a display of their own.
+
+  -R REGEX   run only the test programs whose names match
+  --help     show this text
+
+Installs the packages of tools/packages.txt that are missing (with sudo where need be). Everything else stays in
+build/. Exit status: 0 when every test has passed.
+END
+}
+
+# Counts single tests in the folder $1 of CTest's logs: those of GoogleTest one by one, a program of another kind as one
+# test. A test that was begun and has no end took its program down. A name counts once in a program: some tests run
+# themselves again in a process of their own.
+count_tests()
+{
+    local failed_programs=/dev/null
+    [ ! -f "$1/LastTestsFailed.log" ] || failed_programs=$1/LastTestsFailed.log
+    awk '
+        { sub(/\r$/, "") }
+        FILENAME != log_file            { sub(/^[0-9]+:/, ""); failed_program["\"" $0 "\""] = 1; next }
+        /^\[ RUN      \] /              { if (!($4 in state)) { state[$4] = "begun" } }
+        /^\[       OK \] .*\([0-9]+ ms/ { state[$4] = "passed" }
+        /^\[  SKIPPED \] .*\([0-9]+ ms/ { state[$4] = "skipped" }
+        /^"[^"]+" end time: /           { end_of_program(!($1 in failed_program)) }
+        function end_of_program(program_passed,    name, seen, good, bad)
+        {
+            for (name in state)
+            {
+                seen++
+                if (state[name] == "passed") good++
+                else if (state[name] == "skipped") skipped++
+                else if (!program_passed) bad++
+                delete state[name]
+            }
+            passed += program_passed && !seen ? 1 : good
+            failed += !program_passed && !bad ? 1 : bad
+        }
+        END { printf "%d passed, %d failed%s\n", passed, failed, skipped ? ", " skipped " skipped" : "" }
+    ' log_file="$1/LastTest.log" "$failed_programs" "$1/LastTest.log"
+}
+
+filter=()
+while [ $# -gt 0 ]; do
+    case $1 in
+        --help) usage; exit 0 ;;
+        -R) [ $# -ge 2 ] || { usage >&2; exit 2; }; filter=(-R "$2"); shift 2 ;;
+        *) usage >&2; exit 2 ;;
+    esac
+done
+
+end_everything_on_exit
+install_packages
+lock_build
+configure_and_build
+start_wine "$qel_build/wine"
+
+say "Running the tests"
+cd "$qel_source"
+logs=$qel_build/Testing/Temporary
+rm -f "$logs/LastTest.log" "$logs/LastTestsFailed.log"
+result=0
+run_step ctest --preset "$qel_preset" --no-tests=error "${filter[@]}" || result=$?
+[ ! -f "$logs/LastTest.log" ] || count_tests "$logs"
+exit "$result"
