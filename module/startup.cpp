@@ -4,7 +4,10 @@
 // Nothing here has a destructor: the objects must outlive every caller, and their storage goes with the module.
 
 #include "config/OdbcInstaller.h"
+#include "progress/ProgressDialog.h"
 #include "qelDataSourcesUtilities.h"
+#include "qelProcessEvolutionManager.h"
+#include "qelProgressCtrl.h"
 #include "qelRegistry.h"
 #include "qelString.h"
 #include "strings/Text.h"
@@ -29,6 +32,9 @@ private:
 
 Lasting<qelArray<qelDataSource>> dataSources;
 Lasting<qelArray<qelString>> installedOdbcDrivers;
+
+alignas(qelProcessEvolutionManager) unsigned char processEvolutionManager[sizeof(qelProcessEvolutionManager)];
+Lasting<qelProgressCtrlWindowController> progressWindowController;
 } // namespace
 
 wchar_t* qelString::qelStringTempBufferWide = wideScratch;
@@ -43,3 +49,12 @@ qelArray<qelDataSource>& qelDataSourcesUtilities::m_DataSources = dataSources.ma
 qelArray<qelString>& qelDataSourcesUtilities::m_InstalledOdbcDrivers = installedOdbcDrivers.make();
 qelString* qelDataSourcesUtilities::m_pDatabaseConfigurationFilePath = nullptr;
 HMODULE OdbcInstaller::m_library = nullptr;
+
+// Made here and not in Lasting: only the class itself may construct it.
+qelProcessEvolutionManager* qelProcessEvolutionManager::m_pProcessEvolutionManager =
+    new (static_cast<void*>(processEvolutionManager), qelPlacement()) qelProcessEvolutionManager();
+qelProcessEvolutionManager::Round* qelProcessEvolutionManager::m_rounds = nullptr;
+
+qelProgressCtrlWindowController* qelProgressCtrl::m_ProgressCtrlWindowController = &progressWindowController.make();
+HWND ProgressDialog::m_dialog = nullptr;
+HWND ProgressDialog::m_progressBar = nullptr;
