@@ -1,0 +1,205 @@
+#include "qelNumberCreator.h"
+
+#include "numbering/TextBuffer.h"
+
+#include <string.h>
+
+namespace
+{
+const eNumberingType kNumeric = static_cast<eNumberingType>(3);
+
+/// `a + b + c`, built at once.
+qelString join(const qelString& a, const qelString& b, const qelString& c)
+{
+    const size_t lengthA = static_cast<size_t>(a.length());
+    const size_t lengthB = static_cast<size_t>(b.length());
+    const size_t lengthC = static_cast<size_t>(c.length());
+    if (lengthA + lengthC == 0)
+    {
+        return b;
+    }
+    if (lengthA + lengthB + lengthC >= qelText::kCapacity)
+    {
+        return a + b + c; // too long: fails in the way that concatenation does
+    }
+    qelNumbering::TextBuffer joined(lengthA + lengthB + lengthC);
+    wchar_t* end = joined.text();
+    memcpy(end, a.getStringW(), lengthA * sizeof(wchar_t));
+    end += lengthA;
+    memcpy(end, b.getStringW(), lengthB * sizeof(wchar_t));
+    end += lengthB;
+    memcpy(end, c.getStringW(), lengthC * sizeof(wchar_t));
+    end[lengthC] = 0;
+    return qelString(joined.text());
+}
+} // namespace
+
+qelNumberCreator::qelNumberCreator()
+    : m_numberingType(static_cast<eNumberingType>(0))
+{
+}
+
+qelNumberCreator::qelNumberCreator(eNumberingType type, const qelString& prefix)
+    : m_numberingType(type)
+    , m_prefix(prefix)
+{
+}
+
+// The range is left out by design, here and in the assignment.
+qelNumberCreator::qelNumberCreator(const qelNumberCreator& other)
+    : m_numberingType(other.m_numberingType)
+    , m_prefix(other.m_prefix)
+    , m_suffix(other.m_suffix)
+    , m_start(other.m_start)
+    , m_current(other.m_current)
+{
+}
+
+qelNumberCreator& qelNumberCreator::operator=(const qelNumberCreator& other)
+{
+    m_numberingType = other.m_numberingType;
+    m_prefix = other.m_prefix;
+    m_start = other.m_start;
+    m_current = other.m_current;
+    m_suffix = other.m_suffix;
+    return *this;
+}
+
+qelNumberCreator::~qelNumberCreator() = default;
+
+eNumberingType qelNumberCreator::getNumberingType() const
+{
+    return m_numberingType;
+}
+
+const qelString& qelNumberCreator::getNumberingPrefix() const
+{
+    return m_prefix;
+}
+
+const qelString& qelNumberCreator::getNumberingSufix() const
+{
+    return m_suffix;
+}
+
+const qelString& qelNumberCreator::getNumberingStart() const
+{
+    return m_start;
+}
+
+// Starts from the symbol where overrideDataRange() starts from the default, by design.
+SetCodeTag qelNumberCreator::setNumberingType(eNumberingType type)
+{
+    if (type == m_numberingType)
+    {
+        return eCodeNotSet;
+    }
+    m_numberingType = type;
+    m_start = m_dataRange.firstSymbol;
+    m_current = m_start;
+    return eCodeSet;
+}
+
+SetCodeTag qelNumberCreator::setNumberingPrefix(const qelString& prefix)
+{
+    if (prefix == m_prefix)
+    {
+        return eCodeNotSet;
+    }
+    m_prefix = prefix;
+    return eCodeSet;
+}
+
+SetCodeTag qelNumberCreator::setNumberingSufix(const qelString& suffix)
+{
+    if (suffix == m_suffix)
+    {
+        return eCodeNotSet;
+    }
+    m_suffix = suffix;
+    return eCodeSet;
+}
+
+SetCodeTag qelNumberCreator::setNumberingStart(const qelString& start)
+{
+    if (checkNumber(start) == 0)
+    {
+        return eCodeNotSet;
+    }
+    m_start = start;
+    return eCodeSet;
+}
+
+SetCodeTag qelNumberCreator::overrideDataRange(const StructNumberingDataRange& range, eNumberingType type)
+{
+    m_dataRange = range;
+    if (type == m_numberingType)
+    {
+        return eCodeNotSet;
+    }
+    m_numberingType = type;
+    m_start = range.defaultStart;
+    m_current = m_start;
+    return eCodeSet;
+}
+
+void qelNumberCreator::reset()
+{
+    m_current = m_start;
+}
+
+qelString qelNumberCreator::getNextNumber()
+{
+    const qelString code(m_current);
+    moveOn();
+    return join(m_prefix, code, m_suffix);
+}
+
+int qelNumberCreator::checkNumber(const qelString& number) const
+{
+    const int lowest = lowestSymbol();
+    for (const wchar_t* at = number.getStringW(); *at != 0; ++at)
+    {
+        // As a distance: the end of the range may not fit an int.
+        const int distance = *at - lowest;
+        if (distance < 0 || distance >= m_dataRange.symbolCount)
+        {
+            return 0;
+        }
+    }
+    return 1;
+}
+
+wchar_t qelNumberCreator::lowestSymbol() const
+{
+    return m_dataRange.firstSymbol[0];
+}
+
+void qelNumberCreator::moveOn()
+{
+    const int lowest = lowestSymbol();
+    const int count = m_dataRange.symbolCount;
+    const size_t length = static_cast<size_t>(m_current.length());
+    qelNumbering::TextBuffer next(length);
+    memcpy(next.text(), m_current.getStringW(), length * sizeof(wchar_t));
+    next.text()[length] = 0;
+
+    bool carry = true;
+    for (size_t i = length; i > 0 && carry; --i)
+    {
+        wchar_t& symbol = next.text()[i - 1];
+        int value = symbol - lowest + 1;
+        carry = value >= count;
+        if (count > 0)
+        {
+            value %= count; // keeps the sign: a symbol below the range stays below it
+        }
+        symbol = static_cast<wchar_t>(lowest + value);
+    }
+    m_current = next.text();
+    if (carry)
+    {
+        const wchar_t leading[] = {static_cast<wchar_t>(m_numberingType == kNumeric ? lowest + 1 : lowest), 0};
+        m_current = qelString(leading) + m_current;
+    }
+}
