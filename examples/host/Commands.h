@@ -18,4 +18,5 @@ struct Command
 /// Exit status for a command line that makes no sense.
 const int kUsageError = 2;
 
+extern const Command progressCommand;
 extern const Command sourcesCommand;

@@ -6,6 +6,7 @@ namespace
 {
 const Command* const commands[] = {
     &sourcesCommand,
+    &progressCommand,
 };
 
 std::wstring usage()
