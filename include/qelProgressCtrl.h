@@ -22,8 +22,8 @@
  * - **Percentages** are whole numbers from 0 to 100 and do not run backwards unless forced; others are refused.
  * - **Messages**: the dialog is modeless, has no owner and belongs to the thread that opened it. It answers the user
  *   only while that thread's message loop runs: the library runs none of its own.
- * - **The user** ends the dialog with OK or Cancel (the Escape key, where the host's loop offers it the keys). Nobody is
- *   told: the window counts as active until reset() or the next activate(), and calls in between do no harm.
+ * - **The user** ends the dialog with OK or Cancel (the Escape key, where the host's loop offers it the keys). Nobody
+ *   is told: the window counts as active until reset() or the next activate(), and calls in between do no harm.
  * - **Scale**: a handful of windows. A percentage that has not changed costs a comparison.
  * - **Ownership**: windows that are added belong to the caller and must live as long as they are in the list.
  * - **Failure**: results are numbers as each member says; nothing is thrown. Only a progress bar that cannot be made is
@@ -166,8 +166,8 @@ public:
     /// @}
 
     /**
-     * How many windows are switched on and active. When there are none and `fallback` is not 0, the first of the list is
-     * deliberately switched on and made to count as active from the next call on, without a dialog; this call still
+     * How many windows are switched on and active. When there are none and `fallback` is not 0, the first of the list
+     * is deliberately switched on and made to count as active from the next call on, without a dialog; this call still
      * returns 0.
      */
     static int isActive(int fallback = 0);

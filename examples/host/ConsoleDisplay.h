@@ -7,8 +7,8 @@
 #include <vector>
 
 /**
- * Shows the main process as a bar with its percentage, and the sub-process under way behind it. On a console the line is
- * drawn over and over; in a file or a pipe every tenth percent has a line of its own.
+ * Shows the main process as a bar with its percentage, and the sub-process under way behind it. On a console the line
+ * is drawn over and over; in a file or a pipe every tenth percent has a line of its own.
  */
 class ConsoleDisplay final : public ProgressDisplayProtocol
 {

@@ -341,8 +341,9 @@ const Command progressCommand = {
     L"a long operation with a progress dialog, which can be cancelled",
     L"usage: host progress [--parts COUNT] [--pause MS] [--output FILE]\n"
     L"\n"
-    L"Numbers the parts of a hall and writes their list. How far it is can be seen in a dialog and on the console, where\n"
-    L"C, Escape or Ctrl+C cancels it; from a pipe, the letter C does. The exit status is then 3 and no list is left.\n"
+    L"Numbers the parts of a hall and writes their list. How far it is can be seen in a dialog and on the console,\n"
+    L"where C, Escape or Ctrl+C cancels it; from a pipe, the letter C does. The exit status is then 3 and no list is\n"
+    L"left.\n"
     L"\n"
     L"  --parts COUNT   number of parts; without it, 3000\n"
     L"  --pause MS      milliseconds to wait after each percent, so that there is something to see; without it, 20\n"

@@ -17,8 +17,10 @@ namespace
 using Manager = qelProcessEvolutionManager;
 using Told = std::vector<std::string>;
 
-static_assert(std::is_same<decltype(ProcessInfo::key), int>::value && std::is_same<decltype(ProcessInfo::percent), int>::value &&
-                  std::is_same<decltype(ProcessInfo::action), qelString>::value,
+template <class T, class U> constexpr bool isSame = std::is_same<T, U>::value;
+
+static_assert(isSame<decltype(ProcessInfo::key), int> && isSame<decltype(ProcessInfo::percent), int> &&
+                  isSame<decltype(ProcessInfo::action), qelString>,
               "a plain record");
 static_assert(std::is_polymorphic<Manager>::value && !std::is_destructible<Manager>::value &&
                   !std::is_default_constructible<Manager>::value,
@@ -26,11 +28,11 @@ static_assert(std::is_polymorphic<Manager>::value && !std::is_destructible<Manag
 static_assert(std::is_copy_assignable<Manager>::value, "all its state can be taken over");
 static_assert(std::is_abstract<ProgressDisplayProtocol>::value && sizeof(ProgressDisplayProtocol) == sizeof(void*),
               "an interface without data");
-static_assert(std::is_same<decltype(&ProgressDisplayProtocol::setProgress), void (ProgressDisplayProtocol::*)(int, int)>::value &&
-                  std::is_same<decltype(&ProgressDisplayProtocol::addProcess),
-                               void (ProgressDisplayProtocol::*)(int, qelString, bool)>::value &&
-                  std::is_same<decltype(&ProgressDisplayProtocol::removeProcess), void (ProgressDisplayProtocol::*)(int)>::value,
-              "what displays implement");
+static_assert(
+    isSame<decltype(&ProgressDisplayProtocol::setProgress), void (ProgressDisplayProtocol::*)(int, int)> &&
+        isSame<decltype(&ProgressDisplayProtocol::addProcess), void (ProgressDisplayProtocol::*)(int, qelString, bool)> &&
+        isSame<decltype(&ProgressDisplayProtocol::removeProcess), void (ProgressDisplayProtocol::*)(int)>,
+    "what displays implement");
 } // namespace
 
 struct ManagerActions
@@ -642,7 +644,11 @@ TEST_F(qelProcessEvolution, DoesInEveryStateWhatTheTableSays)
         {"getNumberOfActiveProcesses", [](Manager& m) { return std::to_string(m.getNumberOfActiveProcesses()); },
          {same0, same0, {"2", {}, nullptr}, {"2", {}, nullptr}, same1}},
         {"getProcessInfo(-1)", [](Manager& m) { return described(m.getProcessInfo(-1)); },
-         {{noInfo, {}, nullptr}, {noInfo, {}, nullptr}, {noInfo, {}, nullptr}, {noInfo, {}, nullptr}, {noInfo, {}, nullptr}}},
+         {{noInfo, {}, nullptr},
+          {noInfo, {}, nullptr},
+          {noInfo, {}, nullptr},
+          {noInfo, {}, nullptr},
+          {noInfo, {}, nullptr}}},
         {"getProcessInfo(0)", [](Manager& m) { return described(m.getProcessInfo(0)); },
          {{noInfo, {}, nullptr},
           {noInfo, {}, nullptr},

@@ -24,10 +24,11 @@ using namespace qelTest;
 namespace
 {
 static_assert(std::has_virtual_destructor<qelProgressCtrlWindow>::value, "destroyed through its virtual table");
-static_assert(std::is_same<decltype(&qelProgressCtrlWindow::activate), int (qelProgressCtrlWindow::*)(qelString)>::value &&
-                  std::is_same<decltype(&qelProgressCtrlWindow::reset), int (qelProgressCtrlWindow::*)()>::value &&
-                  std::is_same<decltype(&qelProgressCtrlWindow::setPercentage), int (qelProgressCtrlWindow::*)(int, int)>::value &&
-                  std::is_same<decltype(&qelProgressCtrlWindow::setTitle), int (qelProgressCtrlWindow::*)(const qelString&)>::value,
+using Window = qelProgressCtrlWindow;
+static_assert(std::is_same<decltype(&Window::activate), int (Window::*)(qelString)>::value &&
+                  std::is_same<decltype(&Window::reset), int (Window::*)()>::value &&
+                  std::is_same<decltype(&Window::setPercentage), int (Window::*)(int, int)>::value &&
+                  std::is_same<decltype(&Window::setTitle), int (Window::*)(const qelString&)>::value,
               "what windows of a host replace");
 
 std::wstring keptTitle(const qelProgressCtrlWindow& window)
@@ -206,7 +207,8 @@ TEST(qelProgressTemplates, DescribeTheDialog)
 {
     const Template dialog(101);
     ASSERT_TRUE(dialog.exists);
-    EXPECT_EQ(dialog.style & ~static_cast<DWORD>(DS_SETFONT), static_cast<DWORD>(DS_MODALFRAME) | WS_POPUP | WS_VISIBLE);
+    EXPECT_EQ(dialog.style & ~static_cast<DWORD>(DS_SETFONT),
+              static_cast<DWORD>(DS_MODALFRAME) | WS_POPUP | WS_VISIBLE);
     EXPECT_EQ(dialog.extendedStyle, 0U);
     EXPECT_EQ(dialog.cx, 169);
     EXPECT_EQ(dialog.cy, 48);
@@ -340,7 +342,8 @@ TEST_F(qelProgressWindow, ShowsEveryPercentageOnBarAndText)
 
 TEST_F(qelProgressWindow, ShowsTitlesOfEveryKind)
 {
-    const std::wstring titles[] = {L"", L"Stücklisten für Träger \x2013 Übersicht", L"100%d %s", std::wstring(5000, L'x')};
+    const std::wstring titles[] = {L"", L"Stücklisten für Träger \x2013 Übersicht", L"100%d %s",
+                                   std::wstring(5000, L'x')};
     window.activate(titles[1].c_str());
     const HWND dialog = onlyDialog();
     EXPECT_EQ(titleOf(dialog), titles[1]);
@@ -934,7 +937,10 @@ public:
     std::vector<std::wstring> buttons;
 
 private:
-    static bool isBox(HWND window) { return IsWindowVisible(window) && FindWindowExW(window, nullptr, L"Button", nullptr); }
+    static bool isBox(HWND window)
+    {
+        return IsWindowVisible(window) && FindWindowExW(window, nullptr, L"Button", nullptr) != nullptr;
+    }
 
     void read(DWORD owner, DWORD delay)
     {
