@@ -1039,6 +1039,24 @@ TEST_F(qelProcessEvolution, CancelsTheProcessesThatRanWhenItBegan)
     EXPECT_EQ(described(manager), "0 Main 0; Main Late; EAC; 1");
 }
 
+TEST_F(qelProcessEvolution, StaysInStepAfterANestedRound)
+{
+    manager.registerDisplay(&a);
+    manager.registerDisplay(&b);
+    manager.registerProcess(L"Main");
+    manager.registerProcess(L"Sub");
+    takeTold();
+    a.onProgress = [this](int key) {
+        if (key == 0)
+        {
+            manager.increaseProgress(1, 8);
+            manager.deRegisterDisplay(0);
+        }
+    };
+    manager.increaseProgress(0, 4);
+    EXPECT_EQ(told, (Told{"a: progress 0 4", "a: progress 1 8", "b: progress 1 8", "b: progress 0 4"}));
+}
+
 TEST_F(qelProcessEvolution, StaysInStepAfterADisplayHasThrown)
 {
     manager.registerDisplay(&a);

@@ -657,6 +657,12 @@ LRESULT WINAPI sendMessage(HWND window, UINT message, WPARAM wParam, LPARAM lPar
     return SendMessageW(window, message, wParam, lParam);
 }
 
+BOOL WINAPI isWindow(HWND window)
+{
+    Calls::s_calls.push_back("IsWindow");
+    return IsWindow(window);
+}
+
 BOOL WINAPI showWindow(HWND window, int how)
 {
     Calls::s_calls.push_back("ShowWindow " + std::to_string(how));
@@ -714,6 +720,17 @@ TEST_F(qelProgressWindowCalls, IsHarmlessAfterTheUserHasEndedTheDialog)
     EXPECT_EQ(window.isActive(), 0);
     EXPECT_EQ(keptPercent(window), 0);
     EXPECT_EQ(window.reset(), 1);
+    EXPECT_EQ(Calls::made(), CallList());
+}
+
+TEST_F(qelProgressWindowCalls, DoesNotEvenAskForAHandleThatAnotherWindowMayHaveByNow)
+{
+    window.activate(L"Title");
+    const ImportHook hook("IsWindow", isWindow);
+    SendMessageW(onlyDialog(), WM_COMMAND, IDCANCEL, 0);
+    Calls::clear();
+    window.setPercentage(43);
+    window.reset();
     EXPECT_EQ(Calls::made(), CallList());
 }
 
