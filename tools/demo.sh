@@ -139,7 +139,7 @@ expect()
 take_picture()
 {
     local tries=0
-    until grep -q ' 40%' "$1" 2>/dev/null; do
+    until grep -q ']  40%' "$1" 2>/dev/null; do
         [ $((tries += 1)) -le 600 ] || return 1
         sleep 0.1
     done
