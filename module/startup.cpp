@@ -4,6 +4,7 @@
 // Nothing here has a destructor: the objects must outlive every caller, and their storage goes with the module.
 
 #include "config/OdbcInstaller.h"
+#include "progress/ProgressDialog.h"
 #include "qelDataSourcesUtilities.h"
 #include "qelDebugInterfaces.h"
 #include "qelDouble.h"
@@ -11,6 +12,8 @@
 #include "qelLogfile.h"
 #include "qelMathUtilities.h"
 #include "qelProductDefines.h"
+#include "qelProcessEvolutionManager.h"
+#include "qelProgressCtrl.h"
 #include "qelRegistry.h"
 #include "qelString.h"
 #include "qelZClipping.h"
@@ -40,6 +43,9 @@ Lasting<qelArray<void*>> contextInitiators;
 Lasting<qelArray<qelDebugInterfaces::DebugInfo>> debugInfo;
 Lasting<qelArray<qelDataSource>> dataSources;
 Lasting<qelArray<qelString>> installedOdbcDrivers;
+
+alignas(qelProcessEvolutionManager) unsigned char processEvolutionManager[sizeof(qelProcessEvolutionManager)];
+Lasting<qelProgressCtrlWindowController> progressWindowController;
 } // namespace
 
 wchar_t* qelString::qelStringTempBufferWide = wideScratch;
@@ -70,3 +76,12 @@ double qelZClipping::kClipUpperDefault = 20.0;
 
 const double qelDouble::MinRoundOffset = 0.0001;
 const double qelMathUtilities::PI = acos(-1.0);
+
+// Made here and not in Lasting: only the class itself may construct it.
+qelProcessEvolutionManager* qelProcessEvolutionManager::m_pProcessEvolutionManager =
+    new (static_cast<void*>(processEvolutionManager), qelPlacement()) qelProcessEvolutionManager();
+qelProcessEvolutionManager::Round* qelProcessEvolutionManager::m_rounds = nullptr;
+
+qelProgressCtrlWindowController* qelProgressCtrl::m_ProgressCtrlWindowController = &progressWindowController.make();
+HWND ProgressDialog::m_dialog = nullptr;
+HWND ProgressDialog::m_progressBar = nullptr;

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Sets up a small installation under Wine and lets the example host ask the library for its data sources, number a part
-# list and print section values.
+# list, print section values and show the progress of a long operation.
 set -euo pipefail
 
 # shellcheck source=tools/lib.sh
@@ -13,7 +13,9 @@ usage: demo.sh
 
 Builds the library and its example host for 64-bit Windows, prepares what an installation of the application leaves on
 a machine (registry values, a configuration file, an ODBC driver and database files), and runs the host under Wine: it
-looks up data sources and connects to their databases for real, numbers a part list, and prints section values.
+looks up data sources and connects to their databases for real, numbers a part list, prints section values, and shows
+the progress of a long operation in a dialog. A picture of that dialog is left in
+build/linux-mingw-release/demo/progress.png.
 
   --help     show this text
 
@@ -146,6 +148,17 @@ expect_lines()
     unexpected=$((unexpected + 1))
 }
 
+# Takes the picture $2 of the display when the host, whose output goes to file $1, is at 40 percent. Gives up in a minute.
+take_picture()
+{
+    local tries=0
+    until grep -q ']  40%' "$1" 2>/dev/null; do
+        [ $((tries += 1)) -le 600 ] || return 1
+        sleep 0.1
+    done
+    import -window root -trim +repage "$2"
+}
+
 end_everything_on_exit
 install_packages
 lock_build
@@ -196,3 +209,12 @@ expect_lines "$demo/section.txt" "HEA 200 I 190 200 6.5 10 18 135" "IPE 300 I 30
 [ "$unexpected" -eq 0 ] || fail "$unexpected of the results are not what they should be"
 echo "Part numbers and section values came out as they should."
 echo "All ${#names[@]} data sources came out as they should, the same with both configuration files."
+
+say "host progress"
+rm -f "$demo/progress.txt.raw" "$demo/progress.png"
+take_picture "$demo/progress.txt.raw" "$demo/progress.png" 9>&- &
+picture_pid=$!
+run_host "$demo/progress.txt" progress --pause 50 --output "$data\\parts.txt"
+wait "$picture_pid" || fail "there is no picture of the progress dialog"
+[ "$(wc -l <"$drive/Orvalis/Data/parts.txt")" -eq 3000 ] || fail "the list of parts is not complete"
+echo "The progress dialog is in $demo/progress.png."

@@ -19,6 +19,7 @@ struct Command
 const int kUsageError = 2;
 
 extern const Command diagnoseCommand;
+extern const Command progressCommand;
 extern const Command sourcesCommand;
 extern const Command numberCommand;
 extern const Command sectionCommand;

@@ -9,6 +9,7 @@ const Command* const commands[] = {
     &sourcesCommand,
     &numberCommand,
     &sectionCommand,
+    &progressCommand,
 };
 
 std::wstring usage()

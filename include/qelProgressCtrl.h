@@ -1,0 +1,183 @@
+/**
+ * @file
+ * @brief Shows the progress of a long operation to the user.
+ *
+ * `qelProgressCtrl` is what working code calls, from anywhere and without an object at hand. It passes each call on to
+ * the output windows that are switched on. One is built in, a small dialog with a title, a bar and a percentage
+ * (`qelProgressCtrlWindow`); a host may add windows of its own, derived from it.
+ *
+ * @code
+ * qelProgressCtrl::m_ProgressCtrlWindowController->defaultWindow().switchOn();  // once, by the host
+ *
+ * qelProgressCtrl::activate(L"Numbering of parts");
+ * for (int i = 0; i < parts; ++i)
+ * {
+ *     number(i);
+ *     qelProgressCtrl::setPercentage(100 * (i + 1) / parts);
+ *     pumpMessages();                                                           // the host's own
+ * }
+ * qelProgressCtrl::reset();
+ * @endcode
+ *
+ * - **Percentages** are whole numbers from 0 to 100 and do not run backwards unless forced; others are refused.
+ * - **Messages**: the dialog is modeless, has no owner and belongs to the thread that opened it. It answers the user
+ *   only while that thread's message loop runs: the library runs none of its own.
+ * - **The user** ends the dialog with OK or Cancel (the Escape key, where the host's loop offers it the keys). Nobody
+ *   is told: the window counts as active until reset() or the next activate(), and calls in between do no harm.
+ * - **Scale**: a handful of windows. A percentage that has not changed costs a comparison.
+ * - **Ownership**: windows that are added belong to the caller and must live as long as they are in the list.
+ * - **Failure**: results are numbers as each member says; nothing is thrown. Only a progress bar that cannot be made is
+ *   shown to the user, in a message box that waits for an answer.
+ * - **Threads**: no locks; keep all use on the thread that opened the dialog.
+ */
+#ifndef QEL_PROGRESS_CTRL_H
+#define QEL_PROGRESS_CTRL_H
+
+#include "qelArray.h"
+#include "qelExport.h"
+#include "qelString.h"
+
+/**
+ * @brief An output window; as it stands, the built-in dialog.
+ *
+ * All objects of this class share one dialog: one that opens it takes it over from the one that had it, which keeps
+ * counting as active and from then on writes to the other's dialog. A copy of an active window shares its dialog
+ * likewise. Destroying a window leaves the dialog alone; reset() it first.
+ */
+class QEL_API qelProgressCtrlWindow
+{
+public:
+    /// Switched off, not active, at 0 percent and without a title.
+    qelProgressCtrlWindow();
+
+    qelProgressCtrlWindow(const qelProgressCtrlWindow& other);
+    virtual ~qelProgressCtrlWindow();
+
+    qelProgressCtrlWindow& operator=(const qelProgressCtrlWindow& other);
+
+    /// @name What a window of the host's own replaces
+    /// @{
+
+    /**
+     * Opens a fresh dialog with that title, after a reset() of what was there. Returns the activity: 1, or 0 when the
+     * dialog cannot be made.
+     */
+    virtual int activate(qelString title);
+
+    /// Closes the dialog when the window is active, and goes back to 0 percent and not active. Always returns 1.
+    virtual int reset();
+
+    /**
+     * Moves to `percent`. Returns 0, and nothing happens, for a percentage outside 0..100, the one there already, or,
+     * unless `force` is not 0, a lower one; otherwise the activity. The percentage of a window that is not active is
+     * kept all the same.
+     */
+    virtual int setPercentage(int percent, int force = 0);
+
+    /// Keeps the title and, when active, shows it. Returns the activity.
+    virtual int setTitle(const qelString& title);
+    /// @}
+
+    /// @name State
+    /// @{
+
+    /// Each copies out what was set last and returns the activity.
+    int getTitle(qelString& title) const;
+    int getPercentage(int& percent) const;
+
+    /// The activity: 1 from activate() to reset(), whether the user has ended the dialog or not.
+    int isActive() const;
+    int getActivity() const;
+
+    /// For windows that show their progress in another way; makes and closes no dialog.
+    void setActivity(int value);
+
+    /// Whether the window takes part in the calls of qelProgressCtrl: 1 or 0.
+    int getOn() const;
+    void switchOn();
+    void switchOff();
+    /// @}
+
+private:
+    bool isShown() const;
+
+    int m_on;          ///< 1 when switched on
+    qelString m_title; ///< the last one set
+    int m_percentage;  ///< 0 to 100
+    int m_activity;    ///< 1 while active
+};
+
+static_assert(sizeof(qelProgressCtrlWindow) == 40, "virtual table, switch, title, percentage, activity");
+
+/// The list of output windows; there is one, see qelProgressCtrl::m_ProgressCtrlWindowController.
+class QEL_API qelProgressCtrlWindowController
+{
+public:
+    /// Puts the built-in window into the list. Deliberately switched off: a program that never asks sees no dialog.
+    qelProgressCtrlWindowController();
+
+    qelProgressCtrlWindowController(const qelProgressCtrlWindowController&) = delete;
+    qelProgressCtrlWindowController& operator=(const qelProgressCtrlWindowController&) = delete;
+
+    /// As qelProgressCtrl::appendOutputWindow().
+    int append(qelProgressCtrlWindow* window);
+
+    /// The windows in the order of the calls. A window is taken out by a null in its place, which every call skips.
+    qelArray<qelProgressCtrlWindow*>& windows();
+
+    /// The built-in window, the first of the list.
+    qelProgressCtrlWindow& defaultWindow();
+
+private:
+    qelArray<qelProgressCtrlWindow*> m_windows; ///< not owned; null entries are windows that have gone
+    qelProgressCtrlWindow m_defaultWindow;
+};
+
+static_assert(sizeof(qelProgressCtrlWindowController) == 64, "a list and a window");
+
+/**
+ * @brief Progress for working code; all members are static.
+ *
+ * Each goes through the windows in the order of the list and passes over null entries and windows that are switched
+ * off.
+ */
+class QEL_API qelProgressCtrl
+{
+public:
+    qelProgressCtrl() = delete;
+
+    /// The one list of windows. Made when the library is loaded; never null.
+    static qelProgressCtrlWindowController* m_ProgressCtrlWindowController;
+
+    /// @name To all windows
+    /// Each returns how many windows answered with anything but 0.
+    /// @{
+    static int activate(qelString title);
+    static int reset();
+    static int setTitle(const qelString& title);
+    static int setPercentage(int percent, int force = 0);
+    /// @}
+
+    /// @name From the first window
+    /// Each returns 1, or 0 and leaves its argument alone when no window is switched on.
+    /// @{
+    static int getTitle(qelString& title);
+    static int getPercentage(int& percent);
+    /// @}
+
+    /**
+     * How many windows are switched on and active. When there are none and `fallback` is not 0, the first of the list
+     * is deliberately switched on and made to count as active from the next call on, without a dialog; this call still
+     * returns 0.
+     */
+    static int isActive(int fallback = 0);
+
+    /**
+     * Adds a window at the end and returns its position; one that is in the list already stays where it is. Every
+     * window of the list is switched off first, even when the new one is refused (-1 for null) or known, and the
+     * built-in one with them. The new one keeps its switch: a host that wants to see it calls switchOn().
+     */
+    static int appendOutputWindow(qelProgressCtrlWindow* window);
+};
+
+#endif
