@@ -14,21 +14,10 @@ namespace qelText
 /// Greatest length of a text, and capacity of both scratch buffers, in units.
 const size_t kCapacity = 0x80000;
 
-/// Units before the terminator, at most `limit`; nothing behind either is read.
-inline size_t measure(const wchar_t* text, size_t limit)
-{
-    size_t length = 0;
-    while (length < limit && text[length] != 0)
-    {
-        ++length;
-    }
-    return length;
-}
-
-/// Units before the terminator, at most kCapacity; 0 for null.
+/// Units before the terminator, at most kCapacity; 0 for null. Nothing behind either is read.
 inline size_t measure(const wchar_t* text)
 {
-    return text == nullptr ? 0 : measure(text, kCapacity);
+    return text == nullptr ? 0 : wcsnlen(text, kCapacity);
 }
 
 /// The text of a representation is stored in whole chunks, so that it can be measured and compared by chunks.
