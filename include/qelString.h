@@ -215,6 +215,7 @@ public:
     /// @{
 
     /// Position of the first `what` at or after `start`, or -1; also -1 when `start` is negative or not below length().
+    /// O(n) for ordinary text, O(n * what.length()) when the beginning of `what` occurs nearly everywhere.
     int find(const qelString& what, int start = 0) const;
 
     /// Position of the last `c`, or -1.
