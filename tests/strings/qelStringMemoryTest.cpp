@@ -137,7 +137,7 @@ TEST(qelStringAllocation, IsNoLargerThanTheTextNeeds)
     const qelString fromWide(wide.c_str());
     const qelString fromNarrow(narrow.c_str());
     // The text, its terminator, and the representation with at most a few units of rounding.
-    EXPECT_LE(largestAllocation, 2 * 1001 + sizeof(qelStringRepr) + 8);
+    EXPECT_LE(largestAllocation, 2 * 1001 + sizeof(qelStringRepr) + 16);
     EXPECT_LT(allocations, 4U);
 }
 
