@@ -77,8 +77,12 @@ private:
 class QEL_API qelString
 {
 public:
-    /// Capacity of both process-wide buffers and the greatest length of a text, in units.
-    static constexpr int kMaxLength = 0x80000;
+    /// Capacity of both process-wide buffers and the greatest length of a text, in units. An enumerator, since
+    /// a constant object would have to be imported wherever it is not folded.
+    enum : int
+    {
+        kMaxLength = 0x80000
+    };
 
     /// The representation of every empty text; made when the library is loaded and never freed.
     static qelStringRepr* m_repEmpty;
