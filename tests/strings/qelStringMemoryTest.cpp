@@ -309,6 +309,19 @@ TEST(qelStringScrub, EachOperationAloneWipesWhatItFrees)
     }
 }
 
+TEST(qelStringScrub, WhatIsCutOffALongTextIsWipedToo)
+{
+    const std::string tooLong = std::string(524288, 'n') + kSecretNarrow;
+    const LookingAtFreedBlocks looking;
+    {
+        qelString text;
+        text.setFromMIFString(tooLong.c_str());
+        EXPECT_EQ(text.length(), 524288);
+    }
+    EXPECT_GE(releases, 2U);
+    EXPECT_EQ(secretsFreed, 0U);
+}
+
 TEST(qelStringGuard, EachOperationStaysInsideItsOwnBlocks)
 {
     const std::wstring source = L"The quick,secret. number 07 40";
