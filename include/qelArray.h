@@ -176,8 +176,8 @@ public:
             T* oldElements = m_elements;
             const long oldPhysicalLength = m_physicalLength;
             const long kept = other.m_logicalLength;
-            m_growLength = other.m_growLength;
             m_elements = kept > 0 ? fresh(kept) : nullptr;
+            m_growLength = other.m_growLength;
             m_physicalLength = kept > 0 ? kept : 0;
             m_logicalLength = kept;
             Reallocator::copy(m_elements, other.m_elements, kept);
@@ -262,8 +262,10 @@ public:
     void setGrowLength(long n) { m_growLength = n; }
 
     /**
-     * Assigns the element at `i`. A position outside the elements in use makes the logical length `i + 1`, growing
-     * the storage when needed; slots in between show what they last held, or a new element where storage was replaced.
+     * Assigns the element at `i`. A position outside the elements in use makes the logical length `i + 1`, as
+     * setLogicalLength() does: while the slots suffice, those in between show again what they last held; when the
+     * storage grows, only the elements that were in use move into it and the slots in between are new. A negative
+     * position stores nothing.
      */
     void setAt(long i, const T& value)
     {

@@ -77,8 +77,12 @@ private:
 class QEL_API qelString
 {
 public:
-    /// Capacity of both process-wide buffers and the greatest length of a text, in units.
-    static const int kMaxLength = 0x80000;
+    /// Capacity of both process-wide buffers and the greatest length of a text, in units. An enumerator, since
+    /// a constant object would have to be imported wherever it is not folded.
+    enum : int
+    {
+        kMaxLength = 0x80000
+    };
 
     /// The representation of every empty text; made when the library is loaded and never freed.
     static qelStringRepr* m_repEmpty;
@@ -215,6 +219,7 @@ public:
     /// @{
 
     /// Position of the first `what` at or after `start`, or -1; also -1 when `start` is negative or not below length().
+    /// O(n) for ordinary text, O(n * what.length()) when the beginning of `what` occurs nearly everywhere.
     int find(const qelString& what, int start = 0) const;
 
     /// Position of the last `c`, or -1.

@@ -26,7 +26,7 @@ namespace
 wchar_t wideScratch[qelText::kCapacity];
 char narrowScratch[qelText::kCapacity];
 
-alignas(uint64_t) wchar_t emptyText[qelText::kUnitsPerChunk];
+wchar_t emptyText[qelText::kUnitsPerChunk];
 alignas(qelStringRepr) unsigned char emptyRepresentation[sizeof(qelStringRepr)];
 
 /// Holds an object that is made once and never destroyed, whatever its class says.

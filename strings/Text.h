@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <emmintrin.h>
 #include <stddef.h>
 #include <stdint.h>
 #include <string.h>
@@ -14,67 +15,56 @@ namespace qelText
 /// Greatest length of a text, and capacity of both scratch buffers, in units.
 const size_t kCapacity = 0x80000;
 
-/// Units before the terminator, at most `limit`; nothing behind either is read.
-inline size_t measure(const wchar_t* text, size_t limit)
-{
-    size_t length = 0;
-    while (length < limit && text[length] != 0)
-    {
-        ++length;
-    }
-    return length;
-}
-
-/// Units before the terminator, at most kCapacity; 0 for null.
+/// Units before the terminator, at most kCapacity; 0 for null. Nothing behind either is read.
 inline size_t measure(const wchar_t* text)
 {
-    return text == nullptr ? 0 : measure(text, kCapacity);
+    return text == nullptr ? 0 : wcsnlen(text, kCapacity);
 }
 
 /// The text of a representation is stored in whole chunks, so that it can be measured and compared by chunks.
-const size_t kUnitsPerChunk = 4;
+const size_t kUnitsPerChunk = 8;
 
-inline uint64_t chunk(const wchar_t* text)
+inline __m128i chunk(const wchar_t* text)
 {
-    uint64_t units;
-    memcpy(&units, text, sizeof units);
-    return units;
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
 }
 
-/// Whether one of the four units is 0: only there does subtracting 1 set the highest bit of a unit that had it clear.
-inline bool holdsTerminator(uint64_t units)
+/// Two bits for each unit, from the lowest up: set where both chunks have the same unit.
+inline unsigned long equalUnits(__m128i a, __m128i b)
 {
-    return ((units - 0x0001000100010001U) & ~units & 0x8000800080008000U) != 0;
+    return static_cast<unsigned long>(_mm_movemask_epi8(_mm_cmpeq_epi16(a, b)));
 }
 
-/// As measure(), for the text of a representation only: reads up to the end of the chunk that holds the terminator.
-inline size_t measureOwn(const wchar_t* text)
+const unsigned long kAllUnits = 0xFFFF;
+
+/// The same bits, set where the unit is `c`.
+inline unsigned long unitsEqualTo(__m128i units, wchar_t c)
 {
-    size_t length = 0;
-    while (!holdsTerminator(chunk(text + length)))
-    {
-        length += kUnitsPerChunk;
-    }
-    while (text[length] != 0)
-    {
-        ++length;
-    }
-    return length;
+    return equalUnits(units, _mm_set1_epi16(static_cast<short>(c)));
 }
 
-/// The same, at most `limit`, without a look at the rest.
-inline size_t measureOwn(const wchar_t* text, size_t limit)
+/// Position of the first of those bits, which must not all be clear, in units.
+inline size_t firstUnit(unsigned long bits)
 {
-    size_t length = 0;
-    while (length < limit && !holdsTerminator(chunk(text + length)))
+    unsigned long bit = 0;
+    _BitScanForward(&bit, bits);
+    return bit / 2;
+}
+
+/// As measure(), for the text of a representation only: reads up to the end of the chunk that holds the terminator, and
+/// no chunk from `limit` on.
+inline size_t measureOwn(const wchar_t* text, size_t limit = SIZE_MAX)
+{
+    for (size_t length = 0; length < limit; length += kUnitsPerChunk)
     {
-        length += kUnitsPerChunk;
+        const unsigned long terminators = unitsEqualTo(chunk(text + length), 0);
+        if (terminators != 0)
+        {
+            length += firstUnit(terminators);
+            return length < limit ? length : limit;
+        }
     }
-    while (length < limit && text[length] != 0)
-    {
-        ++length;
-    }
-    return length < limit ? length : limit;
+    return limit;
 }
 
 /// Overwrites memory with zeros in a way that the optimiser keeps.
@@ -121,9 +111,13 @@ inline bool contains(const wchar_t* set, size_t length, wchar_t c)
 /// The first `c` in the text from `text` to `end`, or null.
 inline const wchar_t* findUnit(const wchar_t* text, const wchar_t* end, wchar_t c)
 {
-    const uint64_t sought = c * 0x0001000100010001U;
-    while (static_cast<size_t>(end - text) >= kUnitsPerChunk && !holdsTerminator(chunk(text) ^ sought))
+    while (static_cast<size_t>(end - text) >= kUnitsPerChunk)
     {
+        const unsigned long hits = unitsEqualTo(chunk(text), c);
+        if (hits != 0)
+        {
+            return text + firstUnit(hits);
+        }
         text += kUnitsPerChunk;
     }
     while (text < end && *text != c)

@@ -5,6 +5,8 @@
 #include "strings/CodePage.h"
 #include "strings/Text.h"
 
+static_assert(qelString::kMaxLength == qelText::kCapacity, "one limit, told to callers and to the library's sources");
+
 namespace
 {
 char* allocateNarrow(int bytes)
@@ -30,9 +32,6 @@ char* narrowCopy(const wchar_t* text, int units)
     return narrow;
 }
 } // namespace
-
-// Hosts that take its address need it in the library.
-const int qelString::kMaxLength;
 
 qelStringRepr::qelStringRepr(wchar_t* data)
     : m_data(data)
@@ -326,12 +325,11 @@ qelStringRepr* qelString::represent(const char* text, size_t length, unsigned co
     // No code page makes more units than it has bytes, so one conversion into that much room does.
     const int room = static_cast<int>(length);
     qelStringRepr* rep = qelStringRepr::create(length);
-    const int made = MultiByteToWideChar(codePage, 0, text, room, rep->m_data, room);
-    rep->m_data[made] = 0;
-    const size_t whole = qelText::measureOwn(rep->m_data);
-    const size_t units = whole < qelText::kCapacity ? whole : qelText::kCapacity;
-    // Ends the text, and leaves nothing behind it that its own scrubbing would not reach.
-    qelText::scrub(rep->m_data + units, (length - units) * sizeof(wchar_t));
+    const size_t made = static_cast<size_t>(MultiByteToWideChar(codePage, 0, text, room, rep->m_data, room));
+    memset(rep->m_data + made, 0, (length - made) * sizeof(wchar_t));
+    const size_t units = qelText::measureOwn(rep->m_data, qelText::kCapacity);
+    // Leaves nothing behind the text that its own scrubbing would not reach.
+    qelText::scrub(rep->m_data + units, (made - units) * sizeof(wchar_t));
     if (units == 0)
     {
         delete rep;

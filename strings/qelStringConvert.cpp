@@ -17,9 +17,6 @@ const int kDoubleCapacity = 1024;
 const size_t kTimeCapacity = 18;
 const size_t kDateCapacity = 255;
 
-// What most formatted times fit into, terminator included.
-const size_t kShortTime = 128;
-
 bool isRadix(int radix)
 {
     return radix >= 2 && radix <= 36;
@@ -68,9 +65,14 @@ qelString qelString::longToString(long value, int radix)
 
 qelString qelString::doubleToString(double value, int digits)
 {
+    if (digits < 0 || digits >= kDoubleCapacity)
+    {
+        return qelString();
+    }
     char text[kDoubleCapacity];
-    const bool possible = digits >= 0 && digits < kDoubleCapacity;
-    return possible && _gcvt_s(text, kDoubleCapacity, value, digits) == 0 ? qelString(text) : qelString();
+    const qelString result(_gcvt_s(text, kDoubleCapacity, value, digits) == 0 ? text : "");
+    qelText::scrub(text, sizeof text);
+    return result;
 }
 
 qelString& qelString::format(const char* fmt, ...)
@@ -131,20 +133,8 @@ qelString& qelString::formatTime(size_t maxSize, const char* fmt, const tm* when
     {
         return empty();
     }
-    char brief[kShortTime];
-    size_t bytes = strftime(brief, maxSize < kShortTime ? maxSize : kShortTime, fmt, when);
-    if (bytes > 0)
-    {
-        adopt(represent(brief, bytes, CP_ACP));
-        qelText::scrub(brief, bytes);
-        return *this;
-    }
-    if (maxSize <= kShortTime)
-    {
-        return empty();
-    }
     const qelText::NarrowBuffer buffer(maxSize);
-    bytes = strftime(buffer.data(), maxSize, fmt, when);
+    const size_t bytes = strftime(buffer.data(), maxSize, fmt, when);
     return adopt(represent(buffer.data(), bytes, CP_ACP));
 }
 

@@ -101,19 +101,20 @@ int qelString::compare(const qelString& a, const qelString& b)
     {
         return 0;
     }
-    uint64_t units = qelText::chunk(left);
-    while (units == qelText::chunk(right) && !qelText::holdsTerminator(units))
+    size_t at = 0;
+    unsigned long decisive = 0;
+    for (;; at += qelText::kUnitsPerChunk)
     {
-        left += qelText::kUnitsPerChunk;
-        right += qelText::kUnitsPerChunk;
-        units = qelText::chunk(left);
+        const __m128i units = qelText::chunk(left + at);
+        const unsigned long different = qelText::equalUnits(units, qelText::chunk(right + at)) ^ qelText::kAllUnits;
+        decisive = different | qelText::unitsEqualTo(units, 0);
+        if (decisive != 0)
+        {
+            break;
+        }
     }
-    while (*left == *right && *right != 0)
-    {
-        ++left;
-        ++right;
-    }
-    return (*left > *right) - (*left < *right);
+    at += qelText::firstUnit(decisive);
+    return (left[at] > right[at]) - (left[at] < right[at]);
 }
 
 int qelString::compare(const qelString& a, const qelString& b, int n)

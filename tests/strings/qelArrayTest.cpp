@@ -530,12 +530,30 @@ TEST(qelArrayObjects, SetAtBehindTheStorageKeepsOnlyTheElementsInUse)
     EXPECT_EQ(valuesOf(array), Values({ 1, 2, 0, 0, 0, 0, 0, 0, 0, 5 }));
 }
 
-TEST(qelArrayObjects, SetAtBehindTheEndShowsWhatSpareSlotsHeld)
+TYPED_TEST(qelArrayBothPolicies, SetAtBehindTheEndShowsWhatSpareSlotsHeldWhileTheStorageSuffices)
 {
-    qelArray<int> array = filled<qelArray<int>>({ 1, 2, 3, 4 });
+    // As raising the logical length does.
+    TypeParam array = filled<TypeParam>({ 1, 2, 3, 4 });
     array.setLogicalLength(1);
     array.setAt(3, 9);
     EXPECT_EQ(valuesOf(array), Values({ 1, 2, 3, 9 }));
+    EXPECT_EQ(array.physicalLength(), 8);
+}
+
+TYPED_TEST(qelArrayBothPolicies, SetAtOfANegativePositionSetsTheLengthAndStoresNothing)
+{
+    TypeParam array = filled<TypeParam>({ 1, 2, 3 });
+    array.setAt(-1, 9);
+    EXPECT_EQ(array.length(), 0);
+    EXPECT_EQ(array.physicalLength(), 8);
+    array.setLogicalLength(3);
+    EXPECT_EQ(valuesOf(array), Values({ 1, 2, 3 }));
+    TypeParam empty;
+    empty.setAt(-5, 9);
+    EXPECT_EQ(empty.length(), -4);
+    EXPECT_EQ(empty.physicalLength(), 0);
+    empty.append(array);
+    EXPECT_EQ(valuesOf(empty), Values({ 1, 2, 3 }));
 }
 
 TEST(qelArrayObjects, PlainElementsStartAtZero)
@@ -783,9 +801,16 @@ TEST(qelArrayPlainValues, AreNotConstructed)
 
 size_t allocatedBytes;
 size_t freedBlocks;
+bool nextAllocationFails;
 
 void* watchedMalloc(size_t bytes)
 {
+    if (nextAllocationFails)
+    {
+        // Only this one: throwing takes memory, too.
+        nextAllocationFails = false;
+        return nullptr;
+    }
     allocatedBytes += bytes;
     return malloc(bytes);
 }
@@ -805,6 +830,7 @@ protected:
     {
         allocatedBytes = 0;
         freedBlocks = 0;
+        nextAllocationFails = false;
     }
 
 private:
@@ -827,6 +853,31 @@ TEST_F(qelArrayStorage, ComesFromTheControllerInWholeElements)
         EXPECT_EQ(freedBlocks, 1U);
     }
     EXPECT_EQ(freedBlocks, 2U);
+}
+
+TEST_F(qelArrayStorage, WithoutMemoryTheArrayStaysAsItWas)
+{
+    void (*const operations[])(qelArray<int>&, const qelArray<int>&) = {
+        [](qelArray<int>& array, const qelArray<int>& other) { array = other; },
+        [](qelArray<int>& array, const qelArray<int>& other) { array.append(other); },
+        [](qelArray<int>& array, const qelArray<int>&) { array.append(9); },
+        [](qelArray<int>& array, const qelArray<int>&) { array.append(array[0]); },
+        [](qelArray<int>& array, const qelArray<int>&) { array.insertAt(0, 9); },
+        [](qelArray<int>& array, const qelArray<int>&) { array.setAt(100, 9); },
+        [](qelArray<int>& array, const qelArray<int>&) { array.setPhysicalLength(1); },
+    };
+    qelArray<int> other(0, 5);
+    other.append(7);
+    other.append(8);
+    for (const auto operation : operations)
+    {
+        qelArray<int> array = filled<qelArray<int>>({ 1, 2, 3, 4, 5, 6, 7, 8 });
+        nextAllocationFails = true;
+        EXPECT_THROW(operation(array, other), std::bad_alloc);
+        EXPECT_EQ(valuesOf(array), Values({ 1, 2, 3, 4, 5, 6, 7, 8 }));
+        EXPECT_EQ(array.physicalLength(), 8);
+        EXPECT_EQ(array.growLength(), 8);
+    }
 }
 
 TEST_F(qelArrayStorage, ControllerAllocatesCountTimesSize)

@@ -101,6 +101,16 @@ TEST(qelStringNumbers, AreTheRuntimesTextOfADouble)
     }
 }
 
+TEST(qelStringNumbers, MayAskForMoreDigitsThanADoubleHas)
+{
+    EXPECT_EQ(qelString::doubleToString(0.5, 1000).toDouble(), 0.5);
+    EXPECT_EQ(qelString::doubleToString(-1e-300, 1000).toDouble(), -1e-300);
+    // One that no longer fits the buffer of 1,024 bytes with its exponent fails in the runtime, or is shortened by it.
+    const LenientRuntime lenient;
+    const qelString widest = qelString::doubleToString(-1.0 / 3e300, 1023);
+    EXPECT_TRUE(isShared(widest, qelString()) || widest.toDouble() == -1.0 / 3e300) << plain(widest);
+}
+
 TEST(qelStringNumbers, AreEmptyForAnImpossibleNumberOfDigits)
 {
     for (const int digits : {INT_MIN, -1, 1024, INT_MAX})

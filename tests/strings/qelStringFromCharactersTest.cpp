@@ -122,4 +122,30 @@ TEST_F(qelStringFromCharacters, HoldsOneUnitLessThanTheLimit)
     EXPECT_EQ(representationOf(text), qelString::m_repEmpty);
     text.~qelString();
 }
+
+/// The way back, which is private as well.
+void appendCharacters(const qelString& text, Characters& chars)
+{
+    (text.*member(StringToCharacters()))(chars);
+}
+
+TEST(qelStringToCharacters, AppendsEveryUnitBehindWhatIsThere)
+{
+    Characters chars = characters(L"ab");
+    appendCharacters(L"cd\xFFFF", chars);
+    ASSERT_EQ(chars.length(), 5);
+    EXPECT_EQ(std::wstring(&chars[0], 5), L"abcd\xFFFF");
+    appendCharacters(L"", chars);
+    EXPECT_EQ(chars.length(), 5);
+}
+
+TEST(qelStringToCharacters, GrowsTheStorageAsAppendingDoes)
+{
+    Characters chars;
+    appendCharacters(L"12345678", chars);
+    EXPECT_EQ(chars.physicalLength(), 8);
+    appendCharacters(L"9", chars);
+    EXPECT_EQ(chars.physicalLength(), 16);
+    EXPECT_EQ(chars[8], L'9');
+}
 } // namespace

@@ -1,6 +1,7 @@
 // How the text allocates, what it leaves behind when it frees, and what it does when there is no memory.
 
 #include "qelString.h"
+#include "support/GuardedMemory.h"
 #include "support/ImportHook.h"
 #include "support/MemorySearch.h"
 #include "support/StringInternals.h"
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <malloc.h>
+#include <time.h>
 #include <windows.h>
 
 #include <new>
@@ -135,7 +137,7 @@ TEST(qelStringAllocation, IsNoLargerThanTheTextNeeds)
     const qelString fromWide(wide.c_str());
     const qelString fromNarrow(narrow.c_str());
     // The text, its terminator, and the representation with at most a few units of rounding.
-    EXPECT_LE(largestAllocation, 2 * 1001 + sizeof(qelStringRepr) + 8);
+    EXPECT_LE(largestAllocation, 2 * 1001 + sizeof(qelStringRepr) + 16);
     EXPECT_LT(allocations, 4U);
 }
 
@@ -245,6 +247,94 @@ TEST(qelStringScrub, WatchingSeesASecretThatIsNotWiped)
     memcpy(block, kSecretWide, sizeof kSecretWide);
     qelMemoryControllerController::deallocateArray(block);
     EXPECT_EQ(secretsFreed, 1U);
+}
+
+/// Every operation that makes, changes or takes apart a text.
+void (*const allOperations[])(qelString&) = {
+    [](qelString& s) { s = L"other"; },
+    [](qelString& s) { s = "other"; },
+    [](qelString& s) { s += s; },
+    [](qelString& s) { s >>= 1; },
+    [](qelString& s) { s = s >> 2; },
+    [](qelString& s) { s.setAt(0, L'x'); },
+    [](qelString& s) { s.replace(L'q', L'Q'); },
+    [](qelString& s) { s.replace(L'q', L'\0'); },
+    [](qelString& s) { s.replace(L"quick", L"slow"); },
+    [](qelString& s) { s.replace(L" ", s); },
+    [](qelString& s) { s.replace(1, 3, s); },
+    [](qelString& s) { s.removeAll(L'T'); },
+    [](qelString& s) { s = s.left(29); },
+    [](qelString& s) { s = s.right(29); },
+    [](qelString& s) { s = s.mid(1); },
+    [](qelString& s) { s.copy(s, 1, 28); },
+    [](qelString& s) { s.TrimLeft(L"T"); },
+    [](qelString& s) { s.TrimRight(L"2"); },
+    [](qelString& s) { s.toUpper(); },
+    [](qelString& s) { s.toLower(); },
+    [](qelString& s) { s = s.strRev(); },
+    [](qelString& s) { s.format(L"<%s>", s.getStringW()); },
+    [](qelString& s) { s.format("<%s>", s.getStringA()); },
+    [](qelString& s) { s.setFromMIFString(s.getStringA()); },
+    [](qelString& s) {
+        const tm when = {};
+        s.formatTime(2000, s.getStringA(), &when);
+    },
+    [](qelString& s) {
+        qelArray<qelString> tokens;
+        qelString::getTokens(s, tokens, L",");
+        qelString::getTokens(s, tokens, L",", L"T");
+    },
+    [](qelString& s) {
+        qelString drive, dir, fname, ext;
+        s.SplitPath(drive, dir, fname, ext);
+        s.MakePath(drive, dir, fname, ext);
+    },
+    [](qelString& s) { (void)(s.find(L"40712") + s.find_last_of('2') + qelString::compareWithNumbers(s, L"The 5")); },
+};
+
+TEST(qelStringScrub, EachOperationAloneWipesWhatItFrees)
+{
+    const LookingAtFreedBlocks looking;
+    for (size_t i = 0; i < sizeof allOperations / sizeof *allOperations; ++i)
+    {
+        releases = 0;
+        {
+            qelString text(kSecretWide);
+            (void)text.getStringA();
+            allOperations[i](text);
+            (void)text.getStringA();
+        }
+        EXPECT_GE(releases, 2U) << i;
+        EXPECT_EQ(secretsFreed, 0U) << i;
+    }
+}
+
+TEST(qelStringScrub, WhatIsCutOffALongTextIsWipedToo)
+{
+    const std::string tooLong = std::string(524288, 'n') + kSecretNarrow;
+    const LookingAtFreedBlocks looking;
+    {
+        qelString text;
+        text.setFromMIFString(tooLong.c_str());
+        EXPECT_EQ(text.length(), 524288);
+    }
+    EXPECT_GE(releases, 2U);
+    EXPECT_EQ(secretsFreed, 0U);
+}
+
+TEST(qelStringGuard, EachOperationStaysInsideItsOwnBlocks)
+{
+    const std::wstring source = L"The quick,secret. number 07 40";
+    const qelTest::GuardedHeap heap;
+    for (size_t length = 0; length <= source.size(); ++length)
+    {
+        for (const auto operation : allOperations)
+        {
+            qelString text(source.substr(source.size() - length).c_str());
+            operation(text);
+            EXPECT_GE(text.length(), 0);
+        }
+    }
 }
 
 /// A text that stands nowhere in the process until it is made, and the part of it that is looked for.

@@ -29,8 +29,15 @@ struct RepresentationCount
     friend type member(RepresentationCount);
 };
 
+struct StringToCharacters
+{
+    using type = void (qelString::*)(qelArray<wchar_t>&) const;
+    friend type member(StringToCharacters);
+};
+
 template struct PrivateMember<StringRepresentation, &qelString::m_rep>;
 template struct PrivateMember<StringCharCache, &qelString::m_charCache>;
+template struct PrivateMember<StringToCharacters, &qelString::StringToArr>;
 template struct PrivateMember<RepresentationData, &qelStringRepr::m_data>;
 template struct PrivateMember<RepresentationCount, &qelStringRepr::m_refCount>;
 
