@@ -31,8 +31,9 @@
  *   and so must come from `new`. A refused entry stays with the caller. A copy of a tree shares the entries of the
  *   first one, and a copy of an entry that is in a tree shares its subtrees: destroying both is not supported.
  * - **Scale and cost**: while nothing is removed, n entries are at most 1.45 * log2(n + 2) levels deep, and search()
- *   and insert() compare once a level. remove() leaves the levels as they are, by design. After random removals that
- *   hardly shows, but there are sequences in which each removal brings another level, down to a chain of all entries.
+ *   and insert() compare once a level. remove() never rebalances, by design: replacing every entry at random five times
+ *   about doubles the levels, and there are sequences in which each removal brings another one, down to a chain of all
+ *   entries. docs/numbering.md has numbers, and a way to rebuild a tree.
  * - **Stack**: no operation recurses, however deep removals have left the tree: a million removals need no more stack
  *   than none. Destroying a whole tree takes two nested destructors.
  * - **Failure**: the values of qelBalancedTreeEntry::eError; nothing throws except what a comparison throws, which
@@ -127,7 +128,7 @@ private:
     qelBalancedTreeEntry* m_right; ///< entries behind this one, or null
 };
 
-static_assert(sizeof(qelBalancedTreeEntry) == 32, "virtual table, weight and two links");
+static_assert(sizeof(qelBalancedTreeEntry) == 32, "virtual table, weight and side, two links");
 
 /// @brief The tree; see the head of this file for ownership, cost and depth.
 class QEL_API qelBalancedTree

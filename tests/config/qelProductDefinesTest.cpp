@@ -1,4 +1,5 @@
 #include "qelProductDefines.h"
+#include "support/ImportHook.h"
 
 #include <gtest/gtest.h>
 
@@ -41,6 +42,25 @@ std::wstring letters(size_t count)
 }
 
 void returnToTheCaller(const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t) {}
+
+int boundedFailures = 0;
+
+/// The runtime's own copy; counts those that it refuses.
+errno_t countingCopy(wchar_t* to, size_t capacity, const wchar_t* from)
+{
+    EXPECT_EQ(capacity, 260u);
+    const errno_t error = wcscpy_s(to, capacity, from);
+    boundedFailures += error != 0 ? 1 : 0;
+    return error;
+}
+
+errno_t countingAppend(wchar_t* to, size_t capacity, const wchar_t* from)
+{
+    EXPECT_EQ(capacity, 260u);
+    const errno_t error = wcscat_s(to, capacity, from);
+    boundedFailures += error != 0 ? 1 : 0;
+    return error;
+}
 
 /// Lets the C runtime's failures return, as they do by themselves on msvcrt.
 class qelProductDefinesFailure : public testing::Test
@@ -178,6 +198,26 @@ TEST_F(qelProductDefinesFailure, ANullNameBecomesEmpty)
     qelProductDefines::setOVProductName(nullptr);
     EXPECT_EQ(name(), L"");
     EXPECT_EQ(path(), L"Kelvara\\\\");
+}
+
+TEST_F(qelProductDefinesFailure, WhatDoesNotFitIsHandedToTheRuntimesBoundedCopies)
+{
+    const qelTest::ImportHook copyHook("wcscpy_s", &countingCopy);
+    const qelTest::ImportHook appendHook("wcscat_s", &countingAppend);
+    const struct
+    {
+        size_t length;
+        int failures;
+    } rows[] = {{0, 0}, {250, 0}, {251, 1}, {252, 1}, {259, 1}, {260, 1}};
+    for (const auto& row : rows)
+    {
+        boundedFailures = 0;
+        set(letters(row.length));
+        EXPECT_EQ(boundedFailures, row.failures) << row.length;
+    }
+    boundedFailures = 0;
+    qelProductDefines::setOVProductName(nullptr);
+    EXPECT_EQ(boundedFailures, 1);
 }
 
 TEST_F(qelProductDefinesFailure, ALaterNameThatFitsWorksAsEver)

@@ -7,6 +7,7 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <numeric>
 #include <random>
@@ -1210,6 +1211,45 @@ TEST_F(qelBalancedTreeTest, RemovalsMayMakeTheTreeOneLevelDeeperEach)
             EXPECT_GE(chainLength(tree, chain.toLeft), rounds - 1);
             EXPECT_EQ(walked(tree), std::vector<int>(keys.begin(), keys.end()));
         }
+    }
+}
+
+int levels(const Entry* entry)
+{
+    return entry == nullptr ? 0 : 1 + std::max(levels(look(entry).left), levels(look(entry).right));
+}
+
+TEST_F(qelBalancedTreeTest, ReplacingEntriesAtRandomDeepensTheTreeAsDocumented)
+{
+    // The numbers of docs/numbering.md, from a model of the tree's rules outside this program.
+    const std::map<int, int> documented = {{0, 16}, {1, 21}, {5, 33}, {10, 58}, {20, 77}};
+    std::mt19937 random(1);
+    qelBalancedTree tree;
+    std::vector<int> keys(10000);
+    const auto addNewKey = [&](int& key)
+    {
+        do
+        {
+            key = static_cast<int>(random() >> 1);
+        } while (add(tree, key) != Base::eNoError);
+    };
+    for (int& key : keys)
+    {
+        addNewKey(key);
+    }
+    for (int round = 0; round <= 20; ++round)
+    {
+        if (documented.count(round) == 1)
+        {
+            EXPECT_EQ(levels(rootOf(tree)), documented.at(round)) << "after replacing all " << round << " times";
+        }
+        for (size_t i = 0; i < keys.size(); ++i)
+        {
+            int& key = keys[random() % keys.size()];
+            ASSERT_EQ(take(tree, key), Base::eNoError);
+            addNewKey(key);
+        }
+        Entry::s_destroyed.clear();
     }
 }
 

@@ -60,9 +60,13 @@ private:
     }
 };
 
+/// A range with something in every field.
 StructNumberingDataRange range(const wchar_t* firstSymbol, int symbolCount, const wchar_t* defaultStart)
 {
     StructNumberingDataRange made;
+    made.rangeValue = 77;
+    made.rangeName = L"a name";
+    made.rangeText = L"a text";
     made.firstSymbol = firstSymbol;
     made.symbolCount = symbolCount;
     made.defaultStart = defaultStart;
@@ -149,15 +153,24 @@ TEST(qelNumberCreator, AssignmentLeavesTheRangeOfTheTargetAlone)
     original.setNumberingSufix(L">");
     original.next();
 
-    Probe target = creator(L"A", 26, L"Q", kLetters);
+    StructNumberingDataRange own = range(L"A", 26, L"Q");
+    own.rangeValue = 5;
+    own.rangeName = L"own name";
+    own.rangeText = L"own text";
+    Probe target;
+    target.overrideDataRange(own, kLetters);
     target = original;
     EXPECT_EQ(target.getNumberingType(), kNumeric);
     EXPECT_EQ(target.prefix(), L"<");
     EXPECT_EQ(target.suffix(), L">");
     EXPECT_EQ(target.start(), L"7");
     EXPECT_EQ(target.current(), L"8");
+    EXPECT_EQ(target.range().rangeValue, 5);
+    EXPECT_EQ(text(target.range().rangeName), L"own name");
     EXPECT_EQ(text(target.range().firstSymbol), L"A");
     EXPECT_EQ(target.range().symbolCount, 26);
+    EXPECT_EQ(text(target.range().defaultStart), L"Q");
+    EXPECT_EQ(text(target.range().rangeText), L"own text");
 
     Probe fresh;
     fresh = original;

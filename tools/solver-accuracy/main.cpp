@@ -275,10 +275,10 @@ void printErrors(Errors& errors)
 {
     if (errors.empty())
     {
-        printf(" %6.2f%% | - | - | - |", errors.comparedPercent());
+        printf(" %.2f%% | - | - | - |", errors.comparedPercent());
         return;
     }
-    printf(" %6.2f%% | %.1e | %.1e | %.1e |", errors.comparedPercent(), errors.quantile(0.5), errors.quantile(0.99),
+    printf(" %.2f%% | %.1e | %.1e | %.1e |", errors.comparedPercent(), errors.quantile(0.5), errors.quantile(0.99),
            errors.quantile(1.0));
 }
 
