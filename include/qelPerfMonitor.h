@@ -15,7 +15,8 @@
  *   added, so that a start and its end stand on one line of the file.
  * - **Scale**: stretches of some 100 milliseconds and more; each line costs opening and closing a file.
  * - **Ownership**: no file stays open between calls.
- * - **Failure**: a log that cannot be written is lost in silence.
+ * - **Failure**: a log that cannot be written is lost in silence. A label that leaves no room for the times is refused
+ *   as by qelString::format(): the line then holds the time of day only.
  * - **Threads**: one instance belongs to one thread; otherwise as `qelString`.
  */
 #ifndef QEL_PERF_MONITOR_H

@@ -50,7 +50,7 @@ void assertion_failed_msg(const char* condition, const char*, const char* functi
 
 namespace
 {
-/// Steps of one attempt: about a second, and far more than any sensible pattern needs for the longest text.
+/// Steps of one attempt: some tenths of a second, and far more than any sensible pattern needs for the longest text.
 const long kMostSteps = 50000000;
 
 /// Stack that the second attempt gets: enough for a repeated group on the longest text.

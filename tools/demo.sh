@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Sets up a small installation under Wine and lets the example host ask the library for its data sources, number a part
-# list, print section values and show the progress of a long operation.
+# list, print section values, write the files that support asks for and show the progress of a long operation.
 set -euo pipefail
 
 # shellcheck source=tools/lib.sh
@@ -13,9 +13,9 @@ usage: demo.sh
 
 Builds the library and its example host for 64-bit Windows, prepares what an installation of the application leaves on
 a machine (registry values, a configuration file, an ODBC driver and database files), and runs the host under Wine: it
-looks up data sources and connects to their databases for real, numbers a part list, prints section values, and shows
-the progress of a long operation in a dialog. A picture of that dialog is left in
-build/linux-mingw-release/demo/progress.png.
+looks up data sources and connects to their databases for real, numbers a part list, prints section values, writes and
+shows the files that support asks a customer for, and shows the progress of a long operation in a dialog. A picture of
+that dialog is left in build/linux-mingw-release/demo/progress.png.
 
   --help     show this text
 
@@ -45,7 +45,8 @@ write_files()
 {
     local folder=$drive/Orvalis/Data
     rm -rf "$drive"
-    mkdir -p "$folder/Catalogs" "$folder/Configuration" "$folder/Lists" "$folder/Kernel/Data" "$drive/Orvalis/Bin"
+    mkdir -p "$folder/Catalogs" "$folder/Configuration" "$folder/Lists" "$folder/Kernel/Data" \
+        "$drive/Orvalis/Bin" "$drive/Orvalis/Logs"
     cp "$qel_build/bin/host.exe" "$qel_build/bin/VarnelQELRoots.dll" "$drive/Orvalis/Bin"
     cp "$qel_source/examples/host/data/parts.csv" "$folder/Lists"
 
@@ -159,6 +160,14 @@ take_picture()
     import -window root -trim +repage "$2"
 }
 
+# Whether a line of file $1 matches the regular expression $2.
+expect_match()
+{
+    ! grep -qE -- "$2" "$1" || return 0
+    echo "unexpected: $1 has no line like \"$2\""
+    unexpected=$((unexpected + 1))
+}
+
 end_everything_on_exit
 install_packages
 lock_build
@@ -185,6 +194,8 @@ say "host number"
 run_host "$demo/number.txt" number --file "$parts" --limit 12
 say "host section"
 run_host "$demo/section.txt" section --file "$parts" "HEA 200" "IPE 300" "UPN 200" "RO 42.4x3.2"
+say "host diagnose"
+run_host "$demo/diagnose.txt" diagnose 'D:\Orvalis\Logs'
 
 say "Checking"
 unexpected=0
@@ -206,8 +217,19 @@ expect_lines "$demo/number.txt" "A9-S235JR L 120x120x12 220 16 CH HS" "A10-S235J
 expect_lines "$demo/number.txt" "12 of 99 part numbers"
 expect_lines "$demo/section.txt" "HEA 200 I 190 200 6.5 10 18 135" "IPE 300 I 300 150 7.1 10.7 15 250" \
     "UPN 200 U 200 75 8.5 11.5 11.5 155" "RO 42.4x3.2 RO 42.4 42.4 3.2 - - -"
+for name in Diagnose DiagnosePerf DiagnoseModules DiagnoseObjects; do
+    expect_match "$demo/diagnose.txt" ", in D:\\\\Orvalis\\\\Logs\\\\$name\.log\$"
+    [ -s "$drive/Orvalis/Logs/$name.log" ] || fail "$name.log was not written"
+done
+time='\[[0-9]{2}:[0-9]{2}:[0-9]{2}\]'
+expect_match "$demo/diagnose.txt" "^$time diagnosis begins\$"
+expect_match "$demo/diagnose.txt" \
+    "^$time Start = Module table : ([0-9]+)$time End = Module table : \\1 -> [0-9]+ \(Diff = [0-9]+\)\$"
+expect_match "$demo/diagnose.txt" \
+    '^0x[0-9a-f]{8}  0x[0-9a-f]+ +[0-9]+\.[0-9]{2}\.[0-9]{4}\.[0-9]{4} +D:\\Orvalis\\Bin\\VarnelQELRoots\.dll$'
+expect_match "$demo/diagnose.txt" "^$time not destroyed: Beam\$"
 [ "$unexpected" -eq 0 ] || fail "$unexpected of the results are not what they should be"
-echo "Part numbers and section values came out as they should."
+echo "Part numbers, section values and diagnoses came out as they should."
 echo "All ${#names[@]} data sources came out as they should, the same with both configuration files."
 
 say "host progress"

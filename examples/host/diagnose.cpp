@@ -10,6 +10,7 @@
 #include <windows.h>
 
 #include <filesystem>
+#include <set>
 
 namespace
 {
@@ -18,7 +19,7 @@ class DebuggerTexts
 {
 public:
     DebuggerTexts()
-        : m_handler(AddVectoredExceptionHandler(1, reinterpret_cast<PVECTORED_EXCEPTION_HANDLER>(collect)))
+        : m_handler(AddVectoredExceptionHandler(1, collect))
     {
         s_texts.clear();
     }
@@ -63,16 +64,29 @@ public:
         : m_className(className)
     {
         qelDebugInterfaces::objectConstructed(m_className, this);
+        s_living.insert(this);
     }
 
-    ~Component() { qelDebugInterfaces::objectDestroied(m_className, this); }
+    ~Component()
+    {
+        s_living.erase(this);
+        qelDebugInterfaces::objectDestroied(m_className, this);
+    }
 
     Component(const Component&) = delete;
     Component& operator=(const Component&) = delete;
 
+    const qelString& className() const { return m_className; }
+
+    /// The objects not destroyed yet. The library itself names them only in a build with debug output.
+    static const std::set<const Component*>& living() { return s_living; }
+
 private:
+    static std::set<const Component*> s_living;
     qelString m_className;
 };
+
+std::set<const Component*> Component::s_living;
 
 std::wstring fullPath(const std::wstring& folder, const wchar_t* name)
 {
@@ -111,6 +125,10 @@ void useObjects(const std::wstring& path)
     log.reset();
     qelString text;
     log.appendWithSave(text.format(L"%d objects recorded\n", qelDebugInterfaces::entriesNumber()));
+    for (const Component* left : Component::living())
+    {
+        log.appendWithSave(text.format(L"not destroyed: %s\n", left->className().getStringW()));
+    }
     for (const qelString& line : listing.all())
     {
         // The library puts line ends before its lines.
@@ -118,7 +136,7 @@ void useObjects(const std::wstring& path)
     }
     if (listing.all().empty())
     {
-        log.appendWithSave(L"this build of the library does not list those that are left (QEL_DEBUG_OUTPUT)\n");
+        log.appendWithSave(L"the library's own list is shown by a build with QEL_DEBUG_OUTPUT only\n");
     }
     qelDebugInterfaces::clearAllDebugInfo(&document);
 }

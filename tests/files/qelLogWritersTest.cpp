@@ -1,4 +1,4 @@
-// Logs that several processes write to. This program is the other process too.
+// Logs that other processes write to. This program is the other process too.
 
 #include "qelLogfile.h"
 
@@ -14,6 +14,8 @@ namespace
 {
 const int kLines = 10000;
 const char kAppend[] = "--append";
+const char kEndAbruptly[] = "--end-abruptly";
+const UINT kAbruptEnd = 99;
 const wchar_t kStartEvent[] = L"Local\\qelLogWritersTest start";
 
 /// Some lines are longer than a stream's buffer, and so are written in several pieces.
@@ -53,11 +55,23 @@ int appendLines(const std::string& file, char writer)
     return started ? 0 : 1;
 }
 
-HANDLE startWriter(const std::wstring& file, wchar_t writer)
+/// What a process does that ends right behind its last call, without the runtime's and the library's last steps.
+int endAbruptly(const std::string& file)
+{
+    const qelString name(file.c_str());
+    qelLogfile::setLogStatus(1);
+    qelLogfile log(name);
+    qelLogfile::logToFile(name, L"first");
+    log.appendWithSave(L"second");
+    TerminateProcess(GetCurrentProcess(), kAbruptEnd);
+    return 1;
+}
+
+HANDLE startProcess(const std::wstring& arguments)
 {
     wchar_t program[MAX_PATH] = {};
     GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::wstring command = L"\"" + std::wstring(program) + L"\" --append \"" + file + L"\" " + writer;
+    std::wstring command = L"\"" + std::wstring(program) + L"\" " + arguments;
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process = {};
@@ -67,6 +81,25 @@ HANDLE startWriter(const std::wstring& file, wchar_t writer)
     }
     CloseHandle(process.hThread);
     return process.hProcess;
+}
+
+HANDLE startWriter(const std::wstring& file, wchar_t writer)
+{
+    return startProcess(L"--append \"" + file + L"\" " + writer);
+}
+
+TEST(qelLogfile, KeepsEveryLineOfAProcessThatEndsRightBehindTheCall)
+{
+    const LogText times;
+    const TestFile file("old");
+    const HANDLE process = startProcess(L"--end-abruptly \"" + file.widePath() + L"\"");
+    ASSERT_NE(process, nullptr);
+    ASSERT_EQ(WaitForSingleObject(process, 60000), WAIT_OBJECT_0);
+    DWORD code = 0;
+    GetExitCodeProcess(process, &code);
+    CloseHandle(process);
+    EXPECT_EQ(code, kAbruptEnd);
+    EXPECT_EQ(times.withoutTimes(file.get()), "\r\n[now] first[now] second");
 }
 
 TEST(qelLogfile, LosesAndTearsNoLineOfTwoProcesses)
@@ -118,6 +151,10 @@ int main(int argc, char** argv)
     if (argc == 4 && std::string(argv[1]) == kAppend)
     {
         return appendLines(argv[2], argv[3][0]);
+    }
+    if (argc == 3 && std::string(argv[1]) == kEndAbruptly)
+    {
+        return endAbruptly(argv[2]);
     }
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();

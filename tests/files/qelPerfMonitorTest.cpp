@@ -1,5 +1,6 @@
 #include "qelPerfMonitor.h"
 
+#include "strings/TextSupport.h"
 #include "support/ImportHook.h"
 #include "support/LogText.h"
 #include "support/MessageBoxes.h"
@@ -134,6 +135,16 @@ TEST_F(qelPerfMonitorLog, DoesNotTakeTheLabelForAFormat)
     qelPerfMonitor monitor(m_file.path());
     monitor.start(L"100%s %d");
     EXPECT_EQ(content(), "[now] Start = 100%s %d : 1");
+}
+
+TEST_F(qelPerfMonitorLog, GetsOnlyTheTimeOfDayForALabelThatIsTooLong)
+{
+    const qelTest::LenientRuntime lenient;
+    const qelString longest(std::wstring(qelString::kMaxLength, L'x').c_str());
+    qelPerfMonitor monitor(m_file.path());
+    monitor.start(longest);
+    monitor.end(longest);
+    EXPECT_EQ(content(), "[now] [now] ");
 }
 
 TEST_F(qelPerfMonitorLog, IsNotWrittenWhileLoggingIsOff)

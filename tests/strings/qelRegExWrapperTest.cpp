@@ -1,6 +1,7 @@
 #include "qelRegExWrapper.h"
 #include "strings/TextSupport.h"
 #include "support/ImportHook.h"
+#include "support/StringInternals.h"
 
 #include <gtest/gtest.h>
 
@@ -277,6 +278,24 @@ TEST(qelRegExWrapper, CopiesTakeThePatternAndPartFromTheirSource)
     EXPECT_TRUE(original.match(L"b", results));
 }
 
+TEST(qelRegExWrapper, SharesItsPatternAndReleasesIt)
+{
+    const qelString pattern(L"a");
+    const int before = shareCountOf(pattern);
+    {
+        qelRegExWrapper original;
+        original.setRegularExpression(pattern);
+        EXPECT_EQ(before + 1, shareCountOf(pattern));
+        const qelRegExWrapper copy(original);
+        qelRegExWrapper assigned;
+        assigned = original;
+        EXPECT_EQ(before + 3, shareCountOf(pattern));
+        assigned.setRegularExpression(L"b");
+        EXPECT_EQ(before + 2, shareCountOf(pattern));
+    }
+    EXPECT_EQ(before, shareCountOf(pattern));
+}
+
 TEST(qelRegExWrapper, SurvivesAssignmentToItself)
 {
     qelRegExWrapper wrapper;
@@ -542,6 +561,26 @@ TEST(qelRegExWrapperEngine, GivesWhatTheEngineGivesByItself)
         {L"(?<a>b)", L"b", false},
         {L"[z-a]", L"z", false},
         {L"[[:none:]]", L"n", false},
+        // what else differs from ECMAScript
+        {L"[]", L"", false},
+        {L"[^]", L"a", false},
+        {L"[]]", L"]", false},
+        {L"[^]a]", L"b", true},
+        {L"(?=a)*a", L"a", false},
+        {L"^*a", L"a", false},
+        {L"(?:)+a", L"a", false},
+        {L"\\k", L"k", true},
+        {L"\\1(a)", L"a", false},
+        {L"ab(?<=ab|c)", L"ab", false},
+        {L"ab(?<=ab|cd)", L"ab", true},
+        {L"\\p{L}", L"a", false},
+        {L"\\Aa\\Z", L"a", true},
+        {L"\\e", L"\x1B", true},
+        {L"(?-m)a\n^b", L"a\nb", false},
+        {L"(?-s)a.b", L"a\rb", true},
+        {L"(?x)a b # note", L"ab", true},
+        {L"(?i)\x00E4", L"\x00C4", false},
+        {L"(?:(?i:a)b)", L"AB", false},
     };
     for (const Row& row : rows)
     {

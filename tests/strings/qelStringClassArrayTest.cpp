@@ -1,5 +1,6 @@
 #include "qelStringClassArray.h"
 #include "strings/TextSupport.h"
+#include "support/StringInternals.h"
 
 #include <gtest/gtest.h>
 
@@ -175,6 +176,24 @@ TEST_F(qelStringListLife, AssignmentToItselfChangesNothing)
     EXPECT_EQ((Texts{L"a"}), texts(list));
     EXPECT_EQ(20, list.physicalLength());
     EXPECT_EQ(7, list.growLength());
+}
+
+TEST_F(qelStringListLife, DestructionAndAssignmentReleaseTheTexts)
+{
+    const qelString text(L"a");
+    const int before = shareCountOf(text);
+    {
+        qelStringClassArray list;
+        list.append(text);
+        list.append(text);
+        EXPECT_EQ(before + 2, shareCountOf(text));
+        list = m_list;
+        EXPECT_EQ(before, shareCountOf(text));
+        list.append(text);
+        const qelStringClassArray copy(list);
+        EXPECT_EQ(before + 2, shareCountOf(text));
+    }
+    EXPECT_EQ(before, shareCountOf(text));
 }
 
 TEST_F(qelStringListLife, IsOnePointer)
