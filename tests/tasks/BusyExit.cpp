@@ -79,6 +79,17 @@ int main(int argc, char** argv)
         makeBusy(pool);
         ExitProcess(42);
     }
+    else if (strcmp(way, "module") == 0)
+    {
+        const HMODULE module = LoadLibraryW(L"qelTasksBusyModule.dll");
+        const FARPROC function = module != nullptr ? GetProcAddress(module, "keepBusy") : nullptr;
+        if (function == nullptr)
+        {
+            return 2;
+        }
+        reinterpret_cast<void (*)()>(function)();
+        return 4; // the module has another opinion
+    }
     else
     {
         return 1;

@@ -442,7 +442,7 @@ TEST(qelThreadsPoolProcessEnd, DoesNotHangOnBusyWorkers)
 {
     for (int round = 0; round < 5; ++round)
     {
-        for (const wchar_t* way : { L"destroyed", L"static", L"leaked", L"ExitProcess" })
+        for (const wchar_t* way : { L"destroyed", L"static", L"leaked", L"ExitProcess", L"module" })
         {
             EXPECT_EQ(exitCodeOf(way), 42) << std::string(way, way + wcslen(way));
         }
