@@ -438,6 +438,16 @@ int exitCodeOf(const wchar_t* way)
     return ended ? static_cast<int>(code) : -1;
 }
 
+TEST(qelThreadsPoolProcessEnd, IsWhatATaskThatThrowsGets)
+{
+    const int code = exitCodeOf(L"throw");
+    EXPECT_NE(code, 42) << "the exception was swallowed";
+    for (int other : { 0, -1, -2 })
+    {
+        EXPECT_NE(code, other) << "a good end, a hang, not started";
+    }
+}
+
 TEST(qelThreadsPoolProcessEnd, DoesNotHangOnBusyWorkers)
 {
     for (int round = 0; round < 5; ++round)
