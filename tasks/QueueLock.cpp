@@ -21,11 +21,6 @@ LONG64 released(LONG64 state)
 
 bool isThreadEnded(DWORD id)
 {
-    // The lock is never taken twice by one thread: its number has come down to us from a thread that has ended.
-    if (id == GetCurrentThreadId())
-    {
-        return true;
-    }
     HANDLE thread = OpenThread(SYNCHRONIZE, FALSE, id);
     if (thread == nullptr)
     {
@@ -60,6 +55,14 @@ void QueueLock::acquire()
             return;
         }
         YieldProcessor();
+    }
+
+    // No thread takes the lock twice: this one has the number of a thread that ended inside. Those who wait in front of
+    // it cannot know.
+    const LONG64 state = m_state;
+    if (ownerOf(state) == GetCurrentThreadId())
+    {
+        InterlockedCompareExchange64(&m_state, released(state), state);
     }
 
     const bool first = WaitForSingleObject(m_mutex, INFINITE) != WAIT_FAILED;
