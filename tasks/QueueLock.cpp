@@ -7,10 +7,33 @@ namespace
 // Tries before waiting for the mutex, and before asking whether the owner still lives.
 const int kQuickTries = 200;
 const int kPatientTries = 2000;
+
+DWORD ownerOf(LONG64 state)
+{
+    return static_cast<DWORD>(state);
+}
+
+/// The state that follows when the thread inside leaves: no owner, and the next number.
+LONG64 released(LONG64 state)
+{
+    return static_cast<LONG64>((static_cast<ULONG64>(state) | 0xFFFFFFFFU) + 1);
+}
+
+bool isThreadEnded(DWORD id)
+{
+    HANDLE thread = OpenThread(SYNCHRONIZE, FALSE, id);
+    if (thread == nullptr)
+    {
+        return GetLastError() == ERROR_INVALID_PARAMETER; // no thread has the number any more
+    }
+    const bool ended = WaitForSingleObject(thread, 0) == WAIT_OBJECT_0;
+    CloseHandle(thread);
+    return ended;
+}
 } // namespace
 
 QueueLock::QueueLock()
-    : m_owner(0)
+    : m_state(0)
     , m_mutex(CreateMutexW(nullptr, FALSE, nullptr))
 {
 }
@@ -34,6 +57,14 @@ void QueueLock::acquire()
         YieldProcessor();
     }
 
+    // No thread takes the lock twice: this one has the number of a thread that ended inside. Those who wait in front of
+    // it cannot know.
+    const LONG64 state = m_state;
+    if (ownerOf(state) == GetCurrentThreadId())
+    {
+        InterlockedCompareExchange64(&m_state, released(state), state);
+    }
+
     const bool first = WaitForSingleObject(m_mutex, INFINITE) != WAIT_FAILED;
     acquireAsFirstInLine();
     if (first)
@@ -44,14 +75,15 @@ void QueueLock::acquire()
 
 void QueueLock::release()
 {
-    InterlockedExchange(&m_owner, 0);
+    InterlockedExchange64(&m_state, released(m_state));
 }
 
 bool QueueLock::tryAcquire()
 {
     // Looking first leaves the lock's memory to its owner.
-    return m_owner == 0 &&
-           InterlockedCompareExchange(&m_owner, static_cast<LONG>(GetCurrentThreadId()), 0) == 0;
+    const LONG64 state = m_state;
+    return ownerOf(state) == 0 &&
+           InterlockedCompareExchange64(&m_state, state | GetCurrentThreadId(), state) == state;
 }
 
 void QueueLock::acquireAsFirstInLine()
@@ -72,17 +104,9 @@ void QueueLock::acquireAsFirstInLine()
 
 void QueueLock::passOnFromEndedOwner()
 {
-    const LONG owner = m_owner;
-    HANDLE thread = OpenThread(SYNCHRONIZE, FALSE, static_cast<DWORD>(owner));
-    // No thread has the number any more, or it has ended.
-    const bool ended = thread == nullptr ? GetLastError() == ERROR_INVALID_PARAMETER
-                                         : WaitForSingleObject(thread, 0) == WAIT_OBJECT_0;
-    if (thread != nullptr)
+    const LONG64 state = m_state;
+    if (ownerOf(state) != 0 && isThreadEnded(ownerOf(state)))
     {
-        CloseHandle(thread);
-    }
-    if (ended)
-    {
-        InterlockedCompareExchange(&m_owner, 0, owner);
+        InterlockedCompareExchange64(&m_state, released(state), state);
     }
 }

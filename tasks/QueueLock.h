@@ -34,8 +34,11 @@ private:
     void acquireAsFirstInLine();
     void passOnFromEndedOwner();
 
-    volatile LONG m_owner; ///< id of the thread inside, or 0
-    HANDLE m_mutex;        ///< held by the first of those who wait
+    /// Low half: id of the thread inside, or 0. High half: counts the releases, so that a lock is never passed on that
+    /// was left meanwhile and taken again under the same id, which the system soon gives to another thread.
+    volatile LONG64 m_state;
+
+    HANDLE m_mutex; ///< held by the first of those who wait
 };
 
 /// Holds a lock while it lives.

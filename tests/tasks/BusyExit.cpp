@@ -32,6 +32,11 @@ void queueForEver(void* pool)
     static_cast<qelThreadsPool*>(pool)->QueueTask(&queueForEver, pool);
 }
 
+void throwSomething(void*)
+{
+    throw 1;
+}
+
 void makeBusy(qelThreadsPool& pool)
 {
     pool.QueueTask(&queueForEver, &pool);
@@ -78,6 +83,23 @@ int main(int argc, char** argv)
         qelThreadsPool pool;
         makeBusy(pool);
         ExitProcess(42);
+    }
+    else if (strcmp(way, "throw") == 0)
+    {
+        qelThreadsPool pool;
+        pool.QueueTask(&throwSomething, nullptr);
+        pool.WaitForThreadsToFinishWork();
+    }
+    else if (strcmp(way, "module") == 0)
+    {
+        const HMODULE module = LoadLibraryW(L"qelTasksBusyModule.dll");
+        const FARPROC function = module != nullptr ? GetProcAddress(module, "keepBusy") : nullptr;
+        if (function == nullptr)
+        {
+            return 2;
+        }
+        reinterpret_cast<void (*)()>(function)();
+        return 4; // the module has another opinion
     }
     else
     {

@@ -214,9 +214,20 @@ BOOL WINAPI endThreadInsteadOfSignalling(HANDLE event)
     return SetEvent(event);
 }
 
-TEST(qelThreadsPoolWorker, GoesOnWhenAThreadEndsInsideTheLock)
+// What the library takes for the number of the thread that is to end; 0 for its own.
+std::atomic<DWORD> numberOfThreadToEnd(0);
+
+DWORD WINAPI numberOfThisThread()
 {
-    const ImportHook hook("SetEvent", &endThreadInsteadOfSignalling);
+    const DWORD number = GetCurrentThreadId();
+    return threadToEnd == number && numberOfThreadToEnd != 0 ? numberOfThreadToEnd.load() : number;
+}
+
+// A thread with the given number ends in the lock of a pool, which goes on all the same.
+void endInsideTheLock(DWORD number)
+{
+    const ImportHook eventHook("SetEvent", &endThreadInsteadOfSignalling);
+    const ImportHook numberHook("GetCurrentThreadId", &numberOfThisThread);
     std::atomic<int> ran(0);
     qelThreadsPool pool(2);
     // Not a std::thread: it ends without unwinding.
@@ -232,8 +243,10 @@ TEST(qelThreadsPoolWorker, GoesOnWhenAThreadEndsInsideTheLock)
         }
     };
     Caller caller = { &pool, &ran };
+    numberOfThreadToEnd = number;
     HANDLE thread = CreateThread(nullptr, 0, &Caller::main, &caller, 0, nullptr);
     ASSERT_EQ(WaitForSingleObject(thread, 30000), WAIT_OBJECT_0);
+    threadToEnd = 0;
     DWORD result = 1;
     EXPECT_TRUE(GetExitCodeThread(thread, &result));
     EXPECT_EQ(result, 0U);
@@ -244,6 +257,16 @@ TEST(qelThreadsPoolWorker, GoesOnWhenAThreadEndsInsideTheLock)
     }
     pool.WaitForThreadsToFinishWork();
     EXPECT_EQ(ran, 101);
+}
+
+TEST(qelThreadsPoolWorker, GoesOnWhenAThreadEndsInsideTheLock)
+{
+    endInsideTheLock(0);
+}
+
+TEST(qelThreadsPoolWorker, GoesOnWhenTheNumberOfAThreadThatEndedInsideTheLockIsUsedAgain)
+{
+    endInsideTheLock(GetCurrentThreadId());
 }
 
 HANDLE WINAPI refuseMutex(SECURITY_ATTRIBUTES*, BOOL, const wchar_t*)
@@ -415,11 +438,21 @@ int exitCodeOf(const wchar_t* way)
     return ended ? static_cast<int>(code) : -1;
 }
 
+TEST(qelThreadsPoolProcessEnd, IsWhatATaskThatThrowsGets)
+{
+    const int code = exitCodeOf(L"throw");
+    EXPECT_NE(code, 42) << "the exception was swallowed";
+    for (int other : { 0, -1, -2 })
+    {
+        EXPECT_NE(code, other) << "a good end, a hang, not started";
+    }
+}
+
 TEST(qelThreadsPoolProcessEnd, DoesNotHangOnBusyWorkers)
 {
     for (int round = 0; round < 5; ++round)
     {
-        for (const wchar_t* way : { L"destroyed", L"static", L"leaked", L"ExitProcess" })
+        for (const wchar_t* way : { L"destroyed", L"static", L"leaked", L"ExitProcess", L"module" })
         {
             EXPECT_EQ(exitCodeOf(way), 42) << std::string(way, way + wcslen(way));
         }
