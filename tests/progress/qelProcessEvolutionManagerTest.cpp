@@ -1060,6 +1060,27 @@ TEST_F(qelProcessEvolution, CancelsTheProcessesThatRanWhenItBegan)
     EXPECT_EQ(described(manager), "0 Main 0; Main Late; EAC; 1");
 }
 
+TEST_F(qelProcessEvolution, TellsADisplayThatRegistersDuringACancelOfTheEndsStillToCome)
+{
+    manager.registerDisplay(&a);
+    manager.EnableCancel(true);
+    manager.registerProcess(L"Main");
+    manager.registerProcess(L"Sub");
+    takeTold();
+    a.onRemove = [this](int key) {
+        if (key == 0)
+        {
+            manager.registerDisplay(&b);
+        }
+    };
+    manager.cancelProcess();
+    EXPECT_EQ(takeTold(), (Told{"a: remove 0", "b: add 0 Main", "b: progress 0 0", "b: add 1 Sub", "b: progress 1 0",
+                                "a: remove 1", "b: remove 1"}));
+    a.onRemove = nullptr;
+    manager.deRegisterProcess(0);
+    EXPECT_EQ(told, (Told{"a: remove 0", "b: remove 0"}));
+}
+
 TEST_F(qelProcessEvolution, StaysInStepAfterANestedRound)
 {
     manager.registerDisplay(&a);

@@ -589,6 +589,20 @@ TEST_F(qelProgressWindow, WithAnActivityOfItsOwnNeedsNoDialog)
     EXPECT_EQ(window.getActivity(), 0);
 }
 
+TEST_F(qelProgressWindow, LeavesTheDialogToWindowsWithAnActivityOfOne)
+{
+    qelProgressCtrlWindow other;
+    window.activate(L"Title");
+    other.setActivity(7);
+    EXPECT_EQ(other.setPercentage(5), 7);
+    EXPECT_EQ(other.setTitle(L"Other"), 7);
+    EXPECT_EQ(percentTextOf(onlyDialog()), L"");
+    EXPECT_EQ(titleOf(onlyDialog()), L"Title");
+    EXPECT_EQ(other.reset(), 1);
+    EXPECT_EQ(other.getActivity(), 0);
+    EXPECT_NE(onlyDialog(), nullptr);
+}
+
 TEST_F(qelProgressWindow, LeavesTheDialogWhenItsActivityIsTakenAway)
 {
     window.activate(L"Title");
