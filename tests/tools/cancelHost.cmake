@@ -6,7 +6,8 @@ execute_process(
   COMMAND ${CMAKE_COMMAND} -E echo "a c"
   COMMAND ${EMULATOR} ${HOST} progress --parts 100 --pause 300 --output ${list}
   RESULT_VARIABLE result OUTPUT_VARIABLE output)
-if(NOT result EQUAL 3 OR NOT output MATCHES "Press C, Escape or Ctrl[+]C to cancel[.].*Cancelled; no list was written[.]")
+set(expected "Press C, Escape or Ctrl[+]C to cancel[.].*Cancelled; no list was written[.]")
+if(NOT result EQUAL 3 OR NOT output MATCHES "${expected}")
   message(FATAL_ERROR "exit status ${result}, output:\n${output}")
 endif()
 if(EXISTS ${list})
