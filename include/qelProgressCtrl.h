@@ -60,7 +60,7 @@ public:
 
     /**
      * Opens a fresh dialog with that title, after a reset() of what was there. Returns the activity: 1, or 0 when the
-     * dialog cannot be made.
+     * dialog cannot be made or the host, called by the system meanwhile, has closed or replaced it.
      */
     virtual int activate(qelString title);
 

@@ -11,8 +11,10 @@ bool ProgressDialog::open(const wchar_t* title)
     close();
     const INITCOMMONCONTROLSEX classes = { sizeof(classes), ICC_PROGRESS_CLASS };
     InitCommonControlsEx(&classes);
-    CreateDialogParamW(qelModule::handle(), MAKEINTRESOURCEW(IDD_PROGRESS), nullptr, procedure, 0);
-    if (!isThere())
+    const HWND dialog =
+        CreateDialogParamW(qelModule::handle(), MAKEINTRESOURCEW(IDD_PROGRESS), nullptr, procedure, 0);
+    // The host runs while the dialog is made. It may have closed it again, or opened another one in its place.
+    if (dialog == nullptr || dialog != m_dialog)
     {
         return false;
     }
@@ -25,7 +27,10 @@ void ProgressDialog::close()
 {
     if (isThere())
     {
-        DestroyWindow(m_dialog);
+        const HWND dialog = m_dialog;
+        // First, since what the host hears of the end may lead it back here.
+        forget();
+        DestroyWindow(dialog);
     }
 }
 
@@ -67,8 +72,11 @@ INT_PTR CALLBACK ProgressDialog::procedure(HWND dialog, UINT message, WPARAM wPa
         if (LOWORD(wParam) == IDOK || LOWORD(wParam) == IDCANCEL)
         {
             EndDialog(dialog, LOWORD(wParam));
-            // A modeless dialog is only hidden by that.
-            DestroyWindow(dialog);
+            // A modeless dialog is only hidden by that. The host hears of it and may have closed the dialog itself.
+            if (dialog == m_dialog)
+            {
+                close();
+            }
             return TRUE;
         }
         return FALSE;

@@ -99,7 +99,11 @@ void watchPipe(HANDLE input)
     DWORD read = 0;
     while (!cancelWanted && ReadFile(input, &character, 1, &read, nullptr) && read == 1)
     {
-        cancelWanted = isCancelLetter(static_cast<wchar_t>(character));
+        // Never taken back: Ctrl+C may have set it meanwhile.
+        if (isCancelLetter(static_cast<wchar_t>(character)))
+        {
+            cancelWanted = true;
+        }
     }
 }
 

@@ -35,6 +35,12 @@ static_assert(
     "what displays implement");
 } // namespace
 
+struct ManagerProcesses
+{
+    using type = qelArray<ProcessInfo> Manager::*;
+    friend type member(ManagerProcesses);
+};
+
 struct ManagerActions
 {
     using type = qelStringClassArray Manager::*;
@@ -65,6 +71,7 @@ struct ManagerCancelAllowed
     friend type member(ManagerCancelAllowed);
 };
 
+template struct PrivateMember<ManagerProcesses, &Manager::m_processes>;
 template struct PrivateMember<ManagerActions, &Manager::m_actions>;
 template struct PrivateMember<ManagerDisplays, &Manager::m_displays>;
 template struct PrivateMember<ManagerIsCanceled, &Manager::m_isCanceled>;
@@ -184,6 +191,21 @@ TEST_F(qelProcessEvolution, IsOneForTheProcessAndEmptyWhenLoaded)
     EXPECT_EQ(described(*asLoaded), ";; ---; 0");
     EXPECT_EQ(asLoaded->getNumberOfActiveProcesses(), 0);
     EXPECT_FALSE(asLoaded->getIsCanceled());
+    EXPECT_EQ((asLoaded->*member(ManagerProcesses())).growLength(), 8);
+    EXPECT_EQ((asLoaded->*member(ManagerDisplays())).growLength(), 8);
+}
+
+TEST_F(qelProcessEvolution, HoldsItsFieldsInTheStatedOrder)
+{
+    const auto offset = [this](const void* field) {
+        return static_cast<const char*>(field) - reinterpret_cast<const char*>(&manager);
+    };
+    EXPECT_EQ(offset(&(manager.*member(ManagerProcesses()))), 8);
+    EXPECT_EQ(offset(&(manager.*member(ManagerDisplays()))), 32);
+    EXPECT_EQ(offset(&(manager.*member(ManagerActions()))), 56);
+    EXPECT_EQ(offset(&(manager.*member(ManagerIsCanceled()))), 64);
+    EXPECT_EQ(offset(&(manager.*member(ManagerCancelEnabled()))), 65);
+    EXPECT_EQ(offset(&(manager.*member(ManagerCancelAllowed()))), 66);
 }
 
 TEST_F(qelProcessEvolution, CallsDisplaysBySlotsInTheStatedOrder)
@@ -192,8 +214,7 @@ TEST_F(qelProcessEvolution, CallsDisplaysBySlotsInTheStatedOrder)
     ProgressDisplayProtocol* const object = &display;
     void** const slots = *reinterpret_cast<void***>(object);
     reinterpret_cast<void (*)(void*, int, int)>(slots[0])(object, 3, 42);
-    qelString action(L"Cutting");
-    reinterpret_cast<void (*)(void*, int, qelString*, bool)>(slots[1])(object, 4, &action, true);
+    reinterpret_cast<void (*)(void*, int, qelString, bool)>(slots[1])(object, 4, L"Cutting", true);
     reinterpret_cast<void (*)(void*, int)>(slots[2])(object, 5);
     EXPECT_EQ(told, (Told{"progress 3 42", "add 4 Cutting cancel", "remove 5"}));
 }
@@ -1037,6 +1058,27 @@ TEST_F(qelProcessEvolution, CancelsTheProcessesThatRanWhenItBegan)
     manager.cancelProcess();
     EXPECT_EQ(told, (Told{"a: remove 0", "a: add 1 Late"}));
     EXPECT_EQ(described(manager), "0 Main 0; Main Late; EAC; 1");
+}
+
+TEST_F(qelProcessEvolution, TellsADisplayThatRegistersDuringACancelOfTheEndsStillToCome)
+{
+    manager.registerDisplay(&a);
+    manager.EnableCancel(true);
+    manager.registerProcess(L"Main");
+    manager.registerProcess(L"Sub");
+    takeTold();
+    a.onRemove = [this](int key) {
+        if (key == 0)
+        {
+            manager.registerDisplay(&b);
+        }
+    };
+    manager.cancelProcess();
+    EXPECT_EQ(takeTold(), (Told{"a: remove 0", "b: add 0 Main", "b: progress 0 0", "b: add 1 Sub", "b: progress 1 0",
+                                "a: remove 1", "b: remove 1"}));
+    a.onRemove = nullptr;
+    manager.deRegisterProcess(0);
+    EXPECT_EQ(told, (Told{"a: remove 0", "b: remove 0"}));
 }
 
 TEST_F(qelProcessEvolution, StaysInStepAfterANestedRound)

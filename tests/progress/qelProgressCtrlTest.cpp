@@ -131,6 +131,13 @@ TEST_F(qelProgressControl, IsLoadedWithTheBuiltInWindowSwitchedOff)
     EXPECT_EQ(controller().windows().growLength(), 8);
 }
 
+TEST_F(qelProgressControl, HoldsTheListInFrontOfTheBuiltInWindow)
+{
+    const char* const start = reinterpret_cast<const char*>(&controller());
+    EXPECT_EQ(reinterpret_cast<const char*>(&controller().windows()) - start, 0);
+    EXPECT_EQ(reinterpret_cast<const char*>(&builtIn) - start, 24);
+}
+
 TEST_F(qelProgressControl, ANewListHoldsItsOwnBuiltInWindowSwitchedOff)
 {
     qelProgressCtrlWindowController own;
@@ -384,6 +391,20 @@ TEST_F(qelProgressControl, RefusesNullButSwitchesAllOff)
     EXPECT_EQ(qelProgressCtrl::appendOutputWindow(nullptr), -1);
     EXPECT_EQ(controller().windows().length(), 1);
     EXPECT_EQ(builtIn.getOn(), 0);
+}
+
+TEST_F(qelProgressControl, SwitchesTheBuiltInWindowOffForANewOneThoughItIsNoLongerInTheList)
+{
+    qelProgressCtrlWindow next;
+    controller().windows()[0] = nullptr;
+    builtIn.switchOn();
+    EXPECT_EQ(qelProgressCtrl::appendOutputWindow(nullptr), -1);
+    EXPECT_EQ(builtIn.getOn(), 1);
+    EXPECT_EQ(qelProgressCtrl::appendOutputWindow(&next), 1);
+    EXPECT_EQ(builtIn.getOn(), 0);
+    builtIn.switchOn();
+    EXPECT_EQ(qelProgressCtrl::appendOutputWindow(&next), 1);
+    EXPECT_EQ(builtIn.getOn(), 1);
 }
 
 TEST_F(qelProgressControl, GrowsByEight)

@@ -487,6 +487,26 @@ TEST_F(qelProgressWindow, HasItsVirtualFunctionsInTheStatedOrder)
     EXPECT_EQ(reinterpret_cast<int (*)(void*)>(slots[1])(object), 1);
     EXPECT_EQ(keptPercent(window), 0);
     EXPECT_EQ(dialogsOf(GetCurrentThreadId()).size(), 0U);
+    EXPECT_EQ(reinterpret_cast<int (*)(void*, qelString)>(slots[0])(object, L"Opened by slot"), 1);
+    EXPECT_EQ(titleOf(onlyDialog()), L"Opened by slot");
+}
+
+TEST_F(qelProgressWindow, HoldsItsFieldsInTheStatedOrder)
+{
+    const char* const start = reinterpret_cast<const char*>(&window);
+    const auto numberAt = [start](size_t offset) {
+        int number = 0;
+        std::memcpy(&number, start + offset, sizeof(number));
+        return number;
+    };
+    window.switchOn();
+    window.setTitle(L"Fields");
+    window.setPercentage(42);
+    window.setActivity(7);
+    EXPECT_EQ(numberAt(8), 1);
+    EXPECT_STREQ(reinterpret_cast<const qelString*>(start + 16)->getStringW(), L"Fields");
+    EXPECT_EQ(numberAt(32), 42);
+    EXPECT_EQ(numberAt(36), 7);
 }
 
 // ---- Opening and closing
@@ -567,6 +587,20 @@ TEST_F(qelProgressWindow, WithAnActivityOfItsOwnNeedsNoDialog)
     EXPECT_EQ(dialogsOf(GetCurrentThreadId()).size(), 0U);
     EXPECT_EQ(window.reset(), 1);
     EXPECT_EQ(window.getActivity(), 0);
+}
+
+TEST_F(qelProgressWindow, LeavesTheDialogToWindowsWithAnActivityOfOne)
+{
+    qelProgressCtrlWindow other;
+    window.activate(L"Title");
+    other.setActivity(7);
+    EXPECT_EQ(other.setPercentage(5), 7);
+    EXPECT_EQ(other.setTitle(L"Other"), 7);
+    EXPECT_EQ(percentTextOf(onlyDialog()), L"");
+    EXPECT_EQ(titleOf(onlyDialog()), L"Title");
+    EXPECT_EQ(other.reset(), 1);
+    EXPECT_EQ(other.getActivity(), 0);
+    EXPECT_NE(onlyDialog(), nullptr);
 }
 
 TEST_F(qelProgressWindow, LeavesTheDialogWhenItsActivityIsTakenAway)
@@ -776,6 +810,50 @@ TEST_F(qelProgressWindowCalls, SurvivesTheEndOfTheThreadThatMadeTheDialog)
     EXPECT_NE(onlyDialog(), nullptr);
 }
 
+void resetFromElsewhere()
+{
+    qelProgressCtrlWindow other;
+    other.setActivity(1);
+    other.reset();
+}
+
+BOOL WINAPI endDialogOfAHostThatResets(HWND dialog, INT_PTR result)
+{
+    const BOOL ended = EndDialog(dialog, result);
+    resetFromElsewhere();
+    return ended;
+}
+
+BOOL WINAPI destroyWindowOfAHostThatResets(HWND dialog)
+{
+    Calls::s_calls.push_back("DestroyWindow");
+    if (Calls::made().size() == 1)
+    {
+        resetFromElsewhere();
+    }
+    return DestroyWindow(dialog);
+}
+
+TEST_F(qelProgressWindowCalls, DestroysOnceWhenTheHostResetsAsTheDialogEnds)
+{
+    const ImportHook hook("EndDialog", endDialogOfAHostThatResets);
+    window.activate(L"Title");
+    Calls::clear();
+    SendMessageW(onlyDialog(), WM_COMMAND, IDOK, 0);
+    EXPECT_EQ(Calls::made(), CallList{"DestroyWindow"});
+    EXPECT_EQ(dialogsOf(GetCurrentThreadId()).size(), 0U);
+}
+
+TEST_F(qelProgressWindowCalls, DestroysOnceWhenTheHostResetsAsTheDialogIsDestroyed)
+{
+    const ImportHook hook("DestroyWindow", destroyWindowOfAHostThatResets);
+    window.activate(L"Title");
+    Calls::clear();
+    EXPECT_EQ(window.reset(), 1);
+    EXPECT_EQ(Calls::made(), CallList{"DestroyWindow"});
+    EXPECT_EQ(dialogsOf(GetCurrentThreadId()).size(), 0U);
+}
+
 TEST_F(qelProgressWindow, EndsOnTheEscapeKeyWhereTheHostsLoopOffersTheKeys)
 {
     window.activate(L"Title");
@@ -914,6 +992,57 @@ TEST_F(qelProgressWindow, IsNotActiveWhenTheDialogCannotBeMade)
     EXPECT_EQ(window.reset(), 1);
     EXPECT_EQ(window.activate(L"Again"), 1);
     EXPECT_NE(onlyDialog(), nullptr);
+}
+
+DWORD classesMadeAvailable = 0;
+DWORD classesAtCreation = 0;
+
+BOOL WINAPI initCommonControls(const INITCOMMONCONTROLSEX* classes)
+{
+    classesMadeAvailable |= classes->dwICC;
+    return InitCommonControlsEx(classes);
+}
+
+HWND WINAPI createAndNoteClasses(HINSTANCE module, LPCWSTR name, HWND owner, DLGPROC procedure, LPARAM parameter)
+{
+    classesAtCreation = classesMadeAvailable;
+    return CreateDialogParamW(module, name, owner, procedure, parameter);
+}
+
+TEST_F(qelProgressWindow, MakesTheClassOfTheBarAvailableBeforeTheDialog)
+{
+    classesMadeAvailable = 0;
+    classesAtCreation = 0;
+    const ImportHook classes("InitCommonControlsEx", initCommonControls);
+    const ImportHook dialogs("CreateDialogParamW", createAndNoteClasses);
+    EXPECT_EQ(window.activate(L"Title"), 1);
+    EXPECT_NE(classesAtCreation & ICC_PROGRESS_CLASS, 0U);
+}
+
+qelProgressCtrlWindow* opensMeanwhile = nullptr;
+
+HWND WINAPI createWhileAnotherOpens(HINSTANCE module, LPCWSTR name, HWND owner, DLGPROC procedure, LPARAM parameter)
+{
+    const HWND dialog = CreateDialogParamW(module, name, owner, procedure, parameter);
+    if (opensMeanwhile != nullptr)
+    {
+        qelProgressCtrlWindow* const other = opensMeanwhile;
+        opensMeanwhile = nullptr;
+        EXPECT_EQ(other->activate(L"Meanwhile"), 1);
+    }
+    return dialog;
+}
+
+TEST_F(qelProgressWindow, IsNotActiveWhenTheHostOpensAnotherDialogMeanwhile)
+{
+    qelProgressCtrlWindow other;
+    opensMeanwhile = &other;
+    const ImportHook hook("CreateDialogParamW", createWhileAnotherOpens);
+    EXPECT_EQ(window.activate(L"Title"), 0);
+    EXPECT_EQ(window.isActive(), 0);
+    EXPECT_EQ(other.isActive(), 1);
+    ASSERT_NE(onlyDialog(), nullptr);
+    EXPECT_EQ(titleOf(onlyDialog()), L"Meanwhile");
 }
 
 // ---- A bar that cannot be made
