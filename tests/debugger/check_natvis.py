@@ -380,6 +380,7 @@ def main():
     parser.add_argument("--dll", help="DLL whose DWARF is read with GDB, beside it or inside")
     parser.add_argument("--gdb", default="gdb", help="the GDB to read it with")
     parser.add_argument("--pdb", help="PDB to read instead, with llvm-pdbutil")
+    parser.add_argument("--embedded-in", nargs="+", default=[], help="PDBs that must have the file inside")
     parser.add_argument("--pdbutil", default="llvm-pdbutil", help="the llvm-pdbutil to read it with")
     arguments = parser.parse_args()
     if bool(arguments.dll) == bool(arguments.pdb):
@@ -412,11 +413,17 @@ def main():
             problems.append(f"{name}: the parts are {', '.join(views[name])} here, "
                             f"{', '.join(printed[name])} in {os.path.basename(arguments.printers)}")
 
+    with open(arguments.natvis, "rb") as file:
+        natvis = file.read()
+    for path in arguments.embedded_in:
+        if natvis not in pdb_types.embedded_views(arguments.pdbutil, path):
+            problems.append(f"{path} does not have the file inside: see the link options in debugger/CMakeLists.txt")
+
     if problems:
         print(f"{arguments.natvis} does not fit {arguments.pdb or arguments.dll}:")
         for problem in problems:
             print(f"  {problem}")
-        print("Views follow the private members of the classes: change them together, in both files of debugger/.")
+        print("Views follow the private members of the classes: change those in both files of debugger/ with them.")
         return 1
     print(f"{len(views)} views, {checker.expressions} expressions fit {arguments.pdb or arguments.dll}")
     return 0

@@ -1,7 +1,9 @@
-"""Reads the classes and variables of a program's PDB, in the form that describe_types.py prints."""
+"""Reads the PDB of a program: its classes and variables, in the form that describe_types.py prints, and its views."""
 
+import os
 import re
 import subprocess
+import tempfile
 
 _RECORD = re.compile(r"^\s*(0x[0-9A-F]+) \| (LF_\w+) \[size = \d+\](?: `(.*)`)?$")
 _MEMBER = re.compile(r"^\s*- (LF_MEMBER|LF_STMEMBER) \[name = `(.*?)`, [Tt]ype = (0x[0-9A-F]+)(?: \((.*?)\))?[,\]]")
@@ -45,11 +47,26 @@ class _Records:
         return "number"
 
 
-def read(pdbutil, path):
-    def dump(what):
-        return subprocess.run([pdbutil, "dump", what, path], check=True, capture_output=True, text=True).stdout
+def _dump(pdbutil, path, what):
+    return subprocess.run([pdbutil, "dump", what, path], check=True, capture_output=True, text=True).stdout
 
-    records = _Records(dump("--types"))
+
+def embedded_views(pdbutil, path):
+    """The contents of the natvis files that the linker has put into the PDB."""
+    streams = _dump(pdbutil, path, "--streams")
+    views = []
+    with tempfile.TemporaryDirectory() as folder:
+        for number in re.findall(r'Stream\s+(\d+) .*\[Named Stream "/src/files/.*\.natvis"\]', streams, re.IGNORECASE):
+            copy = os.path.join(folder, number)
+            subprocess.run([pdbutil, "export", "--stream=" + number, "--out=" + copy, path], check=True,
+                           capture_output=True)
+            with open(copy, "rb") as file:
+                views.append(file.read())
+    return views
+
+
+def read(pdbutil, path):
+    records = _Records(_dump(pdbutil, path, "--types"))
     classes = {}
     for kind, name, lines in records:
         if kind not in ("LF_CLASS", "LF_STRUCTURE"):
@@ -63,5 +80,6 @@ def read(pdbutil, path):
             if member:
                 members[member.group(2)] = records.describe(member.group(3), member.group(4))
         classes[name] = {"members": members, "polymorphic": match.group(1) != "<no type>"}
-    variables = {name: records.describe(number, simple) for name, number, simple in _GLOBAL.findall(dump("--globals"))}
+    found = _GLOBAL.findall(_dump(pdbutil, path, "--globals"))
+    variables = {name: records.describe(number, simple) for name, number, simple in found}
     return {"classes": classes, "variables": variables}
