@@ -30,7 +30,12 @@ class _Unreadable(Exception):
 
 def _words_for(error):
     """What is shown for an object that could not be read."""
-    return str(error) if isinstance(error, _Unreadable) else "<%s>" % str(error).rstrip(".")
+    if isinstance(error, _Unreadable):
+        return str(error)
+    words = str(error).rstrip(".")
+    if "There is no member" in words:
+        words += ": the symbols of the DLL are missing or of another version"
+    return "<%s>" % words
 
 
 class _Details(gdb.Parameter):

@@ -170,6 +170,13 @@ const Damaged astray(&rawAstray);
 const Damaged looped(&rawTree);
 const Damaged loopedPool(&rawPool);
 
+/// Where the sessions find the program.
+bool stop(const char* path, qelString title, const qelArray<qelString>& texts)
+{
+    const wchar_t* const images[] = {L"qelDebuggerObjects.exe", L"VarnelQELRoots.dll", nullptr};
+    return title.length() > 0 && texts.length() > 0 && writeCoreFile(path, images);
+}
+
 void check(void*) {}
 
 void measure(void*) {}
@@ -255,8 +262,7 @@ int main(int argc, char** argv)
 
     memset(wildBytes, 0xCD, sizeof wildBytes);
 
-    const wchar_t* const images[] = {L"qelDebuggerObjects.exe", L"VarnelQELRoots.dll", nullptr};
-    if (argc != 2 || !writeCoreFile(argv[1], images))
+    if (argc != 2 || !stop(argv[1], L"Parts", profiles))
     {
         fputs("the core file could not be written\n", stderr);
         return 1;

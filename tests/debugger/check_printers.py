@@ -1,7 +1,7 @@
 """Checks GDB's views on the objects of a real process.
 
 Starts qelDebuggerObjects.exe, which writes its own memory to a core file, so that no right to trace processes is
-needed; opens that in GDB with the program's and the DLL's symbols at the addresses that the program prints, and lets
+needed. Opens that in GDB with the program's and the DLL's symbols at the addresses that the program prints, and lets
 run_transcripts.py repeat sessions. GDB must load the views by itself, from the file beside the DLL.
 """
 
