@@ -134,16 +134,18 @@ TEST(qelFileAccessReadFileWithKey, TranslatesLineEndsTheSameInAllForms)
         const wchar_t* inFile;
         Read read;
     } cases[] = {
-        { L"\r\n", { 1, L"\n" } },
-        { L"\r", { 1, L"\r" } },
-        { L"\n", { 1, L"\n" } },
-        { L"a\rb", { 3, L"a\rb" } },
-        { L"a\r", { 2, L"a\r" } },
-        { L"\r\r\n", { 2, L"\r\n" } },
-        { L"\n\r", { 2, L"\n\r" } },
-        { L"\r\n\r\n", { 2, L"\n\n" } },
-        { L"\n\r\n\r", { 3, L"\n\n\r" } },
-        { L"a\r\r\r\n\nb", { 6, L"a\r\r\n\nb" } },
+        // clang-format off
+        {L"\r\n", {1, L"\n"}},
+        {L"\r", {1, L"\r"}},
+        {L"\n", {1, L"\n"}},
+        {L"a\rb", {3, L"a\rb"}},
+        {L"a\r", {2, L"a\r"}},
+        {L"\r\r\n", {2, L"\r\n"}},
+        {L"\n\r", {2, L"\n\r"}},
+        {L"\r\n\r\n", {2, L"\n\n"}},
+        {L"\n\r\n\r", {3, L"\n\n\r"}},
+        {L"a\r\r\r\n\nb", {6, L"a\r\r\n\nb"}},
+        // clang-format on
     };
     for (const auto& item : cases)
     {
@@ -163,7 +165,7 @@ TEST(qelFileAccessReadFileWithKey, EndsAtAnEndOfFileCharacter)
     {
         for (const Form form : kForms)
         {
-            EXPECT_EQ(readContent(inForm(form, L"ab\x1A" L"cd"), L"r", key), (Read{ 2, L"ab" }));
+            EXPECT_EQ(readContent(inForm(form, L"ab\x1Axy"), L"r", key), (Read{ 2, L"ab" }));
             EXPECT_EQ(readContent(inForm(form, L"\r\x1A"), L"r", key), (Read{ 1, L"\r" }));
             EXPECT_EQ(readContent(inForm(form, L"\x1A"), L"r", key), (Read{ 0, L"" }));
         }
@@ -186,53 +188,55 @@ TEST(qelFileAccessReadFileWithKey, ReadsShortAndMalformedFiles)
         std::string inFile;
         Read read;
     } cases[] = {
-        { bytes(""), { 0, L"" } },
-        { bytes("A"), { 1, L"A" } },
-        { bytes("AB"), { 2, L"AB" } },
-        { bytes("ABC"), { 3, L"ABC" } },
-        { bytes("ABCD"), { 4, L"ABCD" } },
-        { bytes("ABCDE"), { 5, L"ABCDE" } },
-        { bytes("ab\xEF\xBB\xBF"), { 5, L"ab\x00EF\x00BB\x00BF" } },
+        // clang-format off
+        {bytes(""), {0, L""}},
+        {bytes("A"), {1, L"A"}},
+        {bytes("AB"), {2, L"AB"}},
+        {bytes("ABC"), {3, L"ABC"}},
+        {bytes("ABCD"), {4, L"ABCD"}},
+        {bytes("ABCDE"), {5, L"ABCDE"}},
+        {bytes("ab\xEF\xBB\xBF"), {5, L"ab\x00EF\x00BB\x00BF"}},
         // Marks without text and halves of marks.
-        { bytes("\xFF"), { 1, L"\x00FF" } },
-        { bytes("\xFF\xFE"), { 0, L"" } },
-        { bytes("\xEF"), { 1, L"\x00EF" } },
-        { bytes("\xEF\xBB"), { 2, L"\x00EF\x00BB" } },
-        { bytes("\xEF\xBB\xBF"), { 0, L"" } },
-        { bytes("\xEF\xBB\xBE"), { 3, L"\x00EF\x00BB\x00BE" } },
-        { bytes("\xFF\xFF" "A"), { 3, L"\x00FF\x00FF" L"A" } },
+        {bytes("\xFF"), {1, L"\x00FF"}},
+        {bytes("\xFF\xFE"), {0, L""}},
+        {bytes("\xEF"), {1, L"\x00EF"}},
+        {bytes("\xEF\xBB"), {2, L"\x00EF\x00BB"}},
+        {bytes("\xEF\xBB\xBF"), {0, L""}},
+        {bytes("\xEF\xBB\xBE"), {3, L"\x00EF\x00BB\x00BE"}},
+        {bytes("\xFF\xFF" "A"), {3, L"\x00FF\x00FF" L"A"}},
         // A second mark is text.
-        { bytes("\xFF\xFE\xFF\xFE" "A\0"), { 2, L"\xFEFF" L"A" } },
-        { bytes("\xEF\xBB\xBF\xEF\xBB\xBF" "A"), { 2, L"\xFEFF" L"A" } },
+        {bytes("\xFF\xFE\xFF\xFE" "A\0"), {2, L"\xFEFF" L"A"}},
+        {bytes("\xEF\xBB\xBF\xEF\xBB\xBF" "A"), {2, L"\xFEFF" L"A"}},
         // Odd numbers of bytes: half a unit is none.
-        { bytes("\xFF\xFE" "A"), { 0, L"" } },
-        { bytes("\xFF\xFE" "A\0B"), { 1, L"A" } },
-        { bytes("\xFF\xFE\r\0\n"), { 1, L"\r" } },
+        {bytes("\xFF\xFE" "A"), {0, L""}},
+        {bytes("\xFF\xFE" "A\0B"), {1, L"A"}},
+        {bytes("\xFF\xFE\r\0\n"), {1, L"\r"}},
         // Surrogates of UTF-16 stay as they are.
-        { bytes("\xFF\xFE\x00\xD8" "A\0"), { 2, L"\xD800" L"A" } },
-        { bytes("\xFF\xFE\x00\xDC\x00\xD8"), { 2, L"\xDC00\xD800" } },
+        {bytes("\xFF\xFE\x00\xD8" "A\0"), {2, L"\xD800" L"A"}},
+        {bytes("\xFF\xFE\x00\xDC\x00\xD8"), {2, L"\xDC00\xD800"}},
         // UTF-8: bytes that can start nothing.
-        { bytes("\xEF\xBB\xBF\xFF" "A"), { 2, L"\xFFFD" L"A" } },
-        { bytes("\xEF\xBB\xBF\x80\xBF"), { 2, L"\xFFFD\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xC0\x80"), { 2, L"\xFFFD\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xC1\xBF"), { 2, L"\xFFFD\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xF5\x80"), { 2, L"\xFFFD\xFFFD" } },
+        {bytes("\xEF\xBB\xBF\xFF" "A"), {2, L"\xFFFD" L"A"}},
+        {bytes("\xEF\xBB\xBF\x80\xBF"), {2, L"\xFFFD\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xC0\x80"), {2, L"\xFFFD\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xC1\xBF"), {2, L"\xFFFD\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xF5\x80"), {2, L"\xFFFD\xFFFD"}},
         // UTF-8: characters that break off.
-        { bytes("\xEF\xBB\xBF\xC3"), { 1, L"\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xC3("), { 2, L"\xFFFD(" } },
-        { bytes("\xEF\xBB\xBF\xE2\x82"), { 1, L"\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xE2\x82" "A"), { 2, L"\xFFFD" L"A" } },
-        { bytes("\xEF\xBB\xBF\xF0\x9F\x98"), { 1, L"\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xF0\x9F\x98\xC3\xA9"), { 2, L"\xFFFD\x00E9" } },
-        { bytes("\xEF\xBB\xBF\xC3\r\n"), { 2, L"\xFFFD\n" } },
+        {bytes("\xEF\xBB\xBF\xC3"), {1, L"\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xC3("), {2, L"\xFFFD("}},
+        {bytes("\xEF\xBB\xBF\xE2\x82"), {1, L"\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xE2\x82" "A"), {2, L"\xFFFD" L"A"}},
+        {bytes("\xEF\xBB\xBF\xF0\x9F\x98"), {1, L"\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xF0\x9F\x98\xC3\xA9"), {2, L"\xFFFD\x00E9"}},
+        {bytes("\xEF\xBB\xBF\xC3\r\n"), {2, L"\xFFFD\n"}},
         // UTF-8: overlong forms, surrogates, beyond the last character, and the limits of each length.
-        { bytes("\xEF\xBB\xBF\xE0\x9F\xBF"), { 3, L"\xFFFD\xFFFD\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xF0\x8F\xBF\xBF"), { 4, L"\xFFFD\xFFFD\xFFFD\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xED\xA0\x80"), { 3, L"\xFFFD\xFFFD\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xF4\x90\x80\x80"), { 4, L"\xFFFD\xFFFD\xFFFD\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\x7F\xC2\x80\xDF\xBF"), { 3, L"\x007F\x0080\x07FF" } },
-        { bytes("\xEF\xBB\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF"), { 4, L"\x0800\xD7FF\xE000\xFFFF" } },
-        { bytes("\xEF\xBB\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"), { 4, L"\xD800\xDC00\xDBFF\xDFFF" } },
+        {bytes("\xEF\xBB\xBF\xE0\x9F\xBF"), {3, L"\xFFFD\xFFFD\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xF0\x8F\xBF\xBF"), {4, L"\xFFFD\xFFFD\xFFFD\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xED\xA0\x80"), {3, L"\xFFFD\xFFFD\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xF4\x90\x80\x80"), {4, L"\xFFFD\xFFFD\xFFFD\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\x7F\xC2\x80\xDF\xBF"), {3, L"\x007F\x0080\x07FF"}},
+        {bytes("\xEF\xBB\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF"), {4, L"\x0800\xD7FF\xE000\xFFFF"}},
+        {bytes("\xEF\xBB\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"), {4, L"\xD800\xDC00\xDBFF\xDFFF"}},
+        // clang-format on
     };
     for (const auto& item : cases)
     {
@@ -330,7 +334,7 @@ TEST(qelFileAccessReadFileWithKey, MeetsTheEndOfTheFileWhenItAsksForMore)
     {
         for (const Form form : kForms)
         {
-            for (const wchar_t* text : { L"ab", L"ab\x1A" L"cd" })
+            for (const wchar_t* text : { L"ab", L"ab\x1Axy" })
             {
                 TestFile onDisk(inForm(form, text));
                 const qelFileAccess file(onDisk.path(), L"r", key);
@@ -406,7 +410,7 @@ TEST(qelFileAccessReadFileWithKey, GivesNothingFromWhatCannotBeReadAsAFile)
             EXPECT_EQ(readFile(onlyWritten, 100), (Read{ 0, L"" }));
             EXPECT_GE(onlyWritten.puts(L"b"), 0);
         }
-        EXPECT_EQ(onDisk.get(), key == qelFileAccess::UTF8 ? bytes("\xEF\xBB\xBF" "ab") : bytes("\xFF\xFE" "a\0b\0"));
+        EXPECT_EQ(onDisk.get(), key == qelFileAccess::UTF8 ? "\xEF\xBB\xBF" + bytes("ab") : "\xFF\xFE" + bytes("a\0b\0"));
         const qelFileAccess device(L"NUL", L"r", key);
         EXPECT_EQ(readFile(device, 100), (Read{ 0, L"" }));
     }
@@ -489,7 +493,7 @@ TEST(qelFileAccessReadFileWithKey, LeavesNoTextBehindInMemory)
         const void* content;
         DWORD size;
     } files[] = {
-        { L"\xFEFF" L"0123456789012345678901234567890123456789Qx7-secret-Qx7", 110 },
+        { L"\uFEFF0123456789012345678901234567890123456789Qx7-secret-Qx7", 110 },
         { "\xEF\xBB\xBF" "0123456789012345678901234567890123456789Qx7-secret-Qx7", 57 },
         { "0123456789012345678901234567890123456789Qx7-secret-Qx7", 54 },
     };
@@ -516,9 +520,9 @@ TEST(qelFileAccessReadFile, ReadsUtf16BehindEitherMark)
 {
     for (const wchar_t* mode : { L"r", L"rb" })
     {
-        EXPECT_EQ(readContent(bytes("\xFF\xFE" "A\0B\0"), mode, qelFileAccess::ANSI), (Read{ 2, L"AB" }));
-        EXPECT_EQ(readContent(bytes("\xFE\xFF" "A\0B\0"), mode, qelFileAccess::ANSI), (Read{ 2, L"AB" }));
-        EXPECT_EQ(readContent(bytes("\xFE\xFF" "A\0B\0"), mode, static_cast<qelFileAccess::encodeType>(7)),
+        EXPECT_EQ(readContent("\xFF\xFE" + bytes("A\0B\0"), mode, qelFileAccess::ANSI), (Read{ 2, L"AB" }));
+        EXPECT_EQ(readContent("\xFE\xFF" + bytes("A\0B\0"), mode, qelFileAccess::ANSI), (Read{ 2, L"AB" }));
+        EXPECT_EQ(readContent("\xFE\xFF" + bytes("A\0B\0"), mode, static_cast<qelFileAccess::encodeType>(7)),
                   (Read{ 2, L"AB" }));
     }
 }
@@ -552,24 +556,26 @@ TEST(qelFileAccessReadFile, ReadsShortAndMalformedFiles)
         std::string inFile;
         Read read;
     } cases[] = {
-        { bytes(""), { 0, L"" } },
-        { bytes("a"), { 1, L"a" } },
-        { bytes("ab"), { 2, L"ab" } },
-        { bytes("abc"), { 3, L"abc" } },
-        { bytes("abcd"), { 4, L"abcd" } },
-        { bytes("abcde"), { 5, L"abcde" } },
-        { bytes("\xFF"), { 1, L"\x00FF" } },
-        { bytes("\xFF\xFE"), { 0, L"" } },
-        { bytes("\xFE\xFF"), { 0, L"" } },
-        { bytes("\xFF\xFF"), { 2, L"\x00FF\x00FF" } },
-        { bytes("\xFF\xFE" "A"), { 0, L"" } },
-        { bytes("\xFF\xFE" "A\0B"), { 1, L"A" } },
-        { bytes("\xFF\xFE\x00\xDC\x00\xD8"), { 2, L"\xDC00\xD800" } },
-        { bytes("\xFF\xFE" "A\0\0\0B\0"), { 3, L"A" } },
-        { bytes("ab\xEF\xBB"), { 4, L"ab\x00EF\x00BB" } },
-        { bytes("ab\xEF\xBB\xBE"), { 5, L"ab\x00EF\x00BB\x00BE" } },
-        { bytes("ab\xEF\xBB\xBF" "A"), { 0, L"" } },
-        { bytes("a\xEF\xBB\xBF" "A"), { 5, L"a\x00EF\x00BB\x00BF" L"A" } },
+        // clang-format off
+        {bytes(""), {0, L""}},
+        {bytes("a"), {1, L"a"}},
+        {bytes("ab"), {2, L"ab"}},
+        {bytes("abc"), {3, L"abc"}},
+        {bytes("abcd"), {4, L"abcd"}},
+        {bytes("abcde"), {5, L"abcde"}},
+        {bytes("\xFF"), {1, L"\x00FF"}},
+        {bytes("\xFF\xFE"), {0, L""}},
+        {bytes("\xFE\xFF"), {0, L""}},
+        {bytes("\xFF\xFF"), {2, L"\x00FF\x00FF"}},
+        {bytes("\xFF\xFE" "A"), {0, L""}},
+        {bytes("\xFF\xFE" "A\0B"), {1, L"A"}},
+        {bytes("\xFF\xFE\x00\xDC\x00\xD8"), {2, L"\xDC00\xD800"}},
+        {bytes("\xFF\xFE" "A\0\0\0B\0"), {3, L"A"}},
+        {bytes("ab\xEF\xBB"), {4, L"ab\x00EF\x00BB"}},
+        {bytes("ab\xEF\xBB\xBE"), {5, L"ab\x00EF\x00BB\x00BE"}},
+        {bytes("ab\xEF\xBB\xBF" "A"), {0, L""}},
+        {bytes("a\xEF\xBB\xBF" "A"), {5, L"a\x00EF\x00BB\x00BF" L"A"}},
+        // clang-format on
     };
     for (const auto& item : cases)
     {
@@ -583,10 +589,10 @@ TEST(qelFileAccessReadFile, CutsAtMaxLength)
     EXPECT_EQ(readContent(bytes("0123456789"), L"rb", qelFileAccess::ANSI, 10), (Read{ 10, L"0123456789" }));
     EXPECT_EQ(readContent(bytes("0123456789"), L"rb", qelFileAccess::ANSI, 0), (Read{ 0, L"" }));
     EXPECT_EQ(readContent(bytes("0123456789"), L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{ 10, L"0123456789" }));
-    EXPECT_EQ(readContent(bytes("\xFF\xFE" "A\0B\0"), L"rb", qelFileAccess::ANSI, 1), (Read{ 1, L"A" }));
-    EXPECT_EQ(readContent(bytes("\xFF\xFE" "A\0B\0"), L"rb", qelFileAccess::ANSI, 0), (Read{ 0, L"" }));
-    EXPECT_EQ(readContent(bytes("\xFF\xFE" "A\0B\0"), L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{ 2, L"AB" }));
-    EXPECT_EQ(readContent(bytes("ab\xEF\xBB\xBF" "A\0B\0"), L"rb", qelFileAccess::ANSI, 1), (Read{ 1, L"A" }));
+    EXPECT_EQ(readContent("\xFF\xFE" + bytes("A\0B\0"), L"rb", qelFileAccess::ANSI, 1), (Read{ 1, L"A" }));
+    EXPECT_EQ(readContent("\xFF\xFE" + bytes("A\0B\0"), L"rb", qelFileAccess::ANSI, 0), (Read{ 0, L"" }));
+    EXPECT_EQ(readContent("\xFF\xFE" + bytes("A\0B\0"), L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{ 2, L"AB" }));
+    EXPECT_EQ(readContent("ab\xEF\xBB\xBF" + bytes("A\0B\0"), L"rb", qelFileAccess::ANSI, 1), (Read{ 1, L"A" }));
 }
 
 TEST(qelFileAccessReadFile, CountsOffsetsFromTheCurrentPosition)

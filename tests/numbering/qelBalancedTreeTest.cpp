@@ -1004,13 +1004,11 @@ TEST_F(qelBalancedTreeTest, WalkEndsWhenTheVisitorSaysSo)
 TEST_F(qelBalancedTreeTest, WalkOfAnEmptyTreeVisitsNothing)
 {
     const qelBalancedTree tree;
-    EXPECT_EQ(tree.walk(
-                  [](const qelBalancedTreeEntry&, void*)
-                  {
-                      ADD_FAILURE();
-                      return 1;
-                  }),
-              1);
+    const auto fail = [](const qelBalancedTreeEntry&, void*) {
+        ADD_FAILURE();
+        return 1;
+    };
+    EXPECT_EQ(tree.walk(fail), 1);
 }
 
 /// A tree and its model side by side, compared after every step.
