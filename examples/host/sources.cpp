@@ -123,8 +123,8 @@ void printDrivers()
 void printSources(const Options& options)
 {
     qelDataSourcesUtilities sources(options.configurationFile.c_str());
-    print(L"Data sources, configuration file "
-          + (options.configurationFile.empty() ? L"of the installation" : options.configurationFile) + L"\n");
+    print(L"Data sources, configuration file " +
+          (options.configurationFile.empty() ? L"of the installation" : options.configurationFile) + L"\n");
 
     Table table({L"  NAME", L"PLATFORM", L"RESULT", L"CONNECTION TEST", L"CONNECTION STRING"});
     for (const std::wstring& name : options.names)
