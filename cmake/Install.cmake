@@ -21,7 +21,12 @@ else()
 endif()
 
 set(qel_cmake_folder lib/cmake/VarnelQELRoots)
-set(qel_documentation_folder share/doc/VarnelQELRoots)
+# At the top, where who unpacks the ZIP looks first and the links between pages and headers hold. Where many packages
+# share a place, CMAKE_INSTALL_DOCDIR names another folder.
+set(qel_documentation_folder .)
+if(DEFINED CMAKE_INSTALL_DOCDIR)
+  set(qel_documentation_folder ${CMAKE_INSTALL_DOCDIR})
+endif()
 
 set(qel_headers
   include/qelArray.h
@@ -55,7 +60,12 @@ set(qel_pages
   docs/architecture.md
   docs/building.md
   docs/configuration.md
+  docs/data-sources.md
+  docs/demo.md
   docs/diagnostics.md
+  docs/embedding.md
+  docs/files-and-registry.md
+  docs/how-to.md
   docs/numbering.md
   docs/numerics.md
   docs/package.md
@@ -63,6 +73,7 @@ set(qel_pages
   docs/performance.md
   docs/progress-dialog.png
   docs/progress.md
+  docs/surprises.md
   docs/testing.md
   docs/worker-pool.md)
 
@@ -91,8 +102,8 @@ install(FILES
 get_target_property(qel_symbols VarnelQELRoots QEL_SYMBOLS)
 install(FILES ${qel_symbols} DESTINATION bin COMPONENT symbols)
 
-install(FILES README.md DESTINATION ${qel_documentation_folder} COMPONENT documentation)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${qel_documentation_folder} COMPONENT documentation)
 install(FILES ${qel_pages} DESTINATION ${qel_documentation_folder}/docs COMPONENT documentation)
-# The example of the README, which links to it.
-install(FILES examples/connect/connect.cpp
-  DESTINATION ${qel_documentation_folder}/examples/connect COMPONENT documentation)
+# The pages for a browser, where the target docs has made them.
+install(DIRECTORY ${PROJECT_BINARY_DIR}/docs/html DESTINATION ${qel_documentation_folder}/docs
+  COMPONENT documentation OPTIONAL)

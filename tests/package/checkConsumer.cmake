@@ -6,9 +6,9 @@
 cmake_minimum_required(VERSION 3.25)
 
 function(run what)
-  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors)
   if(NOT result EQUAL 0)
-    message("${output}")
+    message("${output}${errors}")
     message(FATAL_ERROR "${what} in \"${FOLDER}\" failed (${result}); the output is above.")
   endif()
   set(output "${output}" PARENT_SCOPE)

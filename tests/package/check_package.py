@@ -10,12 +10,12 @@ version from include/qelVersion.h.
 import argparse
 import json
 import pathlib
+import posixpath
 import re
 import sys
 import zipfile
 
 CMAKE = "lib/cmake/VarnelQELRoots/"
-DOCUMENTATION = "share/doc/VarnelQELRoots/"
 LIBRARIES = {"mingw": "lib/libVarnelQELRoots.dll.a", "visualcpp": "lib/VarnelQELRoots.lib"}
 SYMBOLS = {"mingw": "bin/VarnelQELRoots.dll.debug", "visualcpp": "bin/VarnelQELRoots.pdb"}
 
@@ -37,10 +37,10 @@ def expected_files(source, abi, configuration):
             CMAKE + f"VarnelQELRootsTargets-{configuration}.cmake",
         },
         "symbols": {SYMBOLS[abi]},
-        "documentation": {f"{DOCUMENTATION}docs/{path.name}" for path in (source / "docs").iterdir()
-                          if path.suffix in (".md", ".png")} | {
-            DOCUMENTATION + "README.md",
-            DOCUMENTATION + "examples/connect/connect.cpp",
+        "documentation": {f"docs/{path.name}" for path in (source / "docs").iterdir() if path.is_file()} | {
+            "CHANGELOG.md",
+            "CONTRIBUTING.md",
+            "README.md",
         },
     }
 
@@ -58,8 +58,19 @@ def files_of(path, top):
 def differences(name, found, expected):
     for missing in sorted(expected - found):
         yield f"{name}: {missing} is missing: cmake/Install.cmake should install it"
-    for extra in sorted(found - expected):
+    # Pages for a browser are there when the target docs has made them.
+    for extra in sorted(file for file in found - expected if not file.startswith("docs/html/")):
         yield f"{name}: {extra} should not be there, or tests/package/check_package.py should expect it"
+
+
+def broken_links(files):
+    """Links between the pages that lead nowhere in the package."""
+    for name, data in files.items():
+        if name.endswith(".md"):
+            for target in re.findall(r"\]\(([^)#\s]+)", data.decode("utf-8")):
+                path = posixpath.normpath(posixpath.join(posixpath.dirname(name), target))
+                if "://" not in target and path not in files and not any(file.startswith(path + "/") for file in files):
+                    yield f"{name} links to {target}, which the package does not have"
 
 
 def paths_of_the_build(name, data, places):
@@ -89,7 +100,10 @@ def check(arguments):
         yield from differences(name, set(files), zips[name])
 
     whole = contents.get(f"{top}.zip", {})
+    yield from broken_links(whole)
     for name, data in whole.items():
+        if name.endswith(".pdb"):
+            continue  # tells the debugger where the sources were, for those who build from them
         yield from paths_of_the_build(name, data, (arguments.source, arguments.build))
     for name in ("VarnelQELRoots.dll", pathlib.PurePosixPath(SYMBOLS[arguments.abi]).name):
         if whole.get(f"bin/{name}") != (arguments.build / "bin" / name).read_bytes():
