@@ -61,6 +61,7 @@ set(qel_pages
   docs/building.md
   docs/configuration.md
   docs/data-sources.md
+  docs/debugging.md
   docs/demo.md
   docs/diagnostics.md
   docs/embedding.md

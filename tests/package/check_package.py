@@ -17,6 +17,7 @@ import zipfile
 
 CMAKE = "lib/cmake/VarnelQELRoots/"
 LIBRARIES = {"mingw": "lib/libVarnelQELRoots.dll.a", "visualcpp": "lib/VarnelQELRoots.lib"}
+VIEWS = {"mingw": {"bin/VarnelQELRoots.dll-gdb.py"}, "visualcpp": set()}
 SYMBOLS = {"mingw": "bin/VarnelQELRoots.dll.debug", "visualcpp": "bin/VarnelQELRoots.pdb"}
 
 
@@ -29,12 +30,13 @@ def expected_files(source, abi, configuration):
     """What each component should hold. Every header and every page on the disk belongs in the package."""
     return {
         "runtime": {"bin/VarnelQELRoots.dll"},
-        "development": {f"include/{path.name}" for path in (source / "include").iterdir()} | {
+        "development": {f"include/{path.name}" for path in (source / "include").iterdir()} | VIEWS[abi] | {
             LIBRARIES[abi],
             CMAKE + "VarnelQELRootsConfig.cmake",
             CMAKE + "VarnelQELRootsConfigVersion.cmake",
             CMAKE + "VarnelQELRootsTargets.cmake",
             CMAKE + f"VarnelQELRootsTargets-{configuration}.cmake",
+            "share/VarnelQELRoots/VarnelQELRoots.natvis",
         },
         "symbols": {SYMBOLS[abi]},
         "documentation": {f"docs/{path.name}" for path in (source / "docs").iterdir() if path.is_file()} | {
