@@ -84,6 +84,8 @@ def paths_of_the_build(name, data, places):
                 break
     if name.endswith(".cmake"):
         for path in re.findall(rb'"(/[^"]+|[A-Za-z]:[/\\][^"]*)"', data):
+            if b"${_IMPORT_PREFIX}" in path:
+                continue  # an option of a linker of Windows, followed by the place of the package
             yield f"{name} names the absolute path {path.decode()}"
 
 
