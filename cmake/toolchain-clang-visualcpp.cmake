@@ -42,7 +42,7 @@ if(NOT CMAKE_PROJECT_NAME STREQUAL "CMAKE_TRY_COMPILE")
 endif()
 set(CMAKE_CXX_STANDARD_LIBRARIES "kernel32.lib user32.lib gdi32.lib advapi32.lib vcruntime140.lib ucrtbase.lib")
 foreach(kind EXE SHARED MODULE)
-  set(CMAKE_${kind}_LINKER_FLAGS_INIT "/nodefaultlib /libpath:${folder} /manifest:no /debug /opt:ref,icf")
+  set(CMAKE_${kind}_LINKER_FLAGS_INIT "/nodefaultlib /libpath:\"${folder}\" /manifest:no /debug /opt:ref,icf")
 endforeach()
 
 # Types and lines for the PDB beside each DLL and program.
