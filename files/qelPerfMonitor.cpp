@@ -41,7 +41,6 @@ void qelPerfMonitor::endWithMessageBox(const qelString& label)
 {
     end(label);
     qelString text;
-    qelWinMessage::messageBox(
-        text.format(L"%s : %d -> %d (Diff = %d)", label.getStringW(), m_startTicks, m_endTicks,
-                    difference(m_startTicks, m_endTicks)));
+    qelWinMessage::messageBox(text.format(L"%s : %d -> %d (Diff = %d)", label.getStringW(), m_startTicks, m_endTicks,
+                                          difference(m_startTicks, m_endTicks)));
 }

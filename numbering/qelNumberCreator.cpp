@@ -64,7 +64,7 @@ qelString next(const qelString& code, const StructNumberingDataRange& range, eNu
     {
         return qelString(moved.text());
     }
-    const wchar_t leading[] = { static_cast<wchar_t>(type == kNumeric ? lowest + 1 : lowest), 0 };
+    const wchar_t leading[] = {static_cast<wchar_t>(type == kNumeric ? lowest + 1 : lowest), 0};
     return qelString(leading) + moved.text();
 }
 } // namespace
