@@ -99,11 +99,8 @@ public:
     }
 
 private:
-    static uintptr_t position()
-    {
-        const char here = 0;
-        return reinterpret_cast<uintptr_t>(&here);
-    }
+    /// `here` is left to its default: a temporary on the caller's stack.
+    static uintptr_t position(const char& here = 0) { return reinterpret_cast<uintptr_t>(&here); }
 
     static uintptr_t lowestOfStack()
     {
@@ -199,7 +196,8 @@ public:
     GuardedIterator& operator-=(difference_type count) { return *this += -count; }
 
     friend GuardedIterator operator+(GuardedIterator i, difference_type count) { return i += count; }
-    friend GuardedIterator operator-(GuardedIterator i, difference_type count) { return i += -count; }
+    // Not every C++ library uses all of these.
+    [[maybe_unused]] friend GuardedIterator operator-(GuardedIterator i, difference_type count) { return i += -count; }
     friend difference_type operator-(const GuardedIterator& a, const GuardedIterator& b) { return a.m_at - b.m_at; }
 
     friend bool operator==(const GuardedIterator& a, const GuardedIterator& b)
@@ -209,7 +207,7 @@ public:
     }
 
     friend bool operator!=(const GuardedIterator& a, const GuardedIterator& b) { return !(a == b); }
-    friend bool operator<(const GuardedIterator& a, const GuardedIterator& b) { return a.m_at < b.m_at; }
+    [[maybe_unused]] friend bool operator<(const GuardedIterator& a, const GuardedIterator& b) { return a.m_at < b.m_at; }
 
 private:
     void step() const
