@@ -3,6 +3,7 @@
 
 import argparse
 import sys
+from itertools import groupby
 from pathlib import Path
 
 sys.dont_write_bytecode = True
@@ -68,15 +69,18 @@ def check(folder, build):
 def report(title, found):
     if found:
         print(f"\n{title}:")
-    for change in found:
-        print(f"  - {change.text}\n      {change.reason}")
+    for reason, together in groupby(found, key=lambda change: change.reason):
+        for change in together:
+            print(f"  - {change.text}")
+        print(f"      {reason}")
 
 
 def report_unmeant(build):
     unmeant = Declared(HEADERS).unmeant(build.spelled)
+    if unmeant:
+        print(f"{ABIS[build.abi]}: exported, but no declaration with QEL_API in include/ has this name:")
     for decorated, name in sorted(unmeant.items()):
-        print(f"{ABIS[build.abi]}: exported, but no declaration with QEL_API in include/ is its own:\n"
-              f"    {name} ({decorated})")
+        print(f"  - {name}\n      {decorated}")
     return not unmeant
 
 

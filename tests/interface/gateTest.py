@@ -85,6 +85,15 @@ class Types(Lists):
         self.replace_below("types", self.STRING, self.CACHE, self.CACHE, "    16 +4 m_more: int")
         self.assert_changes((True, "class qelString: new member m_more at 16 +4 int"))
 
+    def test_another_type_of_a_static_member_breaks_hosts(self):
+        self.replace("types", "    static MinRoundOffset: double const", "    static MinRoundOffset: float const")
+        self.assert_changes((True, "class qelDouble: static MinRoundOffset was double const, is float const"))
+
+    def test_a_new_static_member_does_not(self):
+        line = "    static MinRoundOffset: double const"
+        self.replace("types", line, line, "    static more: int")
+        self.assert_changes((False, "class qelDouble: new static more of type int"))
+
     def test_a_new_name_in_the_same_place_breaks_only_sources(self):
         self.replace_below("types", self.STRING, self.CACHE, "    8 +8 m_narrow: char*")
         self.assert_changes((False, "class qelString: m_charCache is now called m_narrow"))

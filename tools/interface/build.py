@@ -43,7 +43,7 @@ class Build:
         found = {name: types[name] for name in types if name not in templates}
         texts = [self.spelled[export.name] for export in self.exports]
         texts += [text for type in found.values() if isinstance(type, Class)
-                  for text in [member.type for member in type.members] + type.statics]
+                  for text in [member.type for member in type.members] + [text for _, text in type.statics]]
         while texts:
             text = texts.pop()
             # One without members is a policy: no object of it is ever passed.

@@ -69,7 +69,8 @@ def _member_changes(name, old, new):
     found = []
     for member, place in old.items():
         if member not in new:
-            other = next((other for other in new if other not in old and new[other] == place), None)
+            other = next((other for other in new if other not in old and new[other] == place and
+                          not other.startswith("static ")), None)
             if other:
                 found.append(Change(False, f"{name}: {member} is now called {other}",
                                     "Only sources that name it have to be changed."))
@@ -79,16 +80,23 @@ def _member_changes(name, old, new):
         elif new[member] != place:
             found.append(Change(True, f"{name}: {member} was {place}, is {new[member]}",
                                 "Hosts look for it where it was."))
-    found += [Change(True, f"{name}: new member {member} at {place}",
-                     "Hosts make objects without it, and derived classes may have put their own there.")
-              for member, place in new.items() if member not in old]
-    return found
+    return found + [_new_member(name, member, place) for member, place in new.items() if member not in old]
+
+
+def _new_member(name, member, place):
+    if member.startswith("static "):
+        return Change(False, f"{name}: new {member} of type {place}", "Hosts built before do not know it.")
+    return Change(True, f"{name}: new member {member} at {place}",
+                  "Hosts make objects without it, and derived classes may have put their own there.")
 
 
 def _members(lines):
     """Offset, size and type of each member by its name; base classes, which have none, by their type."""
     found = {}
     for line in lines:
+        if line.startswith("static "):
+            name, _, found[name] = line.partition(": ")
+            continue
         offset, size, rest = line.split(" ", 2)
         name, _, type_name = rest.partition(": ")
         if name == "(base class)":

@@ -40,6 +40,7 @@ class Dwarf:
         self._lines = image.section_data(".debug_line")
         self._tables = {}
         self._definitions = {}
+        self._descriptions = {}
         self._full_names = {}
         self._type_names = {}
 
@@ -225,6 +226,7 @@ class Dwarf:
         self._full_names[entry.offset] = name
         if entry.attributes.get(AT_FILE) in public_files and AT_DECLARATION not in entry.attributes:
             self._definitions.setdefault(name, entry)
+            self._descriptions.setdefault(name, []).append(entry)
         if entry.tag in CLASSES:
             self._collect(entry, name + "::", public_files)
 
@@ -242,17 +244,21 @@ class Dwarf:
 
     def _class(self, entry, name):
         result = Class(name, entry.attributes[AT_SIZE], self._alignment(entry))
+        result.statics = self._statics(self._descriptions[name])
         for child in self._children(entry):
             if child.tag == TAG_INHERITANCE:
                 result.members.append(self._member(child, ""))
-            elif child.tag in (TAG_MEMBER, TAG_VARIABLE) and AT_NAME in child.attributes:
-                if AT_MEMBER_LOCATION in child.attributes:
-                    result.members.append(self._member(child, child.attributes[AT_NAME]))
-                else:
-                    result.statics.append(self._type_name(child, "void"))
+            elif child.tag == TAG_MEMBER and AT_MEMBER_LOCATION in child.attributes:
+                result.members.append(self._member(child, child.attributes[AT_NAME]))
             elif child.tag == TAG_SUBPROGRAM and AT_VTABLE_SLOT in child.attributes:
                 self._add_virtual(result, child)
         return result
+
+    def _statics(self, descriptions):
+        """Names and types of the static members of a class; each unit describes those that it uses."""
+        return list({child.attributes[AT_NAME]: self._type_name(child, "void")
+                     for entry in descriptions for child in self._children(entry)
+                     if child.tag in (TAG_MEMBER, TAG_VARIABLE) and AT_EXTERNAL in child.attributes}.items())
 
     def _member(self, entry, name):
         if name.startswith("_vptr"):
@@ -344,7 +350,9 @@ class Dwarf:
                 return f"{self._type_name(target, 'void')} ({POINTERS[entry.tag]})({self._parameters(target)})"
             return self._type_name(entry, "void") + POINTERS[entry.tag]
         if entry.tag == TAG_CONST:
-            return self._type_name(entry, "void") + " const"
+            target = self._type(entry)
+            is_array = target is not None and target.tag == TAG_ARRAY  # of const elements, then
+            return self._type_name(entry, "void") + ("" if is_array else " const")
         if entry.tag == TAG_VOLATILE:
             return self._type_name(entry, "void") + " volatile"
         if entry.tag == TAG_ARRAY:

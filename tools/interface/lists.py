@@ -7,7 +7,7 @@ from model import Class
 
 TITLES = {
     "exports": "Exported names: kind, declaration = decorated name.",
-    "types": "Public types: size and alignment; offset, size, name and type of each base class and member; values.",
+    "types": "Public types: size, alignment; offset, size, name, type of members; static members; values.",
     "virtual-slots": "Virtual tables: slot, declaration = the function that stands there.",
 }
 NAMES = tuple(TITLES)
@@ -29,7 +29,7 @@ def _class_lines(found):
     for member in sorted(found.members, key=lambda member: (member.offset, member.size)):
         kind = member.name or "(base class)"
         lines.append(f"    {member.offset} +{member.size} {kind}" + (f": {member.type}" if member.type else ""))
-    return lines
+    return lines + [f"    static {name}: {type_name}" for name, type_name in sorted(found.statics)]
 
 
 def _enumeration_lines(found):

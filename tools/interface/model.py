@@ -19,7 +19,7 @@ class Class:
     size: int
     alignment: int
     members: list = field(default_factory=list)
-    statics: list = field(default_factory=list)   # names of the types of static members
+    statics: list = field(default_factory=list)   # (name, type) of the static members
     virtuals: dict = field(default_factory=dict)  # slot -> signature, of the functions first declared here
 
 

@@ -160,7 +160,8 @@ class Pdb:
             result.members.append(Member(offset, self._size(index), name,
                                          "" if kind == VTABLE_POINTER else self._name(index)))
         elif kind == STATIC_MEMBER:
-            result.statics.append(self._name(field))
+            index, name = field
+            result.statics.append((name, self._name(index)))
         elif kind == METHOD:
             index, offset, name = field
             result.virtuals[offset // 8] = self._signature(index, name)
@@ -199,7 +200,8 @@ class Pdb:
             name, at = self._text(data, at)
             return [(kind, (index, offset, name))], at
         if kind == STATIC_MEMBER:
-            return [(kind, index)], self._text(data, at + 6)[1]
+            name, at = self._text(data, at + 6)
+            return [(kind, (index, name))], at
         if kind == NESTED:
             return [], self._text(data, at + 6)[1]
         if kind == METHOD:
