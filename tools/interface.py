@@ -96,8 +96,8 @@ def check_agreement():
         return True
     print("The lists of the two ABIs do not agree:\n")
     print("\n".join(f"  - {line}" for line in found))
-    print("\nHosts of both are built from the same sources, so level it. An export that only Visual C++ makes belongs into\n"
-          "interface/visualcpp-only.txt, with the reason. When one set of lists is merely old, renew both.")
+    print("\nHosts of both are built from the same sources, so level it. An export that only Visual C++ makes belongs\n"
+          "into interface/visualcpp-only.txt, with the reason. When one set of lists is merely old, renew both.")
     return False
 
 

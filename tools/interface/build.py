@@ -19,19 +19,20 @@ class Build:
         self._image = Image(folder / DLL)
         self.exports = self._image.exports()
         self.abi = "mingw" if any(export.name.startswith("_Z") for export in self.exports) else "visualcpp"
-        pdb = folder / DLL.replace(".dll", ".pdb")
-        if pdb.exists():
-            debug = Pdb(pdb)
-            symbols = debug.symbols(self._image)
-        else:
-            # Split off the DLL, or still in it.
-            split = folder / (DLL + ".debug")
-            debug_image = Image(split) if split.exists() else self._image
-            debug = Dwarf(debug_image)
-            symbols = debug_image.symbols()
         self.spelled = readable([export.name for export in self.exports])
+        debug, symbols = self._debug_information(folder)
         self.types = self._reachable(debug.types_of(headers))
         self._names_at = self._index(symbols)
+
+    def _debug_information(self, folder):
+        """The reader of types, and name and address of every symbol."""
+        if self.abi == "visualcpp":
+            pdb = Pdb(folder / DLL.replace(".dll", ".pdb"))
+            return pdb, pdb.symbols(self._image)
+        # Split off the DLL, or still in it.
+        split = folder / (DLL + ".debug")
+        image = Image(split) if split.exists() else self._image
+        return Dwarf(image), image.symbols()
 
     def lists(self):
         return {"exports": export_lines(self.exports, self.spelled), "types": type_lines(self.types),

@@ -45,7 +45,7 @@ class Dwarf:
         self._type_names = {}
 
     def types_of(self, headers):
-        """The classes and enumerations that headers of these names declare, and what their templates became, by name."""
+        """By name, the classes and enumerations that headers of these names declare, templates as they were used."""
         for unit in self._units():
             public_files = self._files_in(unit, headers)
             if public_files:

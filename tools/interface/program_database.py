@@ -94,7 +94,7 @@ class Pdb:
     # Types
 
     def types_of(self, headers):
-        """The classes and enumerations that headers of these names declare, and what their templates became, by name."""
+        """By name, the classes and enumerations that headers of these names declare, templates as they were used."""
         found = {}
         for index, path in self._declared():
             kind, data = self._record(index)
