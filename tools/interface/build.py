@@ -43,8 +43,9 @@ class Build:
         templates = {name for name in types if "<" in name and not name.rpartition("::")[2].startswith("<")}
         found = {name: types[name] for name in types if name not in templates}
         texts = [self.spelled[export.name] for export in self.exports]
-        texts += [text for type in found.values() if isinstance(type, Class)
-                  for text in [member.type for member in type.members] + [text for _, text in type.statics]]
+        for known in found.values():
+            if isinstance(known, Class):
+                texts += [member.type for member in known.members] + [text for _, text in known.statics]
         while texts:
             text = texts.pop()
             # One without members is a policy: no object of it is ever passed.

@@ -102,8 +102,8 @@ class Pdb:
                 name = self._tag_name(kind, data)
                 kind, data = self._complete.get(name, (kind, data))
                 if not self._is_forward(data):
-                    type = self._enumeration(data, name) if kind == ENUM else self._class(kind, data, name)
-                    found[type.name] = type
+                    read = self._enumeration(data, name) if kind == ENUM else self._class(kind, data, name)
+                    found[read.name] = read
         return found
 
     def _declared(self):
