@@ -88,10 +88,10 @@ public:
     static int GetFileVersion(qelString& fileName, qelString& version);
 
     /**
-     * Writes a table of every module in the process: the low 32 bits of its address, its size in bytes, its file version
-     * and its path. What the file held before is lost. An empty name stands for "c:\Orvalis.log". Each row is safe in
-     * the file before the next module is looked at. Nothing is written when the process cannot find itself, and no row
-     * when it cannot list its modules.
+     * Writes a table of every module in the process: the low 32 bits of its address, its size in bytes, its file
+     * version and its path. What the file held before is lost. An empty name stands for "c:\Orvalis.log". Each row is
+     * safe in the file before the next module is looked at. Nothing is written when the process cannot find itself, and
+     * no row when it cannot list its modules.
      */
     static void listModules(const qelString& fileName);
 

@@ -19,8 +19,8 @@
  * - **Text** is read whatever the type of the value: environment references are not expanded, and other data come as
  *   their raw bytes taken for 16-bit units, up to the first 0 unit. A text has at most 4095 units; a value of more than
  *   8192 bytes is not read, and of 4096 units without a terminator the last is dropped.
- * - **Numbers** are values of 4 bytes, whatever their type; a shorter value is completed with zeros, a longer one is not
- *   read.
+ * - **Numbers** are values of 4 bytes, whatever their type; a shorter value is completed with zeros, a longer one is
+ *   not read.
  * - **Rights**: keys are opened for reading. Only where `create` is not 0 and the key cannot be opened is it asked for
  *   with all rights, and created where it does not exist; no member ever writes a value.
  * - **Failure**: nothing is thrown or logged. A missing key or value or a refused access gives the result 0 and leaves

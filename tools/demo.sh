@@ -70,11 +70,13 @@ write_configuration()
   <Orvalis>
     <DataSource Name="SteelGrades" Platform="x64"
                 Value="DRIVER={$default_driver};UID=;PWD=;DBQ=Catalogs\\SteelGrades.mdb"/>
-    <DataSource Platform="x64" Name="Stahlgüten" Value="DRIVER={$default_driver};UID=;PWD=;DBQ=Catalogs\\SteelGrades.mdb"/>
+    <DataSource Platform="x64" Name="Stahlgüten"
+                Value="DRIVER={$default_driver};UID=;PWD=;DBQ=Catalogs\\SteelGrades.mdb"/>
     <DataSource Value="DRIVER={Varnel ODBC Driver};UID=;PWD=;DBQ=Catalogs\\Bolts.mdb" Name="Bolts" Platform="x64"/>
     <DataSource Name="Damaged" Platform="x64" Value="DRIVER={$default_driver};UID=;PWD=;DBQ=Catalogs\\Damaged.mdb"/>
     <DataSource Name="PriceServer" Platform="x64" Value="DRIVER={Price List Driver};SERVER=prices"/>
-    <DataSource Name="PlotStyles" Platform="x86" Value="DRIVER={$default_driver};UID=;PWD=;DBQ=Catalogs\\PlotStyles.mdb"/>
+    <DataSource Name="PlotStyles" Platform="x86"
+                Value="DRIVER={$default_driver};UID=;PWD=;DBQ=Catalogs\\PlotStyles.mdb"/>
   </Orvalis>
 </Configuration>
 END
@@ -106,7 +108,7 @@ write_registry()
     local product='Software\Kelvara\Orvalis\2020' connections='Software\Kelvara\Varnel\DatabaseConnections'
     ln -sfn "$drive" "$WINEPREFIX/dosdevices/d:"
 
-    set_value "HKLM\\$product" BinPath 'D:\Orvalis\Bin\'
+    set_value "HKLM\\$product" BinPath "D:\\Orvalis\\Bin\\"
     set_value "HKLM\\$product" DataPath "$data\\"
     set_value "HKLM\\$product" Language 1033 REG_DWORD
     set_value "HKCU\\$product" Language 1031 REG_DWORD
@@ -149,7 +151,8 @@ expect_lines()
     unexpected=$((unexpected + 1))
 }
 
-# Takes the picture $2 of the display when the host, whose output goes to file $1, is at 40 percent. Gives up in a minute.
+# Takes the picture $2 of the display when the host, whose output goes to file $1, is at 40 percent. Gives up in a
+# minute.
 take_picture()
 {
     local tries=0

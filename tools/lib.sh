@@ -22,6 +22,19 @@ fail()
     exit 1
 }
 
+# Prints the files of the source tree whose names match one of the patterns, each followed by a zero; leaves out what
+# builds have made and what belongs to git and to editors.
+source_files()
+{
+    local names=(-name "$1")
+    shift
+    while [ $# -gt 0 ]; do
+        names+=(-o -name "$1")
+        shift
+    done
+    find . -mindepth 1 \( -path ./build -o -name '.?*' ! -name .ci \) -prune -o -type f \( "${names[@]}" \) -print0
+}
+
 # Names the packages of packages.txt that are not installed.
 missing_packages()
 {
@@ -77,7 +90,7 @@ lock_build()
 configure_and_build()
 {
     say "Building ($qel_preset)"
-    cd "$qel_source"
+    cd "$qel_source" || fail "there is no folder $qel_source"
     run_step cmake --preset "$qel_preset" --log-level=STATUS >"$qel_build/configure.log" 2>&1 ||
         { cat "$qel_build/configure.log"; fail "configuring failed"; }
     run_step cmake --build --preset "$qel_preset" --target "${@:-all}" || fail "building failed"
@@ -106,8 +119,9 @@ start_display()
         3>"$number_file" </dev/null >"$qel_build/display.log" 2>&1 9>&- &
     display_pid=$!
     until [ -s "$number_file" ]; do
-        kill -0 "$display_pid" 2>/dev/null && [ $((tries += 1)) -le 300 ] ||
+        if ! kill -0 "$display_pid" 2>/dev/null || [ $((tries += 1)) -gt 300 ]; then
             fail "Xvfb did not start; see $qel_build/display.log"
+        fi
         sleep 0.1
     done
     DISPLAY=:$(tr -d '[:space:]' <"$number_file")
@@ -132,7 +146,8 @@ start_wine()
         start_server
         [[ "$(run_step wine reg query 'HKLM\System\CurrentControlSet\Control\Nls\CodePage' /v ACP)" == *1252* ]] ||
             fail "1252 is not the ANSI code page of the prefix; see $qel_build/wine.log"
-        # Nobody manages windows on this display, and Wine would wait two seconds for whoever does at every one it closes.
+        # Nobody manages windows on this display, and Wine would wait two seconds for whoever does at every one it
+        # closes.
         run_step wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >"$qel_build/wine.log" 2>&1 ||
             fail "the prefix cannot be set up; see $qel_build/wine.log"
         # The registry is on disk once the server has ended.

@@ -63,7 +63,7 @@ done
 end_everything_on_exit
 install_packages
 lock_build
-configure_and_build
+configure_and_build all
 start_wine "$qel_build/wine"
 
 say "Running the tests"

@@ -1,5 +1,5 @@
-# Compiles the public headers with warnings as errors: each one alone, all of them after windows.h with every combination
-# of the macros that hosts set for it, and all of them before it.
+# Compiles the public headers with warnings as errors: each one alone, all of them after windows.h with every
+# combination of the macros that hosts set for it, and all of them before it.
 #
 # Needs COMPILER (GCC or Clang for Windows) and INCLUDE_DIR.
 
