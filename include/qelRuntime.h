@@ -134,9 +134,9 @@ QEL_API int qelwsearchenv8(const wchar_t* name, const wchar_t* variable, wchar_t
  */
 QEL_API int qelsplitpath(const char* path, char* drive, size_t driveCapacity, char* dir, size_t dirCapacity,
                          char* fname, size_t fnameCapacity, char* ext, size_t extCapacity);
-QEL_API int qelwsplitpath6(const unsigned short* path, unsigned short* drive, size_t driveCapacity,
-                           unsigned short* dir, size_t dirCapacity, unsigned short* fname, size_t fnameCapacity,
-                           unsigned short* ext, size_t extCapacity);
+QEL_API int qelwsplitpath6(const unsigned short* path, unsigned short* drive, size_t driveCapacity, unsigned short* dir,
+                           size_t dirCapacity, unsigned short* fname, size_t fnameCapacity, unsigned short* ext,
+                           size_t extCapacity);
 QEL_API int qelwsplitpath8(const wchar_t* path, wchar_t* drive, size_t driveCapacity, wchar_t* dir, size_t dirCapacity,
                            wchar_t* fname, size_t fnameCapacity, wchar_t* ext, size_t extCapacity);
 

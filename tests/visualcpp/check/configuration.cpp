@@ -16,7 +16,8 @@ const wchar_t kKey[] = L"Software\\Kelvara\\AbiCheck";
 void checkRegistry()
 {
     HKEY key = nullptr;
-    CHECK(RegCreateKeyExW(HKEY_CURRENT_USER, kKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr) == ERROR_SUCCESS);
+    CHECK(RegCreateKeyExW(HKEY_CURRENT_USER, kKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr) ==
+          ERROR_SUCCESS);
     const wchar_t text[] = L"D:\\St\x00FCtze\\";
     const DWORD number = 1031;
     RegSetValueExW(key, L"Text", 0, REG_SZ, reinterpret_cast<const BYTE*>(text), sizeof text);

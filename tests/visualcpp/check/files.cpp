@@ -70,7 +70,8 @@ void showReading(const char* what, const char* bytes, DWORD count)
         int number = -1;
         double value = -1;
         file.getStringW(line, 100);
-        const int results[] = {file.readString(token), file.readInt(number), file.readDouble(value), file.getc(), file.eof()};
+        const int results[] = {file.readString(token), file.readInt(number), file.readDouble(value), file.getc(),
+                               file.eof()};
         qelString all;
         const size_t length = file.readFile(all, 1000);
         show(what, line + L"/" + token + L"/" +
@@ -83,16 +84,19 @@ void showReading(const char* what, const char* bytes, DWORD count)
 void checkFileAccess()
 {
     showWriting();
-    const char utf16[] = "\xFF\xFE" "a\0\xE4\0\r\0\n\0-\x4E \0007\0 \0001\0.\0005\0x\0";
+    const char utf16[] = "\xFF\xFE"
+                         "a\0\xE4\0\r\0\n\0-\x4E \0007\0 \0001\0.\0005\0x\0";
     showReading("UTF-16", utf16, sizeof utf16 - 1);
-    const char utf8[] = "\xEF\xBB\xBF" "a\xC3\xA4\r\n\xE4\xB8\xAD 7 1.5x";
+    const char utf8[] = "\xEF\xBB\xBF"
+                        "a\xC3\xA4\r\n\xE4\xB8\xAD 7 1.5x";
     showReading("UTF-8", utf8, sizeof utf8 - 1);
     const char ansi[] = "a\xE4\r\n\x80 7 1.5x";
     showReading("ANSI", ansi, sizeof ansi - 1);
 
     {
         qelFileAccess file(kPath, L"rb", qelFileAccess::ANSI);
-        CHECK(file.isOpen() == 1 && file.getCodingMethod() == qelFileAccess::ANSI && file.getFileLength() == sizeof ansi - 1);
+        CHECK(file.isOpen() == 1 && file.getCodingMethod() == qelFileAccess::ANSI &&
+              file.getFileLength() == sizeof ansi - 1);
         char bytes[4] = "";
         CHECK(file.seek(2, SEEK_SET) == 0 && file.read(bytes, 1, 2) == 2 && bytes[0] == '\r');
     }

@@ -24,7 +24,8 @@ void checkBuffers()
     CHECK(qelstrncpy(narrow, 16, "abcdef", 2) == 0 && qelstrncat(narrow, 16, "xyz", 1) == 0);
     CHECK(strcmp(narrow, "abx") == 0);
     CHECK(qelwcscpy8(wide, 16, L"Ab") == 0 && qelwcscat8(wide, 16, L"c") == 0 && wcscmp(wide, L"Abc") == 0);
-    CHECK(qelwcsncpy8(wide, 16, L"Abcdef", 2) == 0 && qelwcsncat8(wide, 16, L"xy", 1) == 0 && wcscmp(wide, L"Abx") == 0);
+    CHECK(qelwcsncpy8(wide, 16, L"Abcdef", 2) == 0 && qelwcsncat8(wide, 16, L"xy", 1) == 0 &&
+          wcscmp(wide, L"Abx") == 0);
     CHECK(qelwcsupr8(wide, 16) == 0 && wcscmp(wide, L"ABX") == 0 && qelwcslwr8(wide, 16) == 0);
     CHECK(qelstrupr(narrow, 16) == 0 && strcmp(narrow, "ABX") == 0 && qelstrlwr(narrow, 16) == 0);
     CHECK(qelstrset(narrow, 16, '-') == 0 && strcmp(narrow, "---") == 0);

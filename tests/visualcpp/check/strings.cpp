@@ -53,7 +53,8 @@ void checkChanges()
     CHECK(text == L"one, two");
     CHECK(text.find(L"two") == 5 && text.find(L"none") == -1 && text.find_last_of(L'o') == 7);
     CHECK(text.replace(L"o", L"00") == 2 && text == L"00ne, tw00");
-    CHECK(text.replace(L'0', L'o') == 4 && text.left(4) == L"oone" && text.right(3) == L"woo" && text.mid(4, 1) == L",");
+    CHECK(text.replace(L'0', L'o') == 4 && text.left(4) == L"oone" && text.right(3) == L"woo" &&
+          text.mid(4, 1) == L",");
     text.removeAll(L'o');
     CHECK(text == L"ne, tw");
     text >>= 2;
@@ -95,10 +96,10 @@ void checkNumbersAndFormats()
     // %s takes text of the format's own kind, %S of the other one.
     CHECK(text.format(L"%s %S %ls %hs", L"w", "n", L"w", "n") == L"w n w n");
     CHECK(text.format("%s %S %ls %hs", "n", L"w", L"w", "n") == L"n w w n");
-    CHECK(text.format(L"%d|%5d|%-5d|%05d|%x|%I64d|%u", 42, 42, 42, 42, 255, -5LL, 7U) == L"42|   42|42   |00042|ff|-5|7");
+    CHECK(text.format(L"%d|%5d|%-5d|%05d|%x|%I64d|%u", 42, 42, 42, 42, 255, -5LL, 7U) ==
+          L"42|   42|42   |00042|ff|-5|7");
     // Halves go away from zero where they are exact.
-    CHECK(text.format(L"%.0f %.0f %.2f %.2f", 0.5, 2.5, 0.125, 2.675) == L"1 3 0.13 2.67" ||
-          text == L"0 2 0.12 2.67");
+    CHECK(text.format(L"%.0f %.0f %.2f %.2f", 0.5, 2.5, 0.125, 2.675) == L"1 3 0.13 2.67" || text == L"0 2 0.12 2.67");
     show("rounding of halves", text);
     CHECK(text.format(L"%.3f|%10.2f|%g|%.17g", 1.0 / 3.0, -2.5, 0.0001, 0.1) ==
           L"0.333|     -2.50|0.0001|0.10000000000000001");
