@@ -24,7 +24,7 @@ set(qel_cmake_folder lib/cmake/VarnelQELRoots)
 # At the top, where who unpacks the ZIP looks first and the links between pages and headers hold. Where many packages
 # share a place, CMAKE_INSTALL_DOCDIR names another folder.
 set(qel_documentation_folder .)
-if(DEFINED CMAKE_INSTALL_DOCDIR)
+if(CMAKE_INSTALL_DOCDIR)
   set(qel_documentation_folder ${CMAKE_INSTALL_DOCDIR})
 endif()
 
