@@ -75,6 +75,7 @@ set(qel_pages
   docs/progress-dialog.png
   docs/progress.md
   docs/surprises.md
+  docs/test-kit.md
   docs/testing.md
   docs/worker-pool.md)
 
