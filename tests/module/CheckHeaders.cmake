@@ -1,11 +1,12 @@
 # Compiles the public headers with warnings as errors: each one alone, all of them after windows.h with combinations of
 # the macros that hosts set for it, and all of them before it.
 #
-# Needs COMPILER (GCC or Clang for Windows) and INCLUDE_DIR. FLAGS are more flags for the compiler. EVERY_COMBINATION
-# tries all combinations of the macros, not only none and all of them.
+# Needs COMPILER (GCC or Clang for Windows) and INCLUDE_DIR. FLAGS are more flags for the compiler, in one string.
+# EVERY_COMBINATION tries all combinations of the macros, not only none and all of them.
 
 cmake_minimum_required(VERSION 3.25)
 
+separate_arguments(FLAGS UNIX_COMMAND "${FLAGS}")
 set(flags ${FLAGS} -std=c++17 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
   -Wold-style-cast -Wcast-qual -Wcast-align -Wnon-virtual-dtor -Woverloaded-virtual -Wundef -Werror
   -DQEL_USE_DLL -I${INCLUDE_DIR})
