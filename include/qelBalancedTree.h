@@ -100,7 +100,7 @@ private:
     static void checkLeftRemove(qelBalancedTreeEntry*& slot, int& flag);
     static void checkRightRemove(qelBalancedTreeEntry*& slot, int& flag);
 
-    typedef void Check(qelBalancedTreeEntry*& slot, int& flag);
+    using Check = void(qelBalancedTreeEntry*& slot, int& flag);
 
     /**
      * Runs `left` or `right` on each entry from the one in `top` down to the slot `end`, by the side on which the
@@ -135,7 +135,7 @@ class QEL_API qelBalancedTree
 {
 public:
     /// Called by walk() for one entry; returns 0 to end the walk.
-    typedef int Visitor(const qelBalancedTreeEntry& entry, void* context);
+    using Visitor = int(const qelBalancedTreeEntry& entry, void* context);
 
     /// An empty tree.
     qelBalancedTree();

@@ -21,6 +21,7 @@
 
 #include <math.h>
 
+// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables): the one place for what lives as long as the process
 namespace
 {
 wchar_t wideScratch[qelText::kCapacity];
@@ -47,6 +48,7 @@ Lasting<qelArray<qelString>> installedOdbcDrivers;
 alignas(qelProcessEvolutionManager) unsigned char processEvolutionManager[sizeof(qelProcessEvolutionManager)];
 Lasting<qelProgressCtrlWindowController> progressWindowController;
 } // namespace
+// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
 wchar_t* qelString::qelStringTempBufferWide = wideScratch;
 char* qelString::qelStringTempBuffer = narrowScratch;

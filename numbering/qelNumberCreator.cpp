@@ -11,9 +11,9 @@ const eNumberingType kNumeric = static_cast<eNumberingType>(3);
 /// `a + b + c`, built at once.
 qelString join(const qelString& a, const qelString& b, const qelString& c)
 {
-    const size_t lengthA = static_cast<size_t>(a.length());
-    const size_t lengthB = static_cast<size_t>(b.length());
-    const size_t lengthC = static_cast<size_t>(c.length());
+    const auto lengthA = static_cast<size_t>(a.length());
+    const auto lengthB = static_cast<size_t>(b.length());
+    const auto lengthC = static_cast<size_t>(c.length());
     if (lengthA + lengthC == 0)
     {
         return b;
@@ -179,7 +179,7 @@ void qelNumberCreator::moveOn()
 {
     const int lowest = lowestSymbol();
     const int count = m_dataRange.symbolCount;
-    const size_t length = static_cast<size_t>(m_current.length());
+    const auto length = static_cast<size_t>(m_current.length());
     qelNumbering::TextBuffer next(length);
     memcpy(next.text(), m_current.getStringW(), length * sizeof(wchar_t));
     next.text()[length] = 0;
