@@ -65,7 +65,7 @@ template <size_t Size> Span attribute(Span element, const wchar_t (&name)[Size])
 /// A span has no terminator: the scratch buffer, which has room for any part of a text, lends one.
 qelString toString(Span text)
 {
-    const size_t length = static_cast<size_t>(text.end - text.begin);
+    const auto length = static_cast<size_t>(text.end - text.begin);
     wmemcpy(qelString::qelStringTempBufferWide, text.begin, length);
     qelString::qelStringTempBufferWide[length] = 0;
     return qelString::qelStringTempBufferWide;

@@ -26,7 +26,7 @@ OdbcConnection::OdbcConnection()
     }
     m_environment = handle;
 
-    const SQLPOINTER version = reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(SQL_OV_ODBC3));
+    auto* const version = reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(SQL_OV_ODBC3));
     if (!succeeded(SQLSetEnvAttr(m_environment, SQL_ATTR_ODBC_VERSION, version, SQL_IS_INTEGER)))
     {
         return;
@@ -59,7 +59,8 @@ bool OdbcConnection::isReady() const
 bool OdbcConnection::open(const qelString& connectionString)
 {
     // The driver manager does not write to the text that it is given, whatever its declaration says.
-    SQLWCHAR* text = const_cast<SQLWCHAR*>(connectionString.getStringW());
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): see above
+    auto* text = const_cast<SQLWCHAR*>(connectionString.getStringW());
     SQLWCHAR completed[512] = {};
     SQLSMALLINT completedLength = 0;
     const SQLRETURN result =

@@ -90,6 +90,7 @@ unsigned long qelRegistry::getCurrentLanguage()
     }
 }
 
+// NOLINTNEXTLINE(readability-const-return-type): part of the exported name for hosts of Visual C++
 const qelString qelRegistry::getRegPathEnvironment()
 {
     return qelString(RegPathEnvironment);

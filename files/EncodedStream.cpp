@@ -92,7 +92,7 @@ private:
 
 struct AnsiBytes
 {
-    typedef char Unit;
+    using Unit = char;
     static const size_t kLeast = 1;
 
     // Bytes stay bytes here: line ends and the end mark are the same in every code page, and their number is asked for.
@@ -105,7 +105,7 @@ struct AnsiBytes
 
 struct Utf16
 {
-    typedef wchar_t Unit;
+    using Unit = wchar_t;
     static const size_t kLeast = 2;
 
     static size_t decode(const unsigned char* bytes, size_t, unsigned& character)
@@ -117,7 +117,7 @@ struct Utf16
 
 struct Utf8
 {
-    typedef wchar_t Unit;
+    using Unit = wchar_t;
     static const size_t kLeast = 1;
 
     // What is not well-formed becomes one replacement character for each longest beginning of a well-formed one.
@@ -297,7 +297,7 @@ bool qelEncodedStream::isUtf8Mark(const unsigned char* bytes)
 size_t qelEncodedStream::readFile(FILE* stream, qelFileAccess::encodeType encoding, qelString& contents,
                                   size_t maxLength)
 {
-    const HANDLE file = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+    auto* const file = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
     if (GetFileType(file) != FILE_TYPE_DISK)
     {
         contents.empty();

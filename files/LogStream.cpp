@@ -58,6 +58,7 @@ LogStream::LogStream(const qelString& fileName)
     , m_locked(false)
 {
     qelfopen(&m_file, fileName, L"a+");
+    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): there is nothing to lock before the file is open
     m_locked = m_file != nullptr && lock(handleOf(m_file));
 }
 
@@ -67,7 +68,7 @@ LogStream::~LogStream()
     {
         return;
     }
-    fflush(m_file);
+    (void)fflush(m_file);
     if (m_locked)
     {
         // Closing would do it too, but not where a child process has inherited the file.

@@ -79,7 +79,7 @@ void qelDebugInterfaces::showResults(void* initiator)
                 headed = true;
                 qelOutputDebugString(text.format(L"\n Coclasses not destructed:"));
             }
-            const unsigned address = static_cast<unsigned>(reinterpret_cast<uintptr_t>(info.object));
+            const auto address = static_cast<unsigned>(reinterpret_cast<uintptr_t>(info.object));
             qelOutputDebugString(
                 text.format(L"\n %d [%d] %08x %s", static_cast<int>(i), running, address, info.className.getStringW()));
         }

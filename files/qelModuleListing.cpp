@@ -78,7 +78,7 @@ public:
     {
         void* info = nullptr;
         UINT size = 0;
-        const bool found = m_block != nullptr && VerQueryValueW(m_block, L"\\", &info, &size);
+        const bool found = m_block != nullptr && VerQueryValueW(m_block, L"\\", &info, &size) != 0;
         // A resource made without the block is found with a size of 0.
         return found && size >= sizeof(VS_FIXEDFILEINFO) ? static_cast<const VS_FIXEDFILEINFO*>(info) : nullptr;
     }
@@ -126,7 +126,7 @@ void writeRow(const qelString& fileName, const MODULEENTRY32W& module)
     qelLogfile::GetFileVersion(path, version);
 
     // The low half of the address is what the column has room for.
-    const unsigned base = static_cast<unsigned>(reinterpret_cast<uintptr_t>(module.modBaseAddr));
+    const auto base = static_cast<unsigned>(reinterpret_cast<uintptr_t>(module.modBaseAddr));
     const unsigned size = module.modBaseSize;
     qelString line;
     line.format(L"0x%08x  0x%-8x%-16s%s\n", base, size, version.getStringW(), path.getStringW());

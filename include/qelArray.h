@@ -71,7 +71,7 @@ public:
     /// Returns storage whose elements are already destroyed, and sets the pointer to null.
     static void deallocate(T*& storage)
     {
-        unsigned char* block = reinterpret_cast<unsigned char*>(storage);
+        auto* block = reinterpret_cast<unsigned char*>(storage);
         qelMemoryControllerController::deallocateArray(block);
         storage = nullptr;
     }
@@ -422,8 +422,8 @@ private:
     /// Whether an object lies in this array's storage, and would go away with it.
     bool owns(const void* object) const
     {
-        const uintptr_t at = reinterpret_cast<uintptr_t>(object);
-        const uintptr_t begin = reinterpret_cast<uintptr_t>(m_elements);
+        const auto at = reinterpret_cast<uintptr_t>(object);
+        const auto begin = reinterpret_cast<uintptr_t>(m_elements);
         return at >= begin && at < begin + static_cast<uintptr_t>(m_physicalLength) * sizeof(T);
     }
 

@@ -121,7 +121,7 @@ class QEL_API qelBalancedTree
 {
 public:
     /// Called by walk() for one entry; returns 0 to end the walk.
-    typedef int Visitor(const qelBalancedTreeEntry& entry, void* context);
+    using Visitor = int(const qelBalancedTreeEntry& entry, void* context);
 
     /// An empty tree.
     qelBalancedTree();

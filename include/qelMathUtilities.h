@@ -29,7 +29,7 @@
 namespace qelMathUtilities
 {
 /// The list that the solvers write to.
-typedef qelArray<double, qelArrayMemCopyReallocator<double>, qelArrayMemoryController<double>> Roots;
+using Roots = qelArray<double, qelArrayMemCopyReallocator<double>, qelArrayMemoryController<double>>;
 
 /// The circle constant, computed as the arc cosine of -1 when the library is loaded.
 QEL_API extern const double PI;

@@ -36,7 +36,7 @@ class QEL_API qelStringClassArray
 {
 public:
     /// Order of two elements, given as pointers to `qelString`.
-    typedef int (*Comparator)(const void*, const void*);
+    using Comparator = int (*)(const void*, const void*);
 
     /// @name Life
     /// @{

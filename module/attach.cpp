@@ -2,8 +2,9 @@
 
 namespace
 {
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): set once, when the library is loaded
 HINSTANCE moduleHandle = nullptr;
-}
+} // namespace
 
 HINSTANCE qelModule::handle()
 {

@@ -22,6 +22,7 @@
 
 #include <math.h>
 
+// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables): the one place for what lives as long as the process
 namespace
 {
 // One more than they hold: a C runtime that cannot convert a text while formatting puts a 0 right behind the buffer.
@@ -49,6 +50,7 @@ Lasting<qelArray<qelString>> installedOdbcDrivers;
 alignas(qelProcessEvolutionManager) unsigned char processEvolutionManager[sizeof(qelProcessEvolutionManager)];
 Lasting<qelProgressCtrlWindowController> progressWindowController;
 } // namespace
+// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
 wchar_t* qelString::qelStringTempBufferWide = wideScratch;
 char* qelString::qelStringTempBuffer = narrowScratch;

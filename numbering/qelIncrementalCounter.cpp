@@ -113,7 +113,7 @@ qelIncrementalCounter::eIncrementStatus qelIncrementalCounter::increment()
         if (carry == 1)
         {
             // A number does not begin with the digit 0.
-            const wchar_t beforeFirst = static_cast<wchar_t>(initChar() - 1);
+            const auto beforeFirst = static_cast<wchar_t>(initChar() - 1);
             m_characters.insertAt(0, incrementAtPosition(beforeFirst,
                                                          m_numericOnly == 1 ? m_data.excludedCharacters + L"0"
                                                                             : m_data.excludedCharacters,

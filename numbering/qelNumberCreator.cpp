@@ -11,9 +11,9 @@ const eNumberingType kNumeric = static_cast<eNumberingType>(3);
 /// `a + b + c`, built at once.
 qelString join(const qelString& a, const qelString& b, const qelString& c)
 {
-    const size_t lengthA = static_cast<size_t>(a.length());
-    const size_t lengthB = static_cast<size_t>(b.length());
-    const size_t lengthC = static_cast<size_t>(c.length());
+    const auto lengthA = static_cast<size_t>(a.length());
+    const auto lengthB = static_cast<size_t>(b.length());
+    const auto lengthC = static_cast<size_t>(c.length());
     if (lengthA + lengthC == 0)
     {
         return b;

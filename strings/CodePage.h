@@ -10,7 +10,7 @@ namespace qelCodePage
 inline size_t mostBytes()
 {
     CPINFO page;
-    return GetCPInfo(CP_ACP, &page) ? qelText::kCapacity * page.MaxCharSize : qelText::kCapacity;
+    return GetCPInfo(CP_ACP, &page) != 0 ? qelText::kCapacity * page.MaxCharSize : qelText::kCapacity;
 }
 
 /// Bytes of the ANSI code page before the terminator, at most as many as the longest text can need; 0 for null.

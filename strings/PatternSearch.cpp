@@ -128,11 +128,11 @@ private:
 class GuardedIterator
 {
 public:
-    typedef std::random_access_iterator_tag iterator_category;
-    typedef wchar_t value_type;
-    typedef std::ptrdiff_t difference_type;
-    typedef const wchar_t* pointer;
-    typedef const wchar_t& reference;
+    using iterator_category = std::random_access_iterator_tag;
+    using value_type = wchar_t;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const wchar_t*;
+    using reference = const wchar_t&;
 
     GuardedIterator()
         : m_at(nullptr)
@@ -153,6 +153,7 @@ public:
         step();
     }
 
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is given back here
     GuardedIterator& operator=(const GuardedIterator& other)
     {
         m_at = other.m_at;
@@ -259,8 +260,8 @@ size_t countNodes(const wchar_t* pattern)
 /// Compiles and matches; throws whatever goes wrong.
 void search(Job& job)
 {
-    typedef boost::xpressive::basic_regex<GuardedIterator> Regex;
-    typedef boost::xpressive::match_results<GuardedIterator> Groups;
+    using Regex = boost::xpressive::basic_regex<GuardedIterator>;
+    using Groups = boost::xpressive::match_results<GuardedIterator>;
 
     Guard guard;
     guard.requireStack(countNodes(job.pattern) * kStackPerNode);
@@ -273,11 +274,11 @@ void search(Job& job)
     const GuardedIterator end(job.text + qelText::measure(job.text), guard);
     Groups groups;
     job.matched = boost::xpressive::regex_match(begin, end, groups, regex);
-    for (size_t i = 0; i < groups.size(); ++i)
+    for (const auto& group : groups)
     {
-        if (groups[i].matched && groups[i].first != groups[i].second)
+        if (group.matched && group.first != group.second)
         {
-            const Piece piece = {groups[i].first.base(), static_cast<size_t>(groups[i].second - groups[i].first)};
+            const Piece piece = {group.first.base(), static_cast<size_t>(group.second - group.first)};
             job.groups.push_back(piece);
         }
     }
@@ -360,7 +361,7 @@ public:
     GroupText(const GroupText&) = delete;
     GroupText& operator=(const GroupText&) = delete;
 
-    ~GroupText() { qelText::scrub(&m_text[0], m_text.size() * sizeof(wchar_t)); }
+    ~GroupText() { qelText::scrub(m_text.data(), m_text.size() * sizeof(wchar_t)); }
 
     const wchar_t* get() const { return m_text.c_str(); }
 

@@ -5,7 +5,7 @@
 namespace qelPattern
 {
 /// Takes the text of one group, ended by a 0 unit and gone after the call.
-typedef void (*GroupSink)(void* context, const wchar_t* group);
+using GroupSink = void (*)(void* context, const wchar_t* group);
 
 /**
  * Whether the pattern matches the whole text. If so, the whole text and then every group go to the sink, the empty ones

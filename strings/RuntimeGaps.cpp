@@ -85,7 +85,7 @@ int fail(int code)
 
 const char* find(const char* name)
 {
-    return getenv(name);
+    return getenv(name); // NOLINT(concurrency-mt-unsafe): what _dupenv_s does, which the import library lacks
 }
 
 const wchar_t* find(const wchar_t* name)
@@ -149,7 +149,7 @@ int searchFolders(errno_t (*search)(const Char*, const Char*, Char*, size_t), co
     }
     const Char none = 0;
     const int code = search(name, variable == nullptr ? &none : variable, result, capacity);
-    return code == 0 && *result == 0 ? fail(ERANGE) : code;
+    return code == 0 && result != nullptr && *result == 0 ? fail(ERANGE) : code;
 }
 } // namespace
 

@@ -54,7 +54,7 @@ qelStringRepr* qelStringRepr::create(size_t length)
     // One block for both: the text stands right behind the representation, in whole chunks.
     const size_t lastChunk = length / qelText::kUnitsPerChunk * qelText::kUnitsPerChunk;
     void* block = ::operator new(sizeof(qelStringRepr) + (lastChunk + qelText::kUnitsPerChunk) * sizeof(wchar_t));
-    wchar_t* data = reinterpret_cast<wchar_t*>(static_cast<unsigned char*>(block) + sizeof(qelStringRepr));
+    auto* data = reinterpret_cast<wchar_t*>(static_cast<unsigned char*>(block) + sizeof(qelStringRepr));
     memset(data + lastChunk, 0, qelText::kUnitsPerChunk * sizeof(wchar_t));
     return new (block, qelPlacement()) qelStringRepr(data);
 }
@@ -145,6 +145,7 @@ qelString::~qelString()
     ReleaseCharCache();
 }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): texts that share everything are left alone
 qelString& qelString::operator=(const qelString& other)
 {
     if (m_rep != other.m_rep)
@@ -162,12 +163,14 @@ qelString& qelString::operator=(const wchar_t* text)
 
 qelString& qelString::operator=(const unsigned short* text)
 {
-    return *this = qelText::wide(text);
+    *this = qelText::wide(text);
+    return *this;
 }
 
 qelString& qelString::operator=(const char* text)
 {
-    return *this = qelString(text);
+    *this = qelString(text);
+    return *this;
 }
 
 qelString qelString::setFromUnsignedShortString(const unsigned short* text)
@@ -325,7 +328,7 @@ qelStringRepr* qelString::represent(const char* text, size_t length, unsigned co
     // No code page makes more units than it has bytes, so one conversion into that much room does.
     const int room = static_cast<int>(length);
     qelStringRepr* rep = qelStringRepr::create(length);
-    const size_t made = static_cast<size_t>(MultiByteToWideChar(codePage, 0, text, room, rep->m_data, room));
+    const auto made = static_cast<size_t>(MultiByteToWideChar(codePage, 0, text, room, rep->m_data, room));
     memset(rep->m_data + made, 0, (length - made) * sizeof(wchar_t));
     const size_t units = qelText::measureOwn(rep->m_data, qelText::kCapacity);
     // Leaves nothing behind the text that its own scrubbing would not reach.

@@ -37,6 +37,7 @@ qelStringClassArray::~qelStringClassArray()
     delete m_array;
 }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the array sees to it
 qelStringClassArray& qelStringClassArray::operator=(const qelStringClassArray& other)
 {
     *m_array = *other.m_array;
@@ -172,7 +173,7 @@ int qelStringClassArray::lfind(const qelString& key, long& index, Comparator com
         return 0;
     }
     const qelString* elements = &m_array->first();
-    unsigned int count = static_cast<unsigned int>(length() - from);
+    auto count = static_cast<unsigned int>(length() - from);
     return report(::_lfind(&key, elements + from, &count, sizeof(qelString), compare), elements, index);
 }
 

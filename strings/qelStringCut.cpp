@@ -17,7 +17,7 @@ size_t countInside(const wchar_t* text, int start, int count)
     {
         return 0;
     }
-    const size_t before = static_cast<size_t>(start);
+    const auto before = static_cast<size_t>(start);
     const size_t reached = qelText::measureOwn(text, before + static_cast<size_t>(count));
     return reached > before ? reached - before : 0;
 }
@@ -70,7 +70,7 @@ qelString qelString::left(int n) const
     {
         return qelString();
     }
-    const size_t kept = static_cast<size_t>(n);
+    const auto kept = static_cast<size_t>(n);
     if (qelText::measureOwn(m_rep->m_data, kept + 1) <= kept)
     {
         return *this;

@@ -78,6 +78,7 @@ bool decideByNumbers(const wchar_t*& left, const wchar_t*& right, int& order)
         {
             const int leftValue = a.value();
             const int rightValue = b.value();
+            // NOLINTNEXTLINE(readability-implicit-bool-conversion): the sign of the difference
             order = (leftValue > rightValue) - (leftValue < rightValue);
             if (order != 0 || endsBoth)
             {
@@ -114,6 +115,7 @@ int qelString::compare(const qelString& a, const qelString& b)
         }
     }
     at += qelText::firstUnit(decisive);
+    // NOLINTNEXTLINE(readability-implicit-bool-conversion): the sign of the difference
     return (left[at] > right[at]) - (left[at] < right[at]);
 }
 

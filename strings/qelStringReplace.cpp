@@ -12,7 +12,7 @@ int countUnit(const wchar_t* text, size_t length, wchar_t c)
     int count = 0;
     for (size_t i = 0; i < length; ++i)
     {
-        count += text[i] == c;
+        count += text[i] == c ? 1 : 0;
     }
     return count;
 }
@@ -84,7 +84,7 @@ int qelString::replace(const qelString& what, const qelString& with)
     const wchar_t* end = text + units;
 
     const int count = countText(text, end, sought, soughtUnits);
-    const size_t places = static_cast<size_t>(count);
+    const auto places = static_cast<size_t>(count);
     const size_t result = units - places * soughtUnits + places * insertedUnits;
     if (result == 0 || !qelText::fits(result))
     {
@@ -118,9 +118,9 @@ qelString& qelString::replace(int start, int count, const qelString& with)
     const long long kept = behind < 0 ? 0 : behind > units ? units : behind;
     const long long before = start < 0 ? 0 : start > units ? units : start;
 
-    const size_t front = static_cast<size_t>(before);
+    const auto front = static_cast<size_t>(before);
     const size_t middle = qelText::measureOwn(with.m_rep->m_data);
-    const size_t back = static_cast<size_t>(kept);
+    const auto back = static_cast<size_t>(kept);
     const size_t result = front + middle + back;
     if (result == 0 || !qelText::fits(result))
     {

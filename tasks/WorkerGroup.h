@@ -60,7 +60,7 @@ private:
     static void operator delete(void* block);
     static void operator delete(void* block, int handleCount);
 
-    static DWORD WINAPI threadMain(void* group);
+    static DWORD WINAPI threadMain(void* argument);
 
     void start(void*& handle);
     void serve();

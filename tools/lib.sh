@@ -42,7 +42,8 @@ source_files()
         names+=(-o -name "$1")
         shift
     done
-    find . -mindepth 1 \( -path ./build -o -name '.?*' ! -name .ci \) -prune -o -type f \( "${names[@]}" \) -print0
+    find . -mindepth 1 \( -path ./build -o -name '.?*' ! -name .ci ! -name .clang-tidy \) -prune \
+        -o -type f \( "${names[@]}" \) -print0
 }
 
 # Names the packages of packages.txt that are not installed.

@@ -1,20 +1,50 @@
-# Compiles the public headers with warnings as errors: each one alone, all of them after windows.h with every
-# combination of the macros that hosts set for it, and all of them before it.
+# Compiles the public headers with warnings as errors: each one alone, all of them after windows.h with combinations of
+# the macros that hosts set for it, and all of them before it.
 #
-# Needs COMPILER (GCC or Clang for Windows) and INCLUDE_DIR.
+# Needs COMPILER (GCC or Clang for Windows) and INCLUDE_DIR. FLAGS are more flags for the compiler, in one string.
+# EVERY_COMBINATION tries all combinations of the macros, not only none and all of them.
 
 cmake_minimum_required(VERSION 3.25)
 
-set(flags -std=c++17 -fsyntax-only -Wall -Wextra -Wpedantic -Werror -DQEL_USE_DLL -I${INCLUDE_DIR})
+separate_arguments(FLAGS UNIX_COMMAND "${FLAGS}")
+set(flags ${FLAGS} -std=c++17 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+  -Wold-style-cast -Wcast-qual -Wcast-align -Wnon-virtual-dtor -Woverloaded-virtual -Wundef -Werror
+  -DQEL_USE_DLL -I${INCLUDE_DIR})
 set(failures 0)
+set(waiting_what)
+set(waiting)
 
+# Compilations run two at a time: one waits here for the next one.
 function(compile what)
-  execute_process(COMMAND ${COMPILER} ${flags} ${ARGN} RESULT_VARIABLE result ERROR_VARIABLE errors)
-  if(NOT result EQUAL 0)
-    message("FAILED: ${what}\n${errors}")
-    math(EXPR count "${failures} + 1")
-    set(failures ${count} PARENT_SCOPE)
+  set(command ${COMPILER} ${flags} ${ARGN})
+  if(NOT waiting_what)
+    set(waiting_what "${what}" PARENT_SCOPE)
+    set(waiting "${command}" PARENT_SCOPE)
+    return()
   endif()
+  run("${waiting_what}, or ${what}" COMMAND ${waiting} COMMAND ${command})
+  set(waiting_what "" PARENT_SCOPE)
+  set(failures ${failures} PARENT_SCOPE)
+endfunction()
+
+# Runs what still waits.
+macro(finish)
+  if(waiting_what)
+    run("${waiting_what}" COMMAND ${waiting})
+    set(waiting_what)
+  endif()
+endmacro()
+
+function(run what)
+  execute_process(${ARGN} RESULTS_VARIABLE results ERROR_VARIABLE errors)
+  foreach(result IN LISTS results)
+    if(NOT result EQUAL 0)
+      message("FAILED: ${what}\n${errors}")
+      math(EXPR count "${failures} + 1")
+      set(failures ${count} PARENT_SCOPE)
+      return()
+    endif()
+  endforeach()
 endfunction()
 
 file(GLOB headers RELATIVE ${INCLUDE_DIR} ${INCLUDE_DIR}/*.h)
@@ -32,21 +62,24 @@ set(all)
 foreach(header IN LISTS headers)
   list(APPEND all -include ${header})
 endforeach()
+set(source ${CMAKE_CURRENT_LIST_DIR}/HeadersWithWindows.cpp)
 foreach(unicode "" "-DUNICODE;-D_UNICODE")
   foreach(lean "" -DWIN32_LEAN_AND_MEAN)
     foreach(nominmax "" -DNOMINMAX)
       set(macros ${unicode} ${lean} ${nominmax})
-      set(source ${CMAKE_CURRENT_LIST_DIR}/HeadersWithWindows.cpp)
-      compile("after windows.h: ${macros}" ${macros} -include windows.h ${all} ${source})
+      list(LENGTH macros count)
+      if(EVERY_COMBINATION OR count EQUAL 0 OR count EQUAL 4)
+        compile("after windows.h: ${macros}" ${macros} -include windows.h ${all} ${source})
+      endif()
     endforeach()
   endforeach()
 endforeach()
 
 # The headers in front include nothing of Windows, so that only a name of theirs could disturb windows.h.
 foreach(macros "" "-DUNICODE;-D_UNICODE;-DWIN32_LEAN_AND_MEAN;-DNOMINMAX")
-  compile("before windows.h: ${macros}" ${macros} ${all} -include windows.h
-    ${CMAKE_CURRENT_LIST_DIR}/HeadersWithWindows.cpp)
+  compile("before windows.h: ${macros}" ${macros} ${all} -include windows.h ${source})
 endforeach()
+finish()
 
 if(failures GREATER 0)
   message(FATAL_ERROR "${failures} compilations failed")

@@ -1,6 +1,6 @@
 // Compiled with one public header in front of it, given on the command line.
 
-#if defined(_WINDOWS_)
+#if defined(MAX_PATH)
 #error "a public header includes windows.h"
 #endif
 

@@ -1,6 +1,6 @@
 // Compiled with all public headers and windows.h in front of it, given on the command line in either order.
 
-#if !defined(_WINDOWS_)
+#if !defined(MAX_PATH)
 #error "windows.h is missing"
 #endif
 

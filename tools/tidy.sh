@@ -1,0 +1,91 @@
+#!/usr/bin/env bash
+# Runs clang-tidy over the C++ sources.
+set -euo pipefail
+
+usage()
+{
+    cat <<'TEXT'
+usage: tidy.sh [--again] [--library | FILE ...]
+
+Runs clang-tidy, with the checks of the .clang-tidy files, over the sources of the library, its tests, benchmarks and
+examples, two at a time. A source that has passed is left out the next time, until it, a header or the checks change.
+
+  --library  only the sources of the library, with the headers that they include
+  --again    all of them, whether they have passed before or not
+  --help     show this text
+
+Needs clang-tidy 19 (package clang-tidy-19) and a configured build folder (build/linux-mingw-release).
+TEXT
+}
+
+again=
+only=
+files=()
+while [ $# -gt 0 ]; do
+    case $1 in
+        --help) usage; exit 0 ;;
+        --again) again=yes; shift ;;
+        --library) only=library; shift ;;
+        -*) usage >&2; exit 2 ;;
+        *) files+=("$(realpath -- "$1")"); shift ;;
+    esac
+done
+
+# shellcheck source=tools/lib.sh
+source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+
+command -v clang-tidy-19 >/dev/null || fail "clang-tidy-19 is not there; please install the package of that name"
+[ -f "$qel_build/compile_commands.json" ] || fail "please configure first: cmake --preset $qel_preset"
+cd "$qel_source"
+stamps=$qel_build/tidy
+mkdir -p "$stamps"
+
+# The sources that the build compiles, one a line. GoogleTest and what is generated are not ours.
+compiled()
+{
+    sed -n "s|^ *\"file\": \"$qel_source/\(.*\.cpp\)\",\{0,1\}$|\1|p" "$qel_build/compile_commands.json" |
+        grep -v '^build/' | sort -u
+}
+
+if [ ${#files[@]} -gt 0 ]; then
+    files=("${files[@]#"$qel_source"/}")
+elif [ "$only" = library ]; then
+    mapfile -t files < <(compiled | grep -Ev '^(tests|bench|examples|tools)/')
+else
+    mapfile -t files < <(compiled)
+fi
+[ ${#files[@]} -gt 0 ] || fail "there are no sources in $qel_build/compile_commands.json"
+
+# What every result depends on.
+newest=$(source_files '*.h' .clang-tidy | xargs -0 ls -t | head -n 1)
+
+# Checks one source, silently when it passes.
+check()
+{
+    local file=$1 more=() output
+    # The paths through Boost's templates take longer than all other sources together.
+    [ "$file" != strings/PatternSearch.cpp ] || more=(--checks=-clang-analyzer-*)
+    if output=$(clang-tidy-19 -p "$qel_build" --quiet "${more[@]}" "$file" 2>&1); then
+        mkdir -p "$stamps/$(dirname "$file")"
+        touch "$stamps/$file"
+    else
+        printf '%s\n' "$output"
+        return 1
+    fi
+}
+export -f check
+export qel_build stamps
+
+wanted=()
+for file in "${files[@]}"; do
+    stamp=$stamps/$file
+    if [ -n "$again" ] || [ ! "$stamp" -nt "$file" ] || [ ! "$stamp" -nt "$newest" ]; then
+        wanted+=("$file")
+    fi
+done
+if [ ${#wanted[@]} -gt 0 ]; then
+    # shellcheck disable=SC2016 # the inner shell expands it
+    printf '%s\0' "${wanted[@]}" | xargs -0 -n 1 -P 2 bash -c 'check "$1"' check ||
+        fail "clang-tidy has something to say: correct it, or write NOLINT, the name of the check and the reason there"
+fi
+echo "${#files[@]} sources are tidy, ${#wanted[@]} of them looked at now"
