@@ -45,10 +45,13 @@ bool benchArraysOf(int count)
 
     printf("\nArrays of %d elements", count);
     qelBench::Table table("std::vector");
-    table.compare("append ints", [&] { return appended<qelArray<int>>(count, 0); }, [&] { return pushed<int>(count, 0); });
-    table.compare("append ints, size given at once", [&] { return appended<qelArray<int>>(count, count); },
-                  [&] { return pushed<int>(count, size); });
-    table.compare("append doubles", [&] { return appended<Doubles>(count, 0); }, [&] { return pushed<double>(count, 0); });
+    table.compare(
+        "append ints", [&] { return appended<qelArray<int>>(count, 0); }, [&] { return pushed<int>(count, 0); });
+    table.compare(
+        "append ints, size given at once", [&] { return appended<qelArray<int>>(count, count); },
+        [&] { return pushed<int>(count, size); });
+    table.compare(
+        "append doubles", [&] { return appended<Doubles>(count, 0); }, [&] { return pushed<double>(count, 0); });
     table.compare(
         "append texts",
         [&] {

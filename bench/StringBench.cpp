@@ -51,8 +51,8 @@ wstring formatted(const wchar_t* text, int number)
 std::string narrowed(const wstring& text)
 {
     const int units = static_cast<int>(text.size());
-    std::string narrow(static_cast<size_t>(WideCharToMultiByte(CP_ACP, 0, text.data(), units, nullptr, 0, "?", nullptr)),
-                       '\0');
+    std::string narrow(
+        static_cast<size_t>(WideCharToMultiByte(CP_ACP, 0, text.data(), units, nullptr, 0, "?", nullptr)), '\0');
     WideCharToMultiByte(CP_ACP, 0, text.data(), units, &narrow[0], static_cast<int>(narrow.size()), "?", nullptr);
     return narrow;
 }
@@ -94,15 +94,15 @@ bool benchTextOf(size_t length)
 
     printf("\nTexts of %d units", static_cast<int>(length));
     qelBench::Table table("std::wstring");
-    table.compare("construct from wide text", [&] { return qelString(peer.c_str()); },
-                  [&] { return wstring(peer.c_str()); });
-    table.compare("construct from narrow text", [&] { return qelString(narrow.c_str()); },
-                  [&] { return widened(narrow); });
+    table.compare(
+        "construct from wide text", [&] { return qelString(peer.c_str()); }, [&] { return wstring(peer.c_str()); });
+    table.compare(
+        "construct from narrow text", [&] { return qelString(narrow.c_str()); }, [&] { return widened(narrow); });
     table.compare("copy", [&] { return qelString(ours); }, [&] { return wstring(peer); });
     table.compare("length", [&] { return ours.length(); }, [&] { return static_cast<int>(peer.size()); });
     table.compare("compare, equal texts", [&] { return ours == ourTwin; }, [&] { return peer == peerTwin; });
-    table.compare("compare, a text and its copy", [&] { return ours == qelString(ours); },
-                  [&] { return peer == wstring(peer); });
+    table.compare(
+        "compare, a text and its copy", [&] { return ours == qelString(ours); }, [&] { return peer == wstring(peer); });
     table.compare("concatenate two", [&] { return ours + ourTwin; }, [&] { return peer + peerTwin; });
     table.compare(
         "append 20 to one",
@@ -122,8 +122,9 @@ bool benchTextOf(size_t length)
             }
             return text;
         });
-    table.compare("find at the end", [&] { return ourNeedle.find(hash); },
-                  [&] { return static_cast<int>(peerNeedle.find(L"#")); });
+    table.compare(
+        "find at the end", [&] { return ourNeedle.find(hash); },
+        [&] { return static_cast<int>(peerNeedle.find(L"#")); });
     table.compare(
         "replace all",
         [&] {
@@ -159,8 +160,8 @@ bool benchTextOf(size_t length)
         },
         [&] { return formatted(peer.c_str(), 355); });
     // A copy has no narrow form yet.
-    table.compare("narrow form", [&] { return std::string(qelString(ours).getStringA()); },
-                  [&] { return narrowed(peer); });
+    table.compare(
+        "narrow form", [&] { return std::string(qelString(ours).getStringA()); }, [&] { return narrowed(peer); });
     table.compare(
         "narrow form, asked for again", [&] { return ours.getStringA()[0]; }, [&] { return narrowed(peer)[0]; });
     return table.isRight();

@@ -62,8 +62,8 @@ bool OdbcConnection::open(const qelString& connectionString)
     SQLWCHAR* text = const_cast<SQLWCHAR*>(connectionString.getStringW());
     SQLWCHAR completed[512] = {};
     SQLSMALLINT completedLength = 0;
-    const SQLRETURN result = SQLDriverConnectW(m_connection, nullptr, text, SQL_NTS, completed, 512, &completedLength,
-                                               SQL_DRIVER_NOPROMPT);
+    const SQLRETURN result =
+        SQLDriverConnectW(m_connection, nullptr, text, SQL_NTS, completed, 512, &completedLength, SQL_DRIVER_NOPROMPT);
     // It may hold a password.
     qelText::scrub(completed, sizeof(completed));
     return succeeded(result);

@@ -17,8 +17,8 @@ const char kFunctionName[] = "SQLGetInstalledDriversW";
 const wchar_t kFunctionMissing[] =
     L"The program %s, or one of its DLLs attempted to call the function %S which is not supported in the loaded ODBC "
     L"installer DLL (%s). Press OK to proceed.";
-static_assert(sizeof(kFunctionMissing) / sizeof(wchar_t) + sizeof(kFunctionName) + 2 * kFileNameCapacity
-                  <= kMessageCapacity,
+static_assert(sizeof(kFunctionMissing) / sizeof(wchar_t) + sizeof(kFunctionName) + 2 * kFileNameCapacity <=
+                  kMessageCapacity,
               "the message always fits");
 
 void tellUser(const wchar_t* text)

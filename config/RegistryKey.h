@@ -59,8 +59,8 @@ public:
     {
         DWORD number = 0;
         DWORD bytes = sizeof(number);
-        if (m_key == nullptr || RegQueryValueExW(m_key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(&number),
-                                                 &bytes) != ERROR_SUCCESS)
+        if (m_key == nullptr ||
+            RegQueryValueExW(m_key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &bytes) != ERROR_SUCCESS)
         {
             return false;
         }
@@ -75,10 +75,7 @@ private:
     /// Wiped when it goes: connection strings hold passwords.
     struct TextBuffer
     {
-        ~TextBuffer()
-        {
-            qelText::scrub(text, sizeof(text));
-        }
+        ~TextBuffer() { qelText::scrub(text, sizeof(text)); }
 
         wchar_t text[kTextCapacity] = {};
     };

@@ -30,8 +30,8 @@ bool contains(const qelString& text, const wchar_t* part)
 
 bool namesBuiltIn(const qelString& connectionString)
 {
-    return contains(connectionString, kProfiles) || contains(connectionString, kMapping)
-           || contains(connectionString, kCurrentProject);
+    return contains(connectionString, kProfiles) || contains(connectionString, kMapping) ||
+           contains(connectionString, kCurrentProject);
 }
 
 qelString registeredConnectionString(const wchar_t* name)
@@ -85,8 +85,8 @@ qelDataSource& qelDataSource::operator=(const qelDataSource& other) = default;
 
 bool qelDataSource::operator==(const qelDataSource& other) const
 {
-    return qelString::compareNoCase(m_Name, other.m_Name) == 0
-           && qelString::compareNoCase(m_Platform, other.m_Platform) == 0;
+    return qelString::compareNoCase(m_Name, other.m_Name) == 0 &&
+           qelString::compareNoCase(m_Platform, other.m_Platform) == 0;
 }
 
 qelDataSourcesUtilities::qelDataSourcesUtilities(qelString configurationFile)
@@ -175,8 +175,7 @@ int qelDataSourcesUtilities::getConnectionString(qelString name, qelString& conn
     return 1;
 }
 
-int qelDataSourcesUtilities::splitConnectionString(qelString connectionString, qelString& head,
-                                                   qelString& databaseFile)
+int qelDataSourcesUtilities::splitConnectionString(qelString connectionString, qelString& head, qelString& databaseFile)
 {
     head.empty();
     databaseFile.empty();

@@ -48,10 +48,7 @@ public:
     FileBytes& operator=(const FileBytes&) = delete;
 
     /// Where in the file next() stands.
-    long long position() const
-    {
-        return m_blockStart + static_cast<long long>(m_next);
-    }
+    long long position() const { return m_blockStart + static_cast<long long>(m_next); }
 
     /// How many bytes stand at next(): kLongest or more, fewer only at the end of the file.
     size_t available()
@@ -63,15 +60,9 @@ public:
         return m_end - m_next;
     }
 
-    const unsigned char* next() const
-    {
-        return m_block + m_next;
-    }
+    const unsigned char* next() const { return m_block + m_next; }
 
-    void advance(size_t bytes)
-    {
-        m_next += bytes;
-    }
+    void advance(size_t bytes) { m_next += bytes; }
 
 private:
     /// Moves what is left to the front of the block and reads behind it.
@@ -80,8 +71,8 @@ private:
         const size_t left = m_end - m_next;
         memmove(m_block, m_block + m_next, left);
         DWORD got = 0;
-        m_complete = ReadFile(m_file, m_block + left, static_cast<DWORD>(sizeof m_block - left), &got, nullptr) == 0 ||
-                     got == 0;
+        m_complete =
+            ReadFile(m_file, m_block + left, static_cast<DWORD>(sizeof m_block - left), &got, nullptr) == 0 || got == 0;
         m_blockStart += static_cast<long long>(m_next);
         m_next = 0;
         m_end = left + got;
@@ -178,10 +169,7 @@ public:
         ++m_count;
     }
 
-    size_t count() const
-    {
-        return m_count;
-    }
+    size_t count() const { return m_count; }
 
     const Unit* text()
     {

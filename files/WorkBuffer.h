@@ -26,15 +26,9 @@ public:
     qelWorkBuffer(const qelWorkBuffer&) = delete;
     qelWorkBuffer& operator=(const qelWorkBuffer&) = delete;
 
-    Unit* units()
-    {
-        return m_units;
-    }
+    Unit* units() { return m_units; }
 
-    size_t capacity() const
-    {
-        return m_capacity;
-    }
+    size_t capacity() const { return m_capacity; }
 
     /// Ends the text after `used` units, at most the capacity, and returns it.
     const Unit* end(size_t used)

@@ -14,8 +14,8 @@
 
 #if defined(_UCRT) && !defined(_MSC_VER)
 // Not every MinGW declares it.
-extern "C" _CRTIMP _invalid_parameter_handler __cdecl
-_set_thread_local_invalid_parameter_handler(_invalid_parameter_handler handler);
+extern "C" _CRTIMP _invalid_parameter_handler __cdecl _set_thread_local_invalid_parameter_handler(
+    _invalid_parameter_handler handler);
 #endif
 
 namespace
@@ -47,9 +47,7 @@ const wchar_t* openModeKey(qelFileAccess::encodeType encoding)
 }
 
 #if defined(_UCRT) || defined(_MSC_VER)
-void ignoreInvalidParameter(const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t)
-{
-}
+void ignoreInvalidParameter(const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t) {}
 #endif
 
 /// The stream, or null. An open mode that the runtime does not know is a failed open like any other.

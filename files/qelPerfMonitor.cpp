@@ -24,8 +24,8 @@ void qelPerfMonitor::end(const qelString& label)
 {
     m_endTicks = static_cast<int>(clock());
     qelString text;
-    m_log.appendWithSave(text.format(L"End = %s : %d -> %d (Diff = %d)", label.getStringW(), m_startTicks, m_endTicks,
-                                     difference()));
+    m_log.appendWithSave(
+        text.format(L"End = %s : %d -> %d (Diff = %d)", label.getStringW(), m_startTicks, m_endTicks, difference()));
 }
 
 void qelPerfMonitor::endWithMessageBox(const qelString& label)

@@ -197,9 +197,9 @@ private:
     /// Appends the built-in data sources and those of the configuration file; returns the number of entries.
     int readConnectionStrings();
 
-    static qelArray<qelDataSource>& m_DataSources;         ///< in the order they were read; empty means not yet read
-    static qelArray<qelString>& m_InstalledOdbcDrivers;    ///< in the installer's order; empty means not known
-    static qelString* m_pDatabaseConfigurationFilePath;    ///< null until the first object is constructed
+    static qelArray<qelDataSource>& m_DataSources;      ///< in the order they were read; empty means not yet read
+    static qelArray<qelString>& m_InstalledOdbcDrivers; ///< in the installer's order; empty means not known
+    static qelString* m_pDatabaseConfigurationFilePath; ///< null until the first object is constructed
 };
 
 static_assert(sizeof(qelDataSourcesUtilities) == 8, "virtual table only");

@@ -62,11 +62,11 @@ public:
     /// How the text of a file is encoded. Any other value behaves as ANSI.
     enum encodeType : int
     {
-        ANSI = 0,           ///< no key; lines and puts() in the ANSI code page
-        UNICODE = 1,        ///< "ccs=UNICODE": the mark decides, UTF-16 on new files, ANSI where there is none
-        UNICODE_TEXT = 1,   ///< the same value, for sources in which UNICODE is a macro
-        UTF8 = 2,           ///< "ccs=UTF-8"; lines and puts() deliberately carry no more than the ANSI code page has
-        UTF16LE = 3         ///< "ccs=UTF-16LE"
+        ANSI = 0,         ///< no key; lines and puts() in the ANSI code page
+        UNICODE = 1,      ///< "ccs=UNICODE": the mark decides, UTF-16 on new files, ANSI where there is none
+        UNICODE_TEXT = 1, ///< the same value, for sources in which UNICODE is a macro
+        UTF8 = 2,         ///< "ccs=UTF-8"; lines and puts() deliberately carry no more than the ANSI code page has
+        UTF16LE = 3       ///< "ccs=UTF-16LE"
     };
 #pragma pop_macro("UNICODE")
 

@@ -161,10 +161,10 @@ private:
     void rebuildCounterString();
 
     StructIncrementalCounter m_data;
-    int m_numericOnly;             ///< 1 when startValue and firstCharacter hold nothing but digits
-    qelString m_counterString;     ///< the current code
+    int m_numericOnly;              ///< 1 when startValue and firstCharacter hold nothing but digits
+    qelString m_counterString;      ///< the current code
     qelArray<wchar_t> m_characters; ///< the current code, one element a position
-    int m_callCount;               ///< calls of increment() since the last reset()
+    int m_callCount;                ///< calls of increment() since the last reset()
 };
 
 #if defined(_MSC_VER)

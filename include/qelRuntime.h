@@ -198,9 +198,9 @@ QEL_API int qelsplitpath(const char* path, char* drive, size_t driveCapacity, ch
                          char* fname, size_t fnameCapacity, char* ext, size_t extCapacity);
 
 /// qelsplitpath() for wide text.
-QEL_API int qelwsplitpath6(const unsigned short* path, unsigned short* drive, size_t driveCapacity,
-                           unsigned short* dir, size_t dirCapacity, unsigned short* fname, size_t fnameCapacity,
-                           unsigned short* ext, size_t extCapacity);
+QEL_API int qelwsplitpath6(const unsigned short* path, unsigned short* drive, size_t driveCapacity, unsigned short* dir,
+                           size_t dirCapacity, unsigned short* fname, size_t fnameCapacity, unsigned short* ext,
+                           size_t extCapacity);
 
 /// qelsplitpath() for wide text.
 QEL_API int qelwsplitpath8(const wchar_t* path, wchar_t* drive, size_t driveCapacity, wchar_t* dir, size_t dirCapacity,

@@ -119,12 +119,12 @@ private:
     qelTasks::TaskNode* copyTasks(bool& stopRequested) const;
     void assignWithinGroup(qelTasks::TaskNode* nodes, bool stopRequested);
 
-    int m_threadCount;               ///< number of workers, as given
-    void** m_threadHandles;          ///< the workers in the order of their creation; shared with copies
-    qelTasks::TaskNode* m_taskList;  ///< pending tasks, last one first; null when there are none
-    void* m_queueMutex;              ///< of the lock that guards the list and the flag
-    void* m_workEvent;               ///< manual reset; signalled while there is work or the pool is stopping
-    bool m_stopRequested;            ///< set when this pool is waited for
+    int m_threadCount;              ///< number of workers, as given
+    void** m_threadHandles;         ///< the workers in the order of their creation; shared with copies
+    qelTasks::TaskNode* m_taskList; ///< pending tasks, last one first; null when there are none
+    void* m_queueMutex;             ///< of the lock that guards the list and the flag
+    void* m_workEvent;              ///< manual reset; signalled while there is work or the pool is stopping
+    bool m_stopRequested;           ///< set when this pool is waited for
 };
 
 static_assert(sizeof(qelThreadsPool) == 48, "hosts are compiled against this layout");

@@ -9,10 +9,9 @@
 bool ProgressDialog::open(const wchar_t* title)
 {
     close();
-    const INITCOMMONCONTROLSEX classes = { sizeof(classes), ICC_PROGRESS_CLASS };
+    const INITCOMMONCONTROLSEX classes = {sizeof(classes), ICC_PROGRESS_CLASS};
     InitCommonControlsEx(&classes);
-    const HWND dialog =
-        CreateDialogParamW(qelModule::handle(), MAKEINTRESOURCEW(IDD_PROGRESS), nullptr, procedure, 0);
+    const HWND dialog = CreateDialogParamW(qelModule::handle(), MAKEINTRESOURCEW(IDD_PROGRESS), nullptr, procedure, 0);
     // The host runs while the dialog is made. It may have closed it again, or opened another one in its place.
     if (dialog == nullptr || dialog != m_dialog)
     {
@@ -96,10 +95,10 @@ INT_PTR CALLBACK ProgressDialog::procedure(HWND dialog, UINT message, WPARAM wPa
 
 void ProgressDialog::createBar(HWND dialog)
 {
-    const RECT place = { 10, 40, 300, 60 };
+    const RECT place = {10, 40, 300, 60};
     HWND bar = CreateWindowExW(0, PROGRESS_CLASSW, nullptr, WS_CHILD | WS_VISIBLE | PBS_SMOOTH, place.left, place.top,
-                               place.right - place.left, place.bottom - place.top, dialog, nullptr,
-                               qelModule::handle(), nullptr);
+                               place.right - place.left, place.bottom - place.top, dialog, nullptr, qelModule::handle(),
+                               nullptr);
     m_progressBar = bar;
     if (bar == nullptr)
     {

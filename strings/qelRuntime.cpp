@@ -228,14 +228,14 @@ int qelmakepath(char* destination, size_t capacity, const char* drive, const cha
     return _makepath_s(destination, capacity, drive, dir, fname, ext);
 }
 
-int qelwmakepath8(wchar_t* destination, size_t capacity, const wchar_t* drive, const wchar_t* dir,
-                  const wchar_t* fname, const wchar_t* ext)
+int qelwmakepath8(wchar_t* destination, size_t capacity, const wchar_t* drive, const wchar_t* dir, const wchar_t* fname,
+                  const wchar_t* ext)
 {
     return _wmakepath_s(destination, capacity, drive, dir, fname, ext);
 }
 
-int qelwmakepath6(unsigned short* destination, size_t capacity, const unsigned short* drive,
-                  const unsigned short* dir, const unsigned short* fname, const unsigned short* ext)
+int qelwmakepath6(unsigned short* destination, size_t capacity, const unsigned short* drive, const unsigned short* dir,
+                  const unsigned short* fname, const unsigned short* ext)
 {
     return qelwmakepath8(wide(destination), capacity, wide(drive), wide(dir), wide(fname), wide(ext));
 }

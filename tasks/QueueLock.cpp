@@ -82,8 +82,7 @@ bool QueueLock::tryAcquire()
 {
     // Looking first leaves the lock's memory to its owner.
     const LONG64 state = m_state;
-    return ownerOf(state) == 0 &&
-           InterlockedCompareExchange64(&m_state, state | GetCurrentThreadId(), state) == state;
+    return ownerOf(state) == 0 && InterlockedCompareExchange64(&m_state, state | GetCurrentThreadId(), state) == state;
 }
 
 void QueueLock::acquireAsFirstInLine()

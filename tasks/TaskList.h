@@ -51,7 +51,7 @@ public:
 
     const TaskNode* head() const { return m_head; }
 
-    void push(const Task& task) { m_head = new TaskNode{ m_head, task }; }
+    void push(const Task& task) { m_head = new TaskNode{m_head, task}; }
 
     void reverse()
     {

@@ -69,7 +69,7 @@ qelThreadsPool::~qelThreadsPool()
 
 void qelThreadsPool::QueueTask(void (*task)(void*), void* argument)
 {
-    auto* node = new TaskNode{ nullptr, { task, argument } };
+    auto* node = new TaskNode{nullptr, {task, argument}};
     WorkerGroup* group = WorkerGroup::of(m_threadHandles);
     const Lock lock(group->lock());
     group->push(&m_taskList, node);

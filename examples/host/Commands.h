@@ -10,8 +10,8 @@ using Arguments = std::vector<std::wstring>;
 struct Command
 {
     const wchar_t* name;
-    const wchar_t* summary;              ///< one line for the list of commands
-    const wchar_t* help;                 ///< what "host NAME --help" prints
+    const wchar_t* summary;               ///< one line for the list of commands
+    const wchar_t* help;                  ///< what "host NAME --help" prints
     int (*run)(const Arguments& options); ///< gets what stands behind the name; returns the program's exit status
 };
 

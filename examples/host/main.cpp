@@ -5,11 +5,7 @@
 namespace
 {
 const Command* const commands[] = {
-    &diagnoseCommand,
-    &sourcesCommand,
-    &numberCommand,
-    &sectionCommand,
-    &progressCommand,
+    &diagnoseCommand, &sourcesCommand, &numberCommand, &sectionCommand, &progressCommand,
 };
 
 std::wstring usage()

@@ -121,8 +121,8 @@ void watchForCancel()
 bool isCancelKey(const INPUT_RECORD& input)
 {
     const KEY_EVENT_RECORD& key = input.Event.KeyEvent;
-    return input.EventType == KEY_EVENT && key.bKeyDown
-        && (key.wVirtualKeyCode == VK_ESCAPE || isCancelLetter(key.uChar.UnicodeChar));
+    return input.EventType == KEY_EVENT && key.bKeyDown &&
+           (key.wVirtualKeyCode == VK_ESCAPE || isCancelLetter(key.uChar.UnicodeChar));
 }
 
 bool isCancelWanted()

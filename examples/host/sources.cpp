@@ -103,28 +103,28 @@ std::wstring connectionTest(const qelString& connectionString)
 
 void printInstallation()
 {
-    print(L"Installation\n"
-          L"  Binaries        " + orNone(qelRegistry::getPathBinary()) + L"\n"
-          L"  Data            " + orNone(qelRegistry::getPathData()) + L"\n"
-          L"  Language        " + languageName() + L" (culture "
-          + std::to_wstring(qelRegistry::getCurrentCultureId()) + L")\n");
+    const std::wstring culture = std::to_wstring(qelRegistry::getCurrentCultureId());
+    print(L"Installation\n");
+    print(L"  Binaries        " + orNone(qelRegistry::getPathBinary()) + L"\n");
+    print(L"  Data            " + orNone(qelRegistry::getPathData()) + L"\n");
+    print(L"  Language        " + languageName() + L" (culture " + culture + L")\n");
 }
 
 void printDrivers()
 {
     qelString chosen;
     qelDataSourcesUtilities::getOdbcDriverName(chosen);
-    print(L"ODBC drivers\n"
-          L"  Installed       " + std::to_wstring(qelDataSourcesUtilities::readInstalledOdbcDrivers()) + L"\n"
-          L"  Default driver  " + defaultDriverState() + L"\n"
-          L"  In use          " + orNone(chosen) + L"\n");
+    print(L"ODBC drivers\n");
+    print(L"  Installed       " + std::to_wstring(qelDataSourcesUtilities::readInstalledOdbcDrivers()) + L"\n");
+    print(L"  Default driver  " + defaultDriverState() + L"\n");
+    print(L"  In use          " + orNone(chosen) + L"\n");
 }
 
 void printSources(const Options& options)
 {
     qelDataSourcesUtilities sources(options.configurationFile.c_str());
-    print(L"Data sources, configuration file "
-          + (options.configurationFile.empty() ? L"of the installation" : options.configurationFile) + L"\n");
+    print(L"Data sources, configuration file " +
+          (options.configurationFile.empty() ? L"of the installation" : options.configurationFile) + L"\n");
 
     Table table({L"  NAME", L"PLATFORM", L"RESULT", L"CONNECTION TEST", L"CONNECTION STRING"});
     for (const std::wstring& name : options.names)

@@ -235,8 +235,8 @@ protected:
         loaded.clear();
         shown.clear();
         EXPECT_EQ(Sources::readInstalledOdbcDrivers(), 0);
-        EXPECT_EQ(shown, std::vector<std::wstring>{
-                             L"The ODBC installer DLL (ODBCCP32.DLL) is not installed on this system."});
+        EXPECT_EQ(shown,
+                  std::vector<std::wstring>{L"The ODBC installer DLL (ODBCCP32.DLL) is not installed on this system."});
         return loaded.size();
     }
 
@@ -285,10 +285,10 @@ TEST_F(qelOdbcInstallerLibrary, WithoutItsFunctionIsToldWithFileNamesOfAnyLength
     EXPECT_EQ(Sources::readInstalledOdbcDrivers(), 0);
     const std::wstring longest(261, L'x');
     EXPECT_EQ(shown, std::vector<std::wstring>{
-                         L"The program " + longest
-                         + L", or one of its DLLs attempted to call the function SQLGetInstalledDriversW which is not "
-                           L"supported in the loaded ODBC installer DLL ("
-                         + longest + L"). Press OK to proceed."});
+                         L"The program " + longest +
+                         L", or one of its DLLs attempted to call the function SQLGetInstalledDriversW which is not "
+                         L"supported in the loaded ODBC installer DLL (" +
+                         longest + L"). Press OK to proceed."});
 }
 
 // The default driver
@@ -347,8 +347,7 @@ TEST_F(qelDataSourceDrivers, GiveTheDefaultDriverForNewConnectionsWhenNoneIsKnow
     EXPECT_EQ(driverForNewConnections(), kDefaultDriver);
     qelString connection;
     EXPECT_EQ(Sources::getConnectionStringForFile(L"D:\\m.mdb", connection), 1);
-    EXPECT_STREQ(connection.getStringW(),
-                 L"DRIVER={Microsoft Access Driver (*.mdb, *.accdb)};UID=;PWD=;DBQ=D:\\m.mdb");
+    EXPECT_STREQ(connection.getStringW(), L"DRIVER={Microsoft Access Driver (*.mdb, *.accdb)};UID=;PWD=;DBQ=D:\\m.mdb");
 }
 
 // Rewriting

@@ -340,9 +340,8 @@ TEST_F(qelDataSourcesBuiltIn, NameTheInstalledDriver)
 TEST_F(qelDataSourcesBuiltIn, CurrentProjectUsesTheHeadOfTheProfilesAndShowsTheDataFolderTwice)
 {
     m_userConnections.setText(L"PelionProfiles2020", L"DRIVER={Varnel ODBC Driver};UID=u;DBQ=D:\\profiles.mdb;X=1");
-    EXPECT_EQ(ask(L"PelionCurrentProject"),
-              (Answer{1, L"DRIVER={Microsoft Access Driver (*.mdb, *.accdb)};UID=u;"
-                         L"DBQ=D:\\Data\\D:\\Data\\Kernel\\Data\\model.mdb"}));
+    EXPECT_EQ(ask(L"PelionCurrentProject"), (Answer{1, L"DRIVER={Microsoft Access Driver (*.mdb, *.accdb)};UID=u;"
+                                                       L"DBQ=D:\\Data\\D:\\Data\\Kernel\\Data\\model.mdb"}));
 }
 
 TEST_F(qelDataSourcesBuiltIn, CurrentProjectKeepsItsPathWhenTheHeadNamesABuiltInSource)
@@ -464,8 +463,8 @@ TEST_F(qelDataSourcesAnswer, ToAnUnknownNameIsZeroEmptyAndToldToTheDebuggerInThr
     configureElements("<DataSource Name=\"Own\" Platform=\"x64\" Value=\"v\"/>");
     const qelTest::DebugOutput debugger;
     EXPECT_EQ(ask(L"Unknown %s"), (Answer{0, L""}));
-    EXPECT_EQ(debugger.texts(), (std::vector<std::wstring>{L"\n Connection string not found for datasource '",
-                                                           L"Unknown %s", L"'\n"}));
+    EXPECT_EQ(debugger.texts(),
+              (std::vector<std::wstring>{L"\n Connection string not found for datasource '", L"Unknown %s", L"'\n"}));
 }
 
 TEST_F(qelDataSourcesAnswer, DependsOnThePlatform)
@@ -643,16 +642,16 @@ TEST_F(qelDataSourcesText, CountsOnlyWithinTheSection)
 
 TEST_F(qelDataSourcesText, IgnoresASecondSection)
 {
-    configure("<Orvalis><DataSource Name=\"A\" Platform=\"x64\" Value=\"v\"/></Orvalis><Orvalis>" + m_good
-              + "</Orvalis>");
+    configure("<Orvalis><DataSource Name=\"A\" Platform=\"x64\" Value=\"v\"/></Orvalis><Orvalis>" + m_good +
+              "</Orvalis>");
     EXPECT_EQ(ask(L"A"), (Answer{0, L"v"}));
     EXPECT_EQ(ask(L"Good"), (Answer{0, L""}));
 }
 
 TEST_F(qelDataSourcesText, EndsTheSectionAtTheFirstClosingTagWhateverItBelongsTo)
 {
-    configure("<Orvalis><Orvalis>" + m_good
-              + "</Orvalis><DataSource Name=\"A\" Platform=\"x64\" Value=\"v\"/></Orvalis>");
+    configure("<Orvalis><Orvalis>" + m_good +
+              "</Orvalis><DataSource Name=\"A\" Platform=\"x64\" Value=\"v\"/></Orvalis>");
     EXPECT_EQ(ask(L"Good"), (Answer{0, L"good"}));
     EXPECT_EQ(ask(L"A"), (Answer{0, L""}));
 }
@@ -689,9 +688,8 @@ TEST_F(qelDataSourcesText, IsReadFromUtf16WithAMark)
 
 TEST_F(qelDataSourcesText, IsReadFromUtf8WithAMarkNonAsciiCharactersIncluded)
 {
-    configure("\xEF\xBB\xBF"
-              + qelTest::configuration("<DataSource Name=\"Tr\xC3\xA4ger \xCE\xA9\" Platform=\"x64\" "
-                                       "Value=\"\xE2\x82\xAC \xF0\x9F\x8F\x97\"/>"));
+    configure("\xEF\xBB\xBF" + qelTest::configuration("<DataSource Name=\"Tr\xC3\xA4ger \xCE\xA9\" Platform=\"x64\" "
+                                                      "Value=\"\xE2\x82\xAC \xF0\x9F\x8F\x97\"/>"));
     EXPECT_EQ(ask(L"Tr\u00E4ger \u03A9"), (Answer{0, L"\u20AC \U0001F3D7"}));
 }
 
@@ -709,8 +707,8 @@ TEST_F(qelDataSourcesText, MayHaveThousandsOfElements)
     std::string elements;
     for (int i = 0; i < 5000; ++i)
     {
-        elements += "<DataSource Name=\"S" + std::to_string(i) + "\" Platform=\"x64\" Value=\"v" + std::to_string(i)
-                    + "\"/>\r\n";
+        elements += "<DataSource Name=\"S" + std::to_string(i) + "\" Platform=\"x64\" Value=\"v" + std::to_string(i) +
+                    "\"/>\r\n";
     }
     configureElements(elements);
     EXPECT_EQ(ask(L"S0"), (Answer{0, L"v0"}));

@@ -47,10 +47,10 @@ private:
 
 TEST(qelOdbcInstallerOld, GivesNoDriversAndTellsTheUserOnEveryCall)
 {
-    const std::wstring text = L"The program " + programPath().wstring()
-                              + L", or one of its DLLs attempted to call the function SQLGetInstalledDriversW which is "
-                                L"not supported in the loaded ODBC installer DLL ("
-                              + (systemFolder() / "odbccp32.dll").wstring() + L"). Press OK to proceed.";
+    const std::wstring text = L"The program " + programPath().wstring() +
+                              L", or one of its DLLs attempted to call the function SQLGetInstalledDriversW which is "
+                              L"not supported in the loaded ODBC installer DLL (" +
+                              (systemFolder() / "odbccp32.dll").wstring() + L"). Press OK to proceed.";
     qelTest::MessageBoxes boxes(L"ODBC Installer Error");
     EXPECT_EQ(qelDataSourcesUtilities::readInstalledOdbcDrivers(), 0);
     EXPECT_EQ(qelDataSourcesUtilities::defaultODBCDriverIsInstalled(), 0);

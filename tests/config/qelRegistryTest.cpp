@@ -564,10 +564,10 @@ TEST_F(qelRegistryLanguage, KnowsExactlyEightCultures)
 TEST_F(qelRegistryLanguage, IsEnglishForEverythingElse)
 {
     std::vector<DWORD> others = {
-        0,      5,      7,      9,      12,     19,         21,         25, // neutral codes
-        0x807,  0xC07,  0x1007, 0x1407,                                     // other German variants
-        0x80C,  0x100C, 0x140C, 0x180C, 0x813,  0x819,                      // other French, Dutch and Russian variants
-        0x411,  0x804,  0x10405, 0x10407, 0x80000407, 0xFFFFFFFF,
+        0,     5,      7,       9,       12,         19,         21, 25, // neutral codes
+        0x807, 0xC07,  0x1007,  0x1407,                                  // other German variants
+        0x80C, 0x100C, 0x140C,  0x180C,  0x813,      0x819,              // other French, Dutch and Russian variants
+        0x411, 0x804,  0x10405, 0x10407, 0x80000407, 0xFFFFFFFF,
     };
     const DWORD known[] = {0x405, 0x407, 0x40C, 0xC0C, 0x413, 0x415, 0x419};
     for (const DWORD culture : known)
@@ -610,8 +610,12 @@ TEST_F(qelRegistryPathBinary, IsTheMachinesValue)
 TEST_F(qelRegistryPathBinary, LosesUpToTwoTrailingBackslashes)
 {
     const wchar_t* paths[][2] = {
-        {L"D:\\Data\\", L"D:\\Data"}, {L"D:\\Data\\\\", L"D:\\Data"}, {L"D:\\Data\\\\\\", L"D:\\Data\\"},
-        {L"\\", L"\\"},               {L"\\\\", L"\\"},               {L"\\\\\\", L"\\"},
+        {L"D:\\Data\\", L"D:\\Data"},
+        {L"D:\\Data\\\\", L"D:\\Data"},
+        {L"D:\\Data\\\\\\", L"D:\\Data\\"},
+        {L"\\", L"\\"},
+        {L"\\\\", L"\\"},
+        {L"\\\\\\", L"\\"},
         {L"", L""},
     };
     for (const auto& path : paths)
@@ -675,7 +679,10 @@ TEST_F(qelRegistryPathData, IsTheMachinesWhenTheUsersIsTooLong)
 TEST_F(qelRegistryPathData, LosesOneTrailingBackslashOfTheUsers)
 {
     const wchar_t* paths[][2] = {
-        {L"D:\\Data\\", L"D:\\Data"}, {L"D:\\Data\\\\", L"D:\\Data\\"}, {L"\\", L"\\"}, {L"\\\\", L"\\"},
+        {L"D:\\Data\\", L"D:\\Data"},
+        {L"D:\\Data\\\\", L"D:\\Data\\"},
+        {L"\\", L"\\"},
+        {L"\\\\", L"\\"},
     };
     for (const auto& path : paths)
     {
@@ -687,7 +694,9 @@ TEST_F(qelRegistryPathData, LosesOneTrailingBackslashOfTheUsers)
 TEST_F(qelRegistryPathData, LosesUpToTwoTrailingBackslashesOfTheMachines)
 {
     const wchar_t* paths[][2] = {
-        {L"D:\\Data\\", L"D:\\Data"}, {L"D:\\Data\\\\", L"D:\\Data"}, {L"D:\\Data\\\\\\", L"D:\\Data\\"},
+        {L"D:\\Data\\", L"D:\\Data"},
+        {L"D:\\Data\\\\", L"D:\\Data"},
+        {L"D:\\Data\\\\\\", L"D:\\Data\\"},
         {L"\\", L"\\"},
     };
     for (const auto& path : paths)
@@ -809,15 +818,9 @@ std::string inHex(DWORD number)
 class RegistryCalls
 {
 public:
-    RegistryCalls()
-    {
-        s_current = this;
-    }
+    RegistryCalls() { s_current = this; }
 
-    ~RegistryCalls()
-    {
-        s_current = nullptr;
-    }
+    ~RegistryCalls() { s_current = nullptr; }
 
     RegistryCalls(const RegistryCalls&) = delete;
     RegistryCalls& operator=(const RegistryCalls&) = delete;
@@ -921,38 +924,32 @@ struct qelRegistryCalls : Readers
 
     const std::vector<Reader> readers = {
         {"machine", "20019", "F003F", "query v 8192 type 1",
-         [](int create)
-         {
+         [](int create) {
              qelString value;
              return qelRegistry::getRegValue(kTestKey, L"v", value, create, false);
          }},
         {"machine", "20219", "F023F", "query v 8192 type 1",
-         [](int create)
-         {
+         [](int create) {
              qelString value;
              return qelRegistry::getRegValue(kTestKey, L"v", value, create, true);
          }},
         {"machine", "20019", "F003F", "query v 4",
-         [](int create)
-         {
+         [](int create) {
              unsigned long value = 0;
              return qelRegistry::getRegValue(kTestKey, L"v", value, create, false);
          }},
         {"machine", "20219", "F023F", "query v 4",
-         [](int create)
-         {
+         [](int create) {
              unsigned long value = 0;
              return qelRegistry::getRegValue(kTestKey, L"v", value, create, true);
          }},
         {"user", "20019", "F003F", "query v 8192 type 1",
-         [](int create)
-         {
+         [](int create) {
              qelString value;
              return qelRegistry::getRegValueCurrentUser(kTestKey, L"v", value, create);
          }},
         {"user", "20019", "F003F", "query v 4",
-         [](int create)
-         {
+         [](int create) {
              int value = 0;
              return qelRegistry::getRegValueCurrentUser(kTestKey, L"v", value, create);
          }},
@@ -1006,8 +1003,8 @@ TEST_F(qelRegistryCalls, OfReadersCloseTheKeyOfAMissingValue)
     {
         RegistryCalls calls;
         EXPECT_EQ(reader.call(0), 0);
-        EXPECT_EQ(calls.lines, (Lines{line("open", reader, reader.readAccess),
-                                      std::string(reader.query) + " fails", "close"}));
+        EXPECT_EQ(calls.lines,
+                  (Lines{line("open", reader, reader.readAccess), std::string(reader.query) + " fails", "close"}));
     }
 }
 
@@ -1177,8 +1174,7 @@ TEST_F(qelRegistryInstallationCalls, LeaveNoHandleOpen)
 {
     createAll();
     machine.setText(L"BinPath", L"C:\\Bin");
-    const auto callAll = []
-    {
+    const auto callAll = [] {
         qelString text;
         unsigned long number = 0;
         int userNumber = 0;

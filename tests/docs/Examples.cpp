@@ -30,8 +30,7 @@ Examples::Examples()
     m_installation.setText(L"BinPath", L"D:\\Bin\\");
     m_installation.setText(L"DataPath", L"D:\\Data\\");
     m_connections.setText(L"PelionProfiles2020",
-                          L"DRIVER={" + std::wstring(kDriver) +
-                              L"};UID=;PWD=;DBQ=D:\\Data\\PelionProfiles2020.mdb");
+                          L"DRIVER={" + std::wstring(kDriver) + L"};UID=;PWD=;DBQ=D:\\Data\\PelionProfiles2020.mdb");
     m_drivers.setText(kDriver, L"Installed");
     SetCurrentDirectoryW(m_folder.path().c_str());
 }

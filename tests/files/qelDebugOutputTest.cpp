@@ -44,7 +44,7 @@ TEST(qelOutputDebugString, ReachesTheDebugger)
     const qelTest::DebugOutput output;
     qelOutputDebugString(L"100%s \u00DCberzug\n");
     qelOutputDebugString(L"");
-    EXPECT_EQ(output.texts(), (Texts{ L"100%s \u00DCberzug\n", L"" }));
+    EXPECT_EQ(output.texts(), (Texts{L"100%s \u00DCberzug\n", L""}));
 }
 
 TEST_F(qelDebugInterfacesListing, IsEmptyWithoutRecords)
@@ -56,14 +56,14 @@ TEST_F(qelDebugInterfacesListing, ShowsEachObjectInOrder)
 {
     qelDebugInterfaces::objectConstructed(L"A", p);
     qelDebugInterfaces::objectConstructed(L"B", q);
-    EXPECT_EQ(listed(nullptr), (Texts{ kHeading, L"\n 0 [0] 00000010 A", L"\n 1 [1] 00000020 B" }));
+    EXPECT_EQ(listed(nullptr), (Texts{kHeading, L"\n 0 [0] 00000010 A", L"\n 1 [1] 00000020 B"}));
 }
 
 TEST_F(qelDebugInterfacesListing, ShowsTheLowHalfOfTheAddress)
 {
     qelDebugInterfaces::objectConstructed(L"A", at(0x123456789ABCDEF0));
     qelDebugInterfaces::objectConstructed(L"B", nullptr);
-    EXPECT_EQ(listed(nullptr), (Texts{ kHeading, L"\n 0 [0] 9abcdef0 A", L"\n 1 [1] 00000000 B" }));
+    EXPECT_EQ(listed(nullptr), (Texts{kHeading, L"\n 0 [0] 9abcdef0 A", L"\n 1 [1] 00000000 B"}));
 }
 
 TEST_F(qelDebugInterfacesListing, CountsDestroyedObjectsButDoesNotShowThem)
@@ -71,7 +71,7 @@ TEST_F(qelDebugInterfacesListing, CountsDestroyedObjectsButDoesNotShowThem)
     qelDebugInterfaces::objectConstructed(L"A", p);
     qelDebugInterfaces::objectConstructed(L"B", q);
     qelDebugInterfaces::objectDestroied(L"A", p);
-    EXPECT_EQ(listed(nullptr), (Texts{ kHeading, L"\n 1 [1] 00000020 B" }));
+    EXPECT_EQ(listed(nullptr), (Texts{kHeading, L"\n 1 [1] 00000020 B"}));
 }
 
 TEST_F(qelDebugInterfacesListing, HasNoHeadingWhenAllObjectsAreDestroyed)
@@ -102,11 +102,11 @@ TEST_F(qelDebugInterfacesListing, CountsOnlyTheRecordsOfTheContextInBrackets)
     qelDebugInterfaces::contextInitiatorEnd(x);
     qelDebugInterfaces::objectDestroied(L"gone", p);
 
-    EXPECT_EQ(listed(x), (Texts{ kHeading, L"\n 3 [1] 00000020 left" }));
-    EXPECT_EQ(listed(y), (Texts{ kHeading, L"\n 2 [0] 00000010 other" }));
+    EXPECT_EQ(listed(x), (Texts{kHeading, L"\n 3 [1] 00000020 left"}));
+    EXPECT_EQ(listed(y), (Texts{kHeading, L"\n 2 [0] 00000010 other"}));
     EXPECT_EQ(listed(p), Texts());
-    EXPECT_EQ(listed(nullptr), (Texts{ kHeading, L"\n 0 [0] 00000010 none", L"\n 2 [2] 00000010 other",
-                                       L"\n 3 [3] 00000020 left" }));
+    EXPECT_EQ(listed(nullptr),
+              (Texts{kHeading, L"\n 0 [0] 00000010 none", L"\n 2 [2] 00000010 other", L"\n 3 [3] 00000020 left"}));
 }
 
 TEST_F(qelDebugInterfacesListing, TellsClassNamesApartByLetterCase)
@@ -116,7 +116,7 @@ TEST_F(qelDebugInterfacesListing, TellsClassNamesApartByLetterCase)
     qelDebugInterfaces::objectDestroied(L"AA", p);
     qelDebugInterfaces::objectDestroied(L"", p);
     qelDebugInterfaces::objectDestroied(L"A", q);
-    EXPECT_EQ(listed(nullptr), (Texts{ kHeading, L"\n 0 [0] 00000010 A" }));
+    EXPECT_EQ(listed(nullptr), (Texts{kHeading, L"\n 0 [0] 00000010 A"}));
 }
 
 TEST_F(qelDebugInterfacesListing, MarksTheOlderRecordOfAReusedAddressFirst)
@@ -125,9 +125,9 @@ TEST_F(qelDebugInterfacesListing, MarksTheOlderRecordOfAReusedAddressFirst)
     qelDebugInterfaces::objectConstructed(L"A", p);
     qelDebugInterfaces::objectConstructed(L"A", p);
     qelDebugInterfaces::objectDestroied(L"A", p);
-    EXPECT_EQ(listed(nullptr), (Texts{ kHeading, L"\n 1 [1] 00000010 A", L"\n 2 [2] 00000010 A" }));
+    EXPECT_EQ(listed(nullptr), (Texts{kHeading, L"\n 1 [1] 00000010 A", L"\n 2 [2] 00000010 A"}));
     qelDebugInterfaces::objectDestroied(L"A", p);
-    EXPECT_EQ(listed(nullptr), (Texts{ kHeading, L"\n 2 [2] 00000010 A" }));
+    EXPECT_EQ(listed(nullptr), (Texts{kHeading, L"\n 2 [2] 00000010 A"}));
 }
 
 TEST_F(qelDebugInterfacesListing, KeepsTheOtherRecordsInOrderWhenAContextIsCleared)
@@ -144,8 +144,8 @@ TEST_F(qelDebugInterfacesListing, KeepsTheOtherRecordsInOrderWhenAContextIsClear
 
     qelDebugInterfaces::clearAllDebugInfo(x);
     EXPECT_EQ(qelDebugInterfaces::entriesNumber(), 2);
-    EXPECT_EQ(listed(nullptr), (Texts{ kHeading, L"\n 0 [0] 00000020 y1", L"\n 1 [1] 00000020 none" }));
-    EXPECT_EQ(listed(y), (Texts{ kHeading, L"\n 0 [0] 00000020 y1" }));
+    EXPECT_EQ(listed(nullptr), (Texts{kHeading, L"\n 0 [0] 00000020 y1", L"\n 1 [1] 00000020 none"}));
+    EXPECT_EQ(listed(y), (Texts{kHeading, L"\n 0 [0] 00000020 y1"}));
     qelDebugInterfaces::objectConstructed(L"new", p);
     EXPECT_EQ(listed(nullptr).back(), L"\n 2 [2] 00000010 new");
 }
@@ -159,7 +159,7 @@ TEST_F(qelDebugInterfacesContext, EndsOnlyWhenItIsTheCurrentOne)
     EXPECT_EQ(listed(y).size(), 2u);
     qelDebugInterfaces::contextInitiatorEnd(y);
     qelDebugInterfaces::objectConstructed(L"b", p);
-    EXPECT_EQ(listed(x), (Texts{ kHeading, L"\n 1 [0] 00000010 b" }));
+    EXPECT_EQ(listed(x), (Texts{kHeading, L"\n 1 [0] 00000010 b"}));
     qelDebugInterfaces::contextInitiatorEnd(x);
     qelDebugInterfaces::objectConstructed(L"c", p);
     EXPECT_EQ(listed(x).size(), 2u);
@@ -182,7 +182,7 @@ TEST_F(qelDebugInterfacesContext, IsEndedOncePerBeginning)
     qelDebugInterfaces::objectConstructed(L"a", p);
     qelDebugInterfaces::contextInitiatorEnd(x);
     qelDebugInterfaces::objectConstructed(L"b", p);
-    EXPECT_EQ(listed(x), (Texts{ kHeading, L"\n 0 [0] 00000010 a" }));
+    EXPECT_EQ(listed(x), (Texts{kHeading, L"\n 0 [0] 00000010 a"}));
 }
 
 TEST_F(qelDebugInterfacesContext, OfNullIsAContextLikeNone)
@@ -193,6 +193,6 @@ TEST_F(qelDebugInterfacesContext, OfNullIsAContextLikeNone)
     qelDebugInterfaces::contextInitiatorEnd(nullptr);
     qelDebugInterfaces::objectConstructed(L"b", p);
     qelDebugInterfaces::contextInitiatorEnd(x);
-    EXPECT_EQ(listed(x), (Texts{ kHeading, L"\n 1 [0] 00000010 b" }));
+    EXPECT_EQ(listed(x), (Texts{kHeading, L"\n 1 [0] 00000010 b"}));
 }
 } // namespace

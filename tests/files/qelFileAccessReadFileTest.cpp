@@ -43,7 +43,7 @@ Read readFile(const qelFileAccess& file, size_t maxLength)
 {
     qelString contents(L"left over");
     const size_t count = file.readFile(contents, maxLength);
-    return { count, contents.getStringW() };
+    return {count, contents.getStringW()};
 }
 
 Read readContent(const std::string& content, const wchar_t* mode, qelFileAccess::encodeType encoding,
@@ -55,7 +55,7 @@ Read readContent(const std::string& content, const wchar_t* mode, qelFileAccess:
     return readFile(file, maxLength);
 }
 
-const qelFileAccess::encodeType kKeys[] = { qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF8, qelFileAccess::UTF16LE };
+const qelFileAccess::encodeType kKeys[] = {qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF8, qelFileAccess::UTF16LE};
 
 /// The three forms that text has in a file, made from text of the ANSI code page.
 enum Form
@@ -64,7 +64,7 @@ enum Form
     kUtf8,
     kPlain
 };
-const Form kForms[] = { kUtf16, kUtf8, kPlain };
+const Form kForms[] = {kUtf16, kUtf8, kPlain};
 
 std::string inForm(Form form, const std::wstring& text)
 {
@@ -98,21 +98,22 @@ TEST(qelFileAccessReadFileWithKey, DeliversTextWholeAndWithoutItsMark)
     {
         for (const Form form : kForms)
         {
-            EXPECT_EQ(readContent(inForm(form, L"A\r\n\x00E9\x20AC"), L"r", key), (Read{ 4, L"A\n\x00E9\x20AC" }));
+            EXPECT_EQ(readContent(inForm(form, L"A\r\n\x00E9\x20AC"), L"r", key), (Read{4, L"A\n\x00E9\x20AC"}));
         }
-        EXPECT_EQ(readContent(inForm(kUtf16, L"\x4E2D\xD83D\xDE00"), L"r", key), (Read{ 3, L"\x4E2D\xD83D\xDE00" }));
-        EXPECT_EQ(readContent(inForm(kUtf8, L"\x4E2D\xD83D\xDE00"), L"r", key), (Read{ 3, L"\x4E2D\xD83D\xDE00" }));
+        EXPECT_EQ(readContent(inForm(kUtf16, L"\x4E2D\xD83D\xDE00"), L"r", key), (Read{3, L"\x4E2D\xD83D\xDE00"}));
+        EXPECT_EQ(readContent(inForm(kUtf8, L"\x4E2D\xD83D\xDE00"), L"r", key), (Read{3, L"\x4E2D\xD83D\xDE00"}));
     }
 }
 
 TEST(qelFileAccessReadFileWithKey, TakesASwappedMarkForTheRightOne)
 {
     // Some runtimes refuse to open such a file with a key.
-    TestFile onDisk(bytes("\xFE\xFF" "A\0B\0"));
+    TestFile onDisk(bytes("\xFE\xFF"
+                          "A\0B\0"));
     for (const qelFileAccess::encodeType key : kKeys)
     {
         const qelFileAccess file(onDisk.path(), L"r", key);
-        EXPECT_EQ(readFile(file, 100), (file.isOpen() != 0 ? Read{ 2, L"AB" } : Read{ 0, L"" }));
+        EXPECT_EQ(readFile(file, 100), (file.isOpen() != 0 ? Read{2, L"AB"} : Read{0, L""}));
     }
 }
 
@@ -122,7 +123,7 @@ TEST(qelFileAccessReadFileWithKey, LeavesLineEndsAndEndOfFileCharactersAloneInBi
     {
         for (const Form form : kForms)
         {
-            EXPECT_EQ(readContent(inForm(form, L"A\r\n\x1A\x20AC"), L"rb", key), (Read{ 5, L"A\r\n\x1A\x20AC" }));
+            EXPECT_EQ(readContent(inForm(form, L"A\r\n\x1A\x20AC"), L"rb", key), (Read{5, L"A\r\n\x1A\x20AC"}));
         }
     }
 }
@@ -134,16 +135,18 @@ TEST(qelFileAccessReadFileWithKey, TranslatesLineEndsTheSameInAllForms)
         const wchar_t* inFile;
         Read read;
     } cases[] = {
-        { L"\r\n", { 1, L"\n" } },
-        { L"\r", { 1, L"\r" } },
-        { L"\n", { 1, L"\n" } },
-        { L"a\rb", { 3, L"a\rb" } },
-        { L"a\r", { 2, L"a\r" } },
-        { L"\r\r\n", { 2, L"\r\n" } },
-        { L"\n\r", { 2, L"\n\r" } },
-        { L"\r\n\r\n", { 2, L"\n\n" } },
-        { L"\n\r\n\r", { 3, L"\n\n\r" } },
-        { L"a\r\r\r\n\nb", { 6, L"a\r\r\n\nb" } },
+        // clang-format off
+        {L"\r\n", {1, L"\n"}},
+        {L"\r", {1, L"\r"}},
+        {L"\n", {1, L"\n"}},
+        {L"a\rb", {3, L"a\rb"}},
+        {L"a\r", {2, L"a\r"}},
+        {L"\r\r\n", {2, L"\r\n"}},
+        {L"\n\r", {2, L"\n\r"}},
+        {L"\r\n\r\n", {2, L"\n\n"}},
+        {L"\n\r\n\r", {3, L"\n\n\r"}},
+        {L"a\r\r\r\n\nb", {6, L"a\r\r\n\nb"}},
+        // clang-format on
     };
     for (const auto& item : cases)
     {
@@ -163,9 +166,9 @@ TEST(qelFileAccessReadFileWithKey, EndsAtAnEndOfFileCharacter)
     {
         for (const Form form : kForms)
         {
-            EXPECT_EQ(readContent(inForm(form, L"ab\x1A" L"cd"), L"r", key), (Read{ 2, L"ab" }));
-            EXPECT_EQ(readContent(inForm(form, L"\r\x1A"), L"r", key), (Read{ 1, L"\r" }));
-            EXPECT_EQ(readContent(inForm(form, L"\x1A"), L"r", key), (Read{ 0, L"" }));
+            EXPECT_EQ(readContent(inForm(form, L"ab\x1Axy"), L"r", key), (Read{2, L"ab"}));
+            EXPECT_EQ(readContent(inForm(form, L"\r\x1A"), L"r", key), (Read{1, L"\r"}));
+            EXPECT_EQ(readContent(inForm(form, L"\x1A"), L"r", key), (Read{0, L""}));
         }
     }
 }
@@ -175,7 +178,7 @@ TEST(qelFileAccessReadFileWithKey, CountsUnitsBehindAZeroThatEndsTheText)
     for (const Form form : kForms)
     {
         EXPECT_EQ(readContent(inForm(form, std::wstring(L"ab\0cd", 5)), L"r", qelFileAccess::UNICODE_TEXT),
-                  (Read{ 5, L"ab" }));
+                  (Read{5, L"ab"}));
     }
 }
 
@@ -186,53 +189,55 @@ TEST(qelFileAccessReadFileWithKey, ReadsShortAndMalformedFiles)
         std::string inFile;
         Read read;
     } cases[] = {
-        { bytes(""), { 0, L"" } },
-        { bytes("A"), { 1, L"A" } },
-        { bytes("AB"), { 2, L"AB" } },
-        { bytes("ABC"), { 3, L"ABC" } },
-        { bytes("ABCD"), { 4, L"ABCD" } },
-        { bytes("ABCDE"), { 5, L"ABCDE" } },
-        { bytes("ab\xEF\xBB\xBF"), { 5, L"ab\x00EF\x00BB\x00BF" } },
+        // clang-format off
+        {bytes(""), {0, L""}},
+        {bytes("A"), {1, L"A"}},
+        {bytes("AB"), {2, L"AB"}},
+        {bytes("ABC"), {3, L"ABC"}},
+        {bytes("ABCD"), {4, L"ABCD"}},
+        {bytes("ABCDE"), {5, L"ABCDE"}},
+        {bytes("ab\xEF\xBB\xBF"), {5, L"ab\x00EF\x00BB\x00BF"}},
         // Marks without text and halves of marks.
-        { bytes("\xFF"), { 1, L"\x00FF" } },
-        { bytes("\xFF\xFE"), { 0, L"" } },
-        { bytes("\xEF"), { 1, L"\x00EF" } },
-        { bytes("\xEF\xBB"), { 2, L"\x00EF\x00BB" } },
-        { bytes("\xEF\xBB\xBF"), { 0, L"" } },
-        { bytes("\xEF\xBB\xBE"), { 3, L"\x00EF\x00BB\x00BE" } },
-        { bytes("\xFF\xFF" "A"), { 3, L"\x00FF\x00FF" L"A" } },
+        {bytes("\xFF"), {1, L"\x00FF"}},
+        {bytes("\xFF\xFE"), {0, L""}},
+        {bytes("\xEF"), {1, L"\x00EF"}},
+        {bytes("\xEF\xBB"), {2, L"\x00EF\x00BB"}},
+        {bytes("\xEF\xBB\xBF"), {0, L""}},
+        {bytes("\xEF\xBB\xBE"), {3, L"\x00EF\x00BB\x00BE"}},
+        {bytes("\xFF\xFF" "A"), {3, L"\x00FF\x00FF" L"A"}},
         // A second mark is text.
-        { bytes("\xFF\xFE\xFF\xFE" "A\0"), { 2, L"\xFEFF" L"A" } },
-        { bytes("\xEF\xBB\xBF\xEF\xBB\xBF" "A"), { 2, L"\xFEFF" L"A" } },
+        {bytes("\xFF\xFE\xFF\xFE" "A\0"), {2, L"\xFEFF" L"A"}},
+        {bytes("\xEF\xBB\xBF\xEF\xBB\xBF" "A"), {2, L"\xFEFF" L"A"}},
         // Odd numbers of bytes: half a unit is none.
-        { bytes("\xFF\xFE" "A"), { 0, L"" } },
-        { bytes("\xFF\xFE" "A\0B"), { 1, L"A" } },
-        { bytes("\xFF\xFE\r\0\n"), { 1, L"\r" } },
+        {bytes("\xFF\xFE" "A"), {0, L""}},
+        {bytes("\xFF\xFE" "A\0B"), {1, L"A"}},
+        {bytes("\xFF\xFE\r\0\n"), {1, L"\r"}},
         // Surrogates of UTF-16 stay as they are.
-        { bytes("\xFF\xFE\x00\xD8" "A\0"), { 2, L"\xD800" L"A" } },
-        { bytes("\xFF\xFE\x00\xDC\x00\xD8"), { 2, L"\xDC00\xD800" } },
+        {bytes("\xFF\xFE\x00\xD8" "A\0"), {2, L"\xD800" L"A"}},
+        {bytes("\xFF\xFE\x00\xDC\x00\xD8"), {2, L"\xDC00\xD800"}},
         // UTF-8: bytes that can start nothing.
-        { bytes("\xEF\xBB\xBF\xFF" "A"), { 2, L"\xFFFD" L"A" } },
-        { bytes("\xEF\xBB\xBF\x80\xBF"), { 2, L"\xFFFD\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xC0\x80"), { 2, L"\xFFFD\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xC1\xBF"), { 2, L"\xFFFD\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xF5\x80"), { 2, L"\xFFFD\xFFFD" } },
+        {bytes("\xEF\xBB\xBF\xFF" "A"), {2, L"\xFFFD" L"A"}},
+        {bytes("\xEF\xBB\xBF\x80\xBF"), {2, L"\xFFFD\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xC0\x80"), {2, L"\xFFFD\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xC1\xBF"), {2, L"\xFFFD\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xF5\x80"), {2, L"\xFFFD\xFFFD"}},
         // UTF-8: characters that break off.
-        { bytes("\xEF\xBB\xBF\xC3"), { 1, L"\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xC3("), { 2, L"\xFFFD(" } },
-        { bytes("\xEF\xBB\xBF\xE2\x82"), { 1, L"\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xE2\x82" "A"), { 2, L"\xFFFD" L"A" } },
-        { bytes("\xEF\xBB\xBF\xF0\x9F\x98"), { 1, L"\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xF0\x9F\x98\xC3\xA9"), { 2, L"\xFFFD\x00E9" } },
-        { bytes("\xEF\xBB\xBF\xC3\r\n"), { 2, L"\xFFFD\n" } },
+        {bytes("\xEF\xBB\xBF\xC3"), {1, L"\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xC3("), {2, L"\xFFFD("}},
+        {bytes("\xEF\xBB\xBF\xE2\x82"), {1, L"\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xE2\x82" "A"), {2, L"\xFFFD" L"A"}},
+        {bytes("\xEF\xBB\xBF\xF0\x9F\x98"), {1, L"\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xF0\x9F\x98\xC3\xA9"), {2, L"\xFFFD\x00E9"}},
+        {bytes("\xEF\xBB\xBF\xC3\r\n"), {2, L"\xFFFD\n"}},
         // UTF-8: overlong forms, surrogates, beyond the last character, and the limits of each length.
-        { bytes("\xEF\xBB\xBF\xE0\x9F\xBF"), { 3, L"\xFFFD\xFFFD\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xF0\x8F\xBF\xBF"), { 4, L"\xFFFD\xFFFD\xFFFD\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xED\xA0\x80"), { 3, L"\xFFFD\xFFFD\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\xF4\x90\x80\x80"), { 4, L"\xFFFD\xFFFD\xFFFD\xFFFD" } },
-        { bytes("\xEF\xBB\xBF\x7F\xC2\x80\xDF\xBF"), { 3, L"\x007F\x0080\x07FF" } },
-        { bytes("\xEF\xBB\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF"), { 4, L"\x0800\xD7FF\xE000\xFFFF" } },
-        { bytes("\xEF\xBB\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"), { 4, L"\xD800\xDC00\xDBFF\xDFFF" } },
+        {bytes("\xEF\xBB\xBF\xE0\x9F\xBF"), {3, L"\xFFFD\xFFFD\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xF0\x8F\xBF\xBF"), {4, L"\xFFFD\xFFFD\xFFFD\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xED\xA0\x80"), {3, L"\xFFFD\xFFFD\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\xF4\x90\x80\x80"), {4, L"\xFFFD\xFFFD\xFFFD\xFFFD"}},
+        {bytes("\xEF\xBB\xBF\x7F\xC2\x80\xDF\xBF"), {3, L"\x007F\x0080\x07FF"}},
+        {bytes("\xEF\xBB\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF"), {4, L"\x0800\xD7FF\xE000\xFFFF"}},
+        {bytes("\xEF\xBB\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"), {4, L"\xD800\xDC00\xDBFF\xDFFF"}},
+        // clang-format on
     };
     for (const auto& item : cases)
     {
@@ -257,13 +262,13 @@ TEST(qelFileAccessReadFileWithKey, AgreesWithWhatTheStreamDelivers)
             seed = seed * 1664525 + 1013904223;
             text += L"a\r\n\x00E9\x4E2D\r\n\n"[seed >> 16 & 7];
         }
-        for (const Form form : { kUtf16, kUtf8 })
+        for (const Form form : {kUtf16, kUtf8})
         {
             TestFile onDisk(inForm(form, text));
             const qelFileAccess characters(onDisk.path(), L"r", qelFileAccess::UNICODE_TEXT);
             const std::wstring expected = readCharacters(characters);
             const qelFileAccess whole(onDisk.path(), L"r", qelFileAccess::UNICODE_TEXT);
-            EXPECT_EQ(readFile(whole, 1000), (Read{ expected.size(), expected })) << round;
+            EXPECT_EQ(readFile(whole, 1000), (Read{expected.size(), expected})) << round;
         }
     }
 }
@@ -295,27 +300,27 @@ TEST(qelFileAccessReadFileWithKey, CutsAtMaxLength)
     {
         const std::string content = inForm(form, L"a\r\n\r\nb\x00E9");
         const qelFileAccess::encodeType key = qelFileAccess::UNICODE_TEXT;
-        EXPECT_EQ(readContent(content, L"r", key, 0), (Read{ 0, L"" }));
-        EXPECT_EQ(readContent(content, L"r", key, 1), (Read{ 1, L"a" }));
-        EXPECT_EQ(readContent(content, L"r", key, 2), (Read{ 2, L"a\n" }));
-        EXPECT_EQ(readContent(content, L"r", key, 3), (Read{ 3, L"a\n\n" }));
-        EXPECT_EQ(readContent(content, L"r", key, 4), (Read{ 4, L"a\n\nb" }));
-        EXPECT_EQ(readContent(content, L"r", key, 5), (Read{ 5, L"a\n\nb\x00E9" }));
-        EXPECT_EQ(readContent(content, L"r", key, SIZE_MAX), (Read{ 5, L"a\n\nb\x00E9" }));
+        EXPECT_EQ(readContent(content, L"r", key, 0), (Read{0, L""}));
+        EXPECT_EQ(readContent(content, L"r", key, 1), (Read{1, L"a"}));
+        EXPECT_EQ(readContent(content, L"r", key, 2), (Read{2, L"a\n"}));
+        EXPECT_EQ(readContent(content, L"r", key, 3), (Read{3, L"a\n\n"}));
+        EXPECT_EQ(readContent(content, L"r", key, 4), (Read{4, L"a\n\nb"}));
+        EXPECT_EQ(readContent(content, L"r", key, 5), (Read{5, L"a\n\nb\x00E9"}));
+        EXPECT_EQ(readContent(content, L"r", key, SIZE_MAX), (Read{5, L"a\n\nb\x00E9"}));
     }
-    EXPECT_EQ(readContent(inForm(kUtf8, L"\xD83D\xDE00"), L"r", qelFileAccess::UTF8, 1), (Read{ 1, L"\xD83D" }));
-    EXPECT_EQ(readContent(inForm(kUtf16, L"\xD83D\xDE00"), L"r", qelFileAccess::UTF8, 1), (Read{ 1, L"\xD83D" }));
+    EXPECT_EQ(readContent(inForm(kUtf8, L"\xD83D\xDE00"), L"r", qelFileAccess::UTF8, 1), (Read{1, L"\xD83D"}));
+    EXPECT_EQ(readContent(inForm(kUtf16, L"\xD83D\xDE00"), L"r", qelFileAccess::UTF8, 1), (Read{1, L"\xD83D"}));
 }
 
 TEST(qelFileAccessReadFileWithKey, GoesOnBehindWhatWasRead)
 {
     for (const qelFileAccess::encodeType key : kKeys)
     {
-        for (const Form form : { kUtf16, kUtf8 })
+        for (const Form form : {kUtf16, kUtf8})
         {
             TestFile onDisk(inForm(form, L"a\r\n\x00E9\r\n\x20AC\r\n"));
             const qelFileAccess file(onDisk.path(), L"r", key);
-            EXPECT_EQ(readFile(file, 2), (Read{ 2, L"a\n" }));
+            EXPECT_EQ(readFile(file, 2), (Read{2, L"a\n"}));
             EXPECT_EQ(file.eof(), 0);
             qelString line;
             EXPECT_STREQ(file.getStringW(line, 100).getStringW(), L"\x00E9\n");
@@ -330,7 +335,7 @@ TEST(qelFileAccessReadFileWithKey, MeetsTheEndOfTheFileWhenItAsksForMore)
     {
         for (const Form form : kForms)
         {
-            for (const wchar_t* text : { L"ab", L"ab\x1A" L"cd" })
+            for (const wchar_t* text : {L"ab", L"ab\x1Axy"})
             {
                 TestFile onDisk(inForm(form, text));
                 const qelFileAccess file(onDisk.path(), L"r", key);
@@ -351,10 +356,10 @@ TEST(qelFileAccessReadFileWithKey, ReadsTheWholeFileFromAnyPosition)
         qelFileAccess file(onDisk.path(), L"r", qelFileAccess::UNICODE_TEXT);
         qelString line;
         file.getStringW(line, 100);
-        EXPECT_EQ(readFile(file, 100), (Read{ 8, L"one\ntwo\n" }));
-        EXPECT_EQ(readFile(file, 100), (Read{ 8, L"one\ntwo\n" }));
+        EXPECT_EQ(readFile(file, 100), (Read{8, L"one\ntwo\n"}));
+        EXPECT_EQ(readFile(file, 100), (Read{8, L"one\ntwo\n"}));
         EXPECT_GT(file.getFileLength(), 0);
-        EXPECT_EQ(readFile(file, 100), (Read{ 8, L"one\ntwo\n" }));
+        EXPECT_EQ(readFile(file, 100), (Read{8, L"one\ntwo\n"}));
     }
 }
 
@@ -365,18 +370,19 @@ TEST(qelFileAccessReadFileWithKey, KeepsTheTranslationOfTheStream)
         TestFile onDisk(inForm(kUtf8, L"ab"));
         {
             qelFileAccess file(onDisk.path(), L"r+", key);
-            EXPECT_EQ(readFile(file, 100), (Read{ 2, L"ab" }));
+            EXPECT_EQ(readFile(file, 100), (Read{2, L"ab"}));
             EXPECT_EQ(file.seek(0, 2), 0);
             EXPECT_EQ(file.write(L"\x00E9\n"), 2);
         }
-        EXPECT_EQ(onDisk.get(), bytes("\xEF\xBB\xBF" "ab\xC3\xA9\r\n"));
+        EXPECT_EQ(onDisk.get(), bytes("\xEF\xBB\xBF"
+                                      "ab\xC3\xA9\r\n"));
     }
-    for (const qelFileAccess::encodeType key : { qelFileAccess::UTF8, qelFileAccess::UTF16LE })
+    for (const qelFileAccess::encodeType key : {qelFileAccess::UTF8, qelFileAccess::UTF16LE})
     {
         TestFile onDisk(bytes("ab"));
         {
             qelFileAccess file(onDisk.path(), L"r+", key);
-            EXPECT_EQ(readFile(file, 100), (Read{ 2, L"ab" }));
+            EXPECT_EQ(readFile(file, 100), (Read{2, L"ab"}));
             EXPECT_EQ(file.seek(0, 2), 0);
             EXPECT_EQ(file.write(L"\x00E9"), 1);
         }
@@ -391,7 +397,7 @@ TEST(qelFileAccessReadFileWithKey, SeesWhatTheSameStreamWrote)
         TestFile onDisk;
         const qelFileAccess file(onDisk.path(), L"w+", key);
         EXPECT_GE(file.puts(L"one\n\x00E9"), 0);
-        EXPECT_EQ(readFile(file, 100), (Read{ 5, L"one\n\x00E9" }));
+        EXPECT_EQ(readFile(file, 100), (Read{5, L"one\n\x00E9"}));
     }
 }
 
@@ -403,12 +409,13 @@ TEST(qelFileAccessReadFileWithKey, GivesNothingFromWhatCannotBeReadAsAFile)
         {
             const qelFileAccess onlyWritten(onDisk.path(), L"w", key);
             EXPECT_GE(onlyWritten.puts(L"a"), 0);
-            EXPECT_EQ(readFile(onlyWritten, 100), (Read{ 0, L"" }));
+            EXPECT_EQ(readFile(onlyWritten, 100), (Read{0, L""}));
             EXPECT_GE(onlyWritten.puts(L"b"), 0);
         }
-        EXPECT_EQ(onDisk.get(), key == qelFileAccess::UTF8 ? bytes("\xEF\xBB\xBF" "ab") : bytes("\xFF\xFE" "a\0b\0"));
+        EXPECT_EQ(onDisk.get(),
+                  key == qelFileAccess::UTF8 ? "\xEF\xBB\xBF" + bytes("ab") : "\xFF\xFE" + bytes("a\0b\0"));
         const qelFileAccess device(L"NUL", L"r", key);
-        EXPECT_EQ(readFile(device, 100), (Read{ 0, L"" }));
+        EXPECT_EQ(readFile(device, 100), (Read{0, L""}));
     }
 }
 
@@ -416,8 +423,8 @@ TEST(qelFileAccessReadFileWithKey, GivesNothingFromWhatCannotBeReadAsAFile)
 std::wstring readPipe(bool wholeFileFirst)
 {
     const std::wstring name = L"\\\\.\\pipe\\qel" + std::to_wstring(GetCurrentProcessId());
-    const HANDLE pipe = CreateNamedPipeW(name.c_str(), PIPE_ACCESS_OUTBOUND, PIPE_TYPE_BYTE | PIPE_WAIT, 1, 4096, 4096,
-                                         0, nullptr);
+    const HANDLE pipe =
+        CreateNamedPipeW(name.c_str(), PIPE_ACCESS_OUTBOUND, PIPE_TYPE_BYTE | PIPE_WAIT, 1, 4096, 4096, 0, nullptr);
     EXPECT_NE(pipe, INVALID_HANDLE_VALUE);
     std::thread writer([pipe] {
         ConnectNamedPipe(pipe, nullptr);
@@ -432,7 +439,7 @@ std::wstring readPipe(bool wholeFileFirst)
         EXPECT_EQ(file.isOpen(), 1);
         if (wholeFileFirst)
         {
-            EXPECT_EQ(readFile(file, 100), (Read{ 0, L"" }));
+            EXPECT_EQ(readFile(file, 100), (Read{0, L""}));
         }
         text = readCharacters(file);
     }
@@ -461,13 +468,13 @@ TEST(qelFileAccessReadFileWithKey, ReadsAFileByItsLengthInBytes)
         qelFileAccess file(onDisk.path(), L"r", qelFileAccess::UNICODE_TEXT);
         const long length = file.getFileLength();
         ASSERT_GT(length, 0);
-        EXPECT_EQ(readFile(file, static_cast<size_t>(length)), (Read{ expected.size(), expected }));
+        EXPECT_EQ(readFile(file, static_cast<size_t>(length)), (Read{expected.size(), expected}));
     }
 }
 
 TEST(qelFileAccessReadFileWithKey, CutsTextAtItsGreatestLengthAndCountsOn)
 {
-    for (const size_t length : { 524287u, 524288u, 524289u, 1200000u })
+    for (const size_t length : {524287u, 524288u, 524289u, 1200000u})
     {
         std::wstring text(length, L'x');
         text[524286] = L'y';
@@ -475,7 +482,7 @@ TEST(qelFileAccessReadFileWithKey, CutsTextAtItsGreatestLengthAndCountsOn)
         for (const Form form : kForms)
         {
             EXPECT_EQ(readContent(inForm(form, text), L"r", qelFileAccess::UNICODE_TEXT, SIZE_MAX),
-                      (Read{ length, kept }));
+                      (Read{length, kept}));
         }
     }
 }
@@ -489,9 +496,11 @@ TEST(qelFileAccessReadFileWithKey, LeavesNoTextBehindInMemory)
         const void* content;
         DWORD size;
     } files[] = {
-        { L"\xFEFF" L"0123456789012345678901234567890123456789Qx7-secret-Qx7", 110 },
-        { "\xEF\xBB\xBF" "0123456789012345678901234567890123456789Qx7-secret-Qx7", 57 },
-        { "0123456789012345678901234567890123456789Qx7-secret-Qx7", 54 },
+        {L"\uFEFF0123456789012345678901234567890123456789Qx7-secret-Qx7", 110},
+        {"\xEF\xBB\xBF"
+         "0123456789012345678901234567890123456789Qx7-secret-Qx7",
+         57},
+        {"0123456789012345678901234567890123456789Qx7-secret-Qx7", 54},
     };
     for (const auto& item : files)
     {
@@ -514,12 +523,12 @@ TEST(qelFileAccessReadFileWithKey, LeavesNoTextBehindInMemory)
 
 TEST(qelFileAccessReadFile, ReadsUtf16BehindEitherMark)
 {
-    for (const wchar_t* mode : { L"r", L"rb" })
+    for (const wchar_t* mode : {L"r", L"rb"})
     {
-        EXPECT_EQ(readContent(bytes("\xFF\xFE" "A\0B\0"), mode, qelFileAccess::ANSI), (Read{ 2, L"AB" }));
-        EXPECT_EQ(readContent(bytes("\xFE\xFF" "A\0B\0"), mode, qelFileAccess::ANSI), (Read{ 2, L"AB" }));
-        EXPECT_EQ(readContent(bytes("\xFE\xFF" "A\0B\0"), mode, static_cast<qelFileAccess::encodeType>(7)),
-                  (Read{ 2, L"AB" }));
+        EXPECT_EQ(readContent("\xFF\xFE" + bytes("A\0B\0"), mode, qelFileAccess::ANSI), (Read{2, L"AB"}));
+        EXPECT_EQ(readContent("\xFE\xFF" + bytes("A\0B\0"), mode, qelFileAccess::ANSI), (Read{2, L"AB"}));
+        EXPECT_EQ(readContent("\xFE\xFF" + bytes("A\0B\0"), mode, static_cast<qelFileAccess::encodeType>(7)),
+                  (Read{2, L"AB"}));
     }
 }
 
@@ -527,22 +536,21 @@ TEST(qelFileAccessReadFile, ReadsUtf16BehindEitherMark)
 TEST(qelFileAccessReadFile, ReadsUtf16BehindAUtf8MarkAtOffsetTwo)
 {
     EXPECT_EQ(readContent(bytes("ab\xEF\xBB\xBF") + utf16(L"A\x4E2D"), L"rb", qelFileAccess::ANSI),
-              (Read{ 2, L"A\x4E2D" }));
-    EXPECT_EQ(readContent(bytes("ab\xEF\xBB\xBF"), L"rb", qelFileAccess::ANSI), (Read{ 0, L"" }));
+              (Read{2, L"A\x4E2D"}));
+    EXPECT_EQ(readContent(bytes("ab\xEF\xBB\xBF"), L"rb", qelFileAccess::ANSI), (Read{0, L""}));
 }
 
 // Deliberate: at offset 0 the UTF-8 mark is text like any other.
 TEST(qelFileAccessReadFile, ReadsAUtf8MarkAtTheStartAsText)
 {
-    EXPECT_EQ(readContent(bytes("\xEF\xBB\xBFxyz"), L"rb", qelFileAccess::ANSI),
-              (Read{ 6, L"\x00EF\x00BB\x00BFxyz" }));
+    EXPECT_EQ(readContent(bytes("\xEF\xBB\xBFxyz"), L"rb", qelFileAccess::ANSI), (Read{6, L"\x00EF\x00BB\x00BFxyz"}));
 }
 
 TEST(qelFileAccessReadFile, ReadsOtherFilesThroughTheAnsiCodePage)
 {
-    EXPECT_EQ(readContent(bytes("a\xE9\x80\r\n"), L"rb", qelFileAccess::ANSI), (Read{ 5, L"a\x00E9\x20AC\r\n" }));
-    EXPECT_EQ(readContent(bytes("a\xE9\x80\r\n"), L"r", qelFileAccess::ANSI), (Read{ 4, L"a\x00E9\x20AC\n" }));
-    EXPECT_EQ(readContent(bytes("ab\0cd"), L"rb", qelFileAccess::ANSI), (Read{ 5, L"ab" }));
+    EXPECT_EQ(readContent(bytes("a\xE9\x80\r\n"), L"rb", qelFileAccess::ANSI), (Read{5, L"a\x00E9\x20AC\r\n"}));
+    EXPECT_EQ(readContent(bytes("a\xE9\x80\r\n"), L"r", qelFileAccess::ANSI), (Read{4, L"a\x00E9\x20AC\n"}));
+    EXPECT_EQ(readContent(bytes("ab\0cd"), L"rb", qelFileAccess::ANSI), (Read{5, L"ab"}));
 }
 
 TEST(qelFileAccessReadFile, ReadsShortAndMalformedFiles)
@@ -552,24 +560,26 @@ TEST(qelFileAccessReadFile, ReadsShortAndMalformedFiles)
         std::string inFile;
         Read read;
     } cases[] = {
-        { bytes(""), { 0, L"" } },
-        { bytes("a"), { 1, L"a" } },
-        { bytes("ab"), { 2, L"ab" } },
-        { bytes("abc"), { 3, L"abc" } },
-        { bytes("abcd"), { 4, L"abcd" } },
-        { bytes("abcde"), { 5, L"abcde" } },
-        { bytes("\xFF"), { 1, L"\x00FF" } },
-        { bytes("\xFF\xFE"), { 0, L"" } },
-        { bytes("\xFE\xFF"), { 0, L"" } },
-        { bytes("\xFF\xFF"), { 2, L"\x00FF\x00FF" } },
-        { bytes("\xFF\xFE" "A"), { 0, L"" } },
-        { bytes("\xFF\xFE" "A\0B"), { 1, L"A" } },
-        { bytes("\xFF\xFE\x00\xDC\x00\xD8"), { 2, L"\xDC00\xD800" } },
-        { bytes("\xFF\xFE" "A\0\0\0B\0"), { 3, L"A" } },
-        { bytes("ab\xEF\xBB"), { 4, L"ab\x00EF\x00BB" } },
-        { bytes("ab\xEF\xBB\xBE"), { 5, L"ab\x00EF\x00BB\x00BE" } },
-        { bytes("ab\xEF\xBB\xBF" "A"), { 0, L"" } },
-        { bytes("a\xEF\xBB\xBF" "A"), { 5, L"a\x00EF\x00BB\x00BF" L"A" } },
+        // clang-format off
+        {bytes(""), {0, L""}},
+        {bytes("a"), {1, L"a"}},
+        {bytes("ab"), {2, L"ab"}},
+        {bytes("abc"), {3, L"abc"}},
+        {bytes("abcd"), {4, L"abcd"}},
+        {bytes("abcde"), {5, L"abcde"}},
+        {bytes("\xFF"), {1, L"\x00FF"}},
+        {bytes("\xFF\xFE"), {0, L""}},
+        {bytes("\xFE\xFF"), {0, L""}},
+        {bytes("\xFF\xFF"), {2, L"\x00FF\x00FF"}},
+        {bytes("\xFF\xFE" "A"), {0, L""}},
+        {bytes("\xFF\xFE" "A\0B"), {1, L"A"}},
+        {bytes("\xFF\xFE\x00\xDC\x00\xD8"), {2, L"\xDC00\xD800"}},
+        {bytes("\xFF\xFE" "A\0\0\0B\0"), {3, L"A"}},
+        {bytes("ab\xEF\xBB"), {4, L"ab\x00EF\x00BB"}},
+        {bytes("ab\xEF\xBB\xBE"), {5, L"ab\x00EF\x00BB\x00BE"}},
+        {bytes("ab\xEF\xBB\xBF" "A"), {0, L""}},
+        {bytes("a\xEF\xBB\xBF" "A"), {5, L"a\x00EF\x00BB\x00BF" L"A"}},
+        // clang-format on
     };
     for (const auto& item : cases)
     {
@@ -579,27 +589,29 @@ TEST(qelFileAccessReadFile, ReadsShortAndMalformedFiles)
 
 TEST(qelFileAccessReadFile, CutsAtMaxLength)
 {
-    EXPECT_EQ(readContent(bytes("0123456789"), L"rb", qelFileAccess::ANSI, 4), (Read{ 4, L"0123" }));
-    EXPECT_EQ(readContent(bytes("0123456789"), L"rb", qelFileAccess::ANSI, 10), (Read{ 10, L"0123456789" }));
-    EXPECT_EQ(readContent(bytes("0123456789"), L"rb", qelFileAccess::ANSI, 0), (Read{ 0, L"" }));
-    EXPECT_EQ(readContent(bytes("0123456789"), L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{ 10, L"0123456789" }));
-    EXPECT_EQ(readContent(bytes("\xFF\xFE" "A\0B\0"), L"rb", qelFileAccess::ANSI, 1), (Read{ 1, L"A" }));
-    EXPECT_EQ(readContent(bytes("\xFF\xFE" "A\0B\0"), L"rb", qelFileAccess::ANSI, 0), (Read{ 0, L"" }));
-    EXPECT_EQ(readContent(bytes("\xFF\xFE" "A\0B\0"), L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{ 2, L"AB" }));
-    EXPECT_EQ(readContent(bytes("ab\xEF\xBB\xBF" "A\0B\0"), L"rb", qelFileAccess::ANSI, 1), (Read{ 1, L"A" }));
+    EXPECT_EQ(readContent(bytes("0123456789"), L"rb", qelFileAccess::ANSI, 4), (Read{4, L"0123"}));
+    EXPECT_EQ(readContent(bytes("0123456789"), L"rb", qelFileAccess::ANSI, 10), (Read{10, L"0123456789"}));
+    EXPECT_EQ(readContent(bytes("0123456789"), L"rb", qelFileAccess::ANSI, 0), (Read{0, L""}));
+    EXPECT_EQ(readContent(bytes("0123456789"), L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{10, L"0123456789"}));
+    EXPECT_EQ(readContent("\xFF\xFE" + bytes("A\0B\0"), L"rb", qelFileAccess::ANSI, 1), (Read{1, L"A"}));
+    EXPECT_EQ(readContent("\xFF\xFE" + bytes("A\0B\0"), L"rb", qelFileAccess::ANSI, 0), (Read{0, L""}));
+    EXPECT_EQ(readContent("\xFF\xFE" + bytes("A\0B\0"), L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{2, L"AB"}));
+    EXPECT_EQ(readContent("ab\xEF\xBB\xBF" + bytes("A\0B\0"), L"rb", qelFileAccess::ANSI, 1), (Read{1, L"A"}));
 }
 
 TEST(qelFileAccessReadFile, CountsOffsetsFromTheCurrentPosition)
 {
-    TestFile marked(bytes("xyz\xFF\xFE" "A\0"));
+    TestFile marked(bytes("xyz\xFF\xFE"
+                          "A\0"));
     const qelFileAccess first(marked.path(), L"rb", qelFileAccess::ANSI);
     EXPECT_EQ(first.seek(3, 0), 0);
-    EXPECT_EQ(readFile(first, 100), (Read{ 1, L"A" }));
+    EXPECT_EQ(readFile(first, 100), (Read{1, L"A"}));
 
-    TestFile odd(bytes("xyzab\xEF\xBB\xBF" "A\0"));
+    TestFile odd(bytes("xyzab\xEF\xBB\xBF"
+                       "A\0"));
     const qelFileAccess second(odd.path(), L"rb", qelFileAccess::ANSI);
     EXPECT_EQ(second.seek(3, 0), 0);
-    EXPECT_EQ(readFile(second, 100), (Read{ 1, L"A" }));
+    EXPECT_EQ(readFile(second, 100), (Read{1, L"A"}));
 }
 
 TEST(qelFileAccessReadFile, GoesBackToTheStartOfTheFileWhenThereIsNoMark)
@@ -607,15 +619,16 @@ TEST(qelFileAccessReadFile, GoesBackToTheStartOfTheFileWhenThereIsNoMark)
     TestFile onDisk(bytes("abcdefgh"));
     const qelFileAccess file(onDisk.path(), L"rb", qelFileAccess::ANSI);
     EXPECT_EQ(file.seek(3, 0), 0);
-    EXPECT_EQ(readFile(file, 100), (Read{ 8, L"abcdefgh" }));
+    EXPECT_EQ(readFile(file, 100), (Read{8, L"abcdefgh"}));
     EXPECT_NE(file.eof(), 0);
 }
 
 TEST(qelFileAccessReadFile, GoesOnBehindWhatWasRead)
 {
-    TestFile onDisk(bytes("\xFF\xFE" "A\0B\0"));
+    TestFile onDisk(bytes("\xFF\xFE"
+                          "A\0B\0"));
     const qelFileAccess file(onDisk.path(), L"rb", qelFileAccess::ANSI);
-    EXPECT_EQ(readFile(file, 1), (Read{ 1, L"A" }));
+    EXPECT_EQ(readFile(file, 1), (Read{1, L"A"}));
     char unit[2] = {};
     EXPECT_EQ(file.read(unit, 1, 2), 2u);
     EXPECT_EQ(unit[0], 'B');
@@ -623,17 +636,17 @@ TEST(qelFileAccessReadFile, GoesOnBehindWhatWasRead)
 
 TEST(qelFileAccessReadFile, CutsTextAtItsGreatestLengthAndCountsOn)
 {
-    for (const size_t length : { 524287u, 524288u, 524289u, 1200001u })
+    for (const size_t length : {524287u, 524288u, 524289u, 1200001u})
     {
         std::wstring text(length, L'x');
         text[524286] = L'y';
         const std::wstring kept = text.substr(0, 524288);
         const std::string wide = utf16(text);
-        EXPECT_EQ(readContent("\xFF\xFE" + wide, L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{ length, kept }));
-        EXPECT_EQ(readContent("ab\xEF\xBB\xBF" + wide, L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{ length, kept }));
+        EXPECT_EQ(readContent("\xFF\xFE" + wide, L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{length, kept}));
+        EXPECT_EQ(readContent("ab\xEF\xBB\xBF" + wide, L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{length, kept}));
         EXPECT_EQ(readContent("\xFF\xFE" + wide, L"rb", qelFileAccess::ANSI, 524290),
-                  (Read{ length < 524290 ? length : 524290, kept }));
-        EXPECT_EQ(readContent(inForm(kPlain, text), L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{ length, kept }));
+                  (Read{length < 524290 ? length : 524290, kept}));
+        EXPECT_EQ(readContent(inForm(kPlain, text), L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{length, kept}));
     }
 }
 
@@ -641,8 +654,8 @@ TEST(qelFileAccessReadFile, CountsAllBytesOfAFileFarBeyondTheLongestText)
 {
     const std::string content(2500000, 'x');
     const std::wstring kept(524288, L'x');
-    EXPECT_EQ(readContent(content, L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{ 2500000, kept }));
-    EXPECT_EQ(readContent(content, L"rb", qelFileAccess::ANSI, 2400000), (Read{ 2400000, kept }));
-    EXPECT_EQ(readContent(content, L"r", qelFileAccess::UTF8, 2400000), (Read{ 2400000, kept }));
+    EXPECT_EQ(readContent(content, L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{2500000, kept}));
+    EXPECT_EQ(readContent(content, L"rb", qelFileAccess::ANSI, 2400000), (Read{2400000, kept}));
+    EXPECT_EQ(readContent(content, L"r", qelFileAccess::UTF8, 2400000), (Read{2400000, kept}));
 }
 } // namespace

@@ -18,8 +18,8 @@ using qelTest::utf16;
 
 namespace
 {
-const qelFileAccess::encodeType kAll[] = { qelFileAccess::ANSI, qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF8,
-                                           qelFileAccess::UTF16LE };
+const qelFileAccess::encodeType kAll[] = {qelFileAccess::ANSI, qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF8,
+                                          qelFileAccess::UTF16LE};
 
 /// `text` in the form that a new file of this encoding has.
 std::string encoded(qelFileAccess::encodeType encoding, const std::string& text)
@@ -79,7 +79,8 @@ TEST(qelFileAccessRead, ReturnsZeroWhereThereIsNothingToReadInto)
 TEST(qelFileAccessRead, NeverReturnsMoreThanAskedFor)
 {
     // Some runtimes return -1 at an end-of-file character.
-    TestFile onDisk(bytes("\xEF\xBB\xBF\x1A" "abc"));
+    TestFile onDisk(bytes("\xEF\xBB\xBF\x1A"
+                          "abc"));
     const qelFileAccess file(onDisk.path(), L"r", qelFileAccess::UTF8);
     char buffer[4] = {};
     EXPECT_EQ(file.read(buffer, 1, 4), 0u);
@@ -90,7 +91,7 @@ TEST(qelFileAccessLines, KeepsTheLineFeedAndTranslatesLineEnds)
     for (const qelFileAccess::encodeType encoding : kAll)
     {
         EXPECT_EQ(lines(encoded(encoding, "one\r\n\r\ntwo\nend"), encoding, 100),
-                  (Lines{ L"one\n", L"\n", L"two\n", L"end" }));
+                  (Lines{L"one\n", L"\n", L"two\n", L"end"}));
     }
 }
 
@@ -98,8 +99,8 @@ TEST(qelFileAccessLines, GivesAnEmptyLineAtTheEnd)
 {
     for (const qelFileAccess::encodeType encoding : kAll)
     {
-        EXPECT_EQ(lines(encoded(encoding, "one\r\n"), encoding, 100), (Lines{ L"one\n", L"" }));
-        EXPECT_EQ(lines("", encoding, 100), (Lines{ L"" }));
+        EXPECT_EQ(lines(encoded(encoding, "one\r\n"), encoding, 100), (Lines{L"one\n", L""}));
+        EXPECT_EQ(lines("", encoding, 100), (Lines{L""}));
     }
 }
 
@@ -107,8 +108,8 @@ TEST(qelFileAccessLines, CountsTheTerminatorInMaxCount)
 {
     for (const qelFileAccess::encodeType encoding : kAll)
     {
-        EXPECT_EQ(lines(encoded(encoding, "abcde\r\n"), encoding, 4), (Lines{ L"abc", L"de\n", L"" }));
-        EXPECT_EQ(lines(encoded(encoding, "ab"), encoding, 2), (Lines{ L"a", L"b", L"" }));
+        EXPECT_EQ(lines(encoded(encoding, "abcde\r\n"), encoding, 4), (Lines{L"abc", L"de\n", L""}));
+        EXPECT_EQ(lines(encoded(encoding, "ab"), encoding, 2), (Lines{L"a", L"b", L""}));
     }
 }
 
@@ -118,7 +119,7 @@ TEST(qelFileAccessLines, ReadsNothingForAMaxCountBelowTwo)
     {
         TestFile onDisk(encoded(encoding, "abc"));
         const qelFileAccess file(onDisk.path(), L"r", encoding);
-        for (const int maxCount : { 1, 0, -1, INT32_MIN })
+        for (const int maxCount : {1, 0, -1, INT32_MIN})
         {
             qelString line(L"left over");
             EXPECT_EQ(file.getStringW(line, maxCount).isEmpty(), 1);
@@ -132,50 +133,50 @@ TEST(qelFileAccessLines, ReadsNothingForAMaxCountBelowTwo)
 TEST(qelFileAccessLines, CutsLongLinesAtTheLineBuffer)
 {
     const std::string content = std::string(600, 'x') + "\r\n";
-    for (const int maxCount : { 512, 513, 100000, INT32_MAX })
+    for (const int maxCount : {512, 513, 100000, INT32_MAX})
     {
-        for (const qelFileAccess::encodeType encoding : { qelFileAccess::ANSI, qelFileAccess::UTF8 })
+        for (const qelFileAccess::encodeType encoding : {qelFileAccess::ANSI, qelFileAccess::UTF8})
         {
             EXPECT_EQ(lines(encoded(encoding, content), encoding, maxCount),
-                      (Lines{ std::wstring(511, 'x'), std::wstring(89, 'x') + L"\n", L"" }));
+                      (Lines{std::wstring(511, 'x'), std::wstring(89, 'x') + L"\n", L""}));
         }
-        for (const qelFileAccess::encodeType encoding : { qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF16LE })
+        for (const qelFileAccess::encodeType encoding : {qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF16LE})
         {
             EXPECT_EQ(lines(encoded(encoding, content), encoding, maxCount),
-                      (Lines{ std::wstring(255, 'x'), std::wstring(255, 'x'), std::wstring(90, 'x') + L"\n", L"" }));
+                      (Lines{std::wstring(255, 'x'), std::wstring(255, 'x'), std::wstring(90, 'x') + L"\n", L""}));
         }
     }
 }
 
 TEST(qelFileAccessLines, ConvertsFromTheAnsiCodePage)
 {
-    EXPECT_EQ(lines(bytes("\xE9\x80\n"), qelFileAccess::ANSI, 100), (Lines{ L"\x00E9\x20AC\n", L"" }));
+    EXPECT_EQ(lines(bytes("\xE9\x80\n"), qelFileAccess::ANSI, 100), (Lines{L"\x00E9\x20AC\n", L""}));
     EXPECT_EQ(lines(bytes("\xE9\x80\n"), static_cast<qelFileAccess::encodeType>(7), 100),
-              (Lines{ L"\x00E9\x20AC\n", L"" }));
+              (Lines{L"\x00E9\x20AC\n", L""}));
 }
 
 // Deliberate: UTF8 takes the 8-bit path, so lines carry no more than the ANSI code page has.
 TEST(qelFileAccessLines, KeepsOfUtf8WhatTheAnsiCodePageHas)
 {
     EXPECT_EQ(lines(bytes("\xEF\xBB\xBF\xC3\xA9\xE2\x82\xAC\xE4\xB8\xAD!\n"), qelFileAccess::UTF8, 100),
-              (Lines{ L"\x00E9\x20AC?!\n", L"" }));
-    EXPECT_EQ(lines(bytes("\xC3\xA9"), qelFileAccess::UTF8, 100), (Lines{ L"\x00E9" }));
+              (Lines{L"\x00E9\x20AC?!\n", L""}));
+    EXPECT_EQ(lines(bytes("\xC3\xA9"), qelFileAccess::UTF8, 100), (Lines{L"\x00E9"}));
 }
 
 TEST(qelFileAccessLines, ReadsWideTextWhole)
 {
     const std::string content = utf16(L"\xFEFF\x4E2D\xD83D\xDE00\r\n");
-    EXPECT_EQ(lines(content, qelFileAccess::UNICODE_TEXT, 100), (Lines{ L"\x4E2D\xD83D\xDE00\n", L"" }));
-    EXPECT_EQ(lines(content, qelFileAccess::UTF16LE, 100), (Lines{ L"\x4E2D\xD83D\xDE00\n", L"" }));
+    EXPECT_EQ(lines(content, qelFileAccess::UNICODE_TEXT, 100), (Lines{L"\x4E2D\xD83D\xDE00\n", L""}));
+    EXPECT_EQ(lines(content, qelFileAccess::UTF16LE, 100), (Lines{L"\x4E2D\xD83D\xDE00\n", L""}));
     EXPECT_EQ(lines(bytes("\xEF\xBB\xBF\xE4\xB8\xAD\r\n"), qelFileAccess::UNICODE_TEXT, 100),
-              (Lines{ L"\x4E2D\n", L"" }));
+              (Lines{L"\x4E2D\n", L""}));
 }
 
 TEST(qelFileAccessLines, EndsAtAnEndOfFileCharacter)
 {
     for (const qelFileAccess::encodeType encoding : kAll)
     {
-        EXPECT_EQ(lines(encoded(encoding, "ab\x1A" "cd\n"), encoding, 100), (Lines{ L"ab" }));
+        EXPECT_EQ(lines(encoded(encoding, "ab\x1Axy\n"), encoding, 100), (Lines{L"ab"}));
     }
 }
 
@@ -248,7 +249,7 @@ TEST(qelFileAccessTokens, TranslatesTokensAsTheKeySays)
 {
     TestFile onDisk(bytes("\xEF\xBB\xBF\xE4\xB8\xAD\xC3\xA9 x"));
     for (const qelFileAccess::encodeType encoding :
-         { qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF8, qelFileAccess::UTF16LE })
+         {qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF8, qelFileAccess::UTF16LE})
     {
         const qelFileAccess file(onDisk.path(), L"r", encoding);
         qelString token;
@@ -275,7 +276,7 @@ TEST(qelFileAccessTokens, GivesTheEndOfFileMarkerForEmptyFilesAndBlanks)
 {
     for (const qelFileAccess::encodeType encoding : kAll)
     {
-        for (const char* content : { "", " \t\r\n " })
+        for (const char* content : {"", " \t\r\n "})
         {
             TestFile onDisk(encoded(encoding, content));
             qelString token(L"old");

@@ -79,7 +79,7 @@ TEST(qelFileAccess, KeepsTheEncodingWhenTheOpenFails)
 TEST(qelFileAccess, FailsSilentlyForModesThatTheRuntimeDoesNotKnow)
 {
     TestFile onDisk(bytes("text"));
-    for (const wchar_t* mode : { L"", L"q", L"+r", L", ccs=UNICODE" })
+    for (const wchar_t* mode : {L"", L"q", L"+r", L", ccs=UNICODE"})
     {
         EXPECT_EQ(qelFileAccess(onDisk.path(), mode, qelFileAccess::ANSI).isOpen(), 0) << mode;
         EXPECT_EQ(qelFileAccess(onDisk.path(), mode, qelFileAccess::UTF8).isOpen(), 0) << mode;
@@ -113,16 +113,20 @@ TEST(qelFileAccess, WritesTheMarkOnNewFilesOnly)
 {
     TestFile onDisk;
     qelFileAccess(onDisk.path(), L"a", qelFileAccess::UTF8).puts(L"a");
-    EXPECT_EQ(onDisk.get(), bytes("\xEF\xBB\xBF" "a"));
+    EXPECT_EQ(onDisk.get(), bytes("\xEF\xBB\xBF"
+                                  "a"));
     qelFileAccess(onDisk.path(), L"a", qelFileAccess::UTF8).puts(L"b");
-    EXPECT_EQ(onDisk.get(), bytes("\xEF\xBB\xBF" "ab"));
+    EXPECT_EQ(onDisk.get(), bytes("\xEF\xBB\xBF"
+                                  "ab"));
 }
 
 TEST(qelFileAccess, LetsTheMarkOfAnExistingFileDecide)
 {
-    TestFile onDisk(bytes("\xFF\xFE" "a\0"));
+    TestFile onDisk(bytes("\xFF\xFE"
+                          "a\0"));
     qelFileAccess(onDisk.path(), L"a", qelFileAccess::UTF8).puts(L"b");
-    EXPECT_EQ(onDisk.get(), bytes("\xFF\xFE" "a\0b\0"));
+    EXPECT_EQ(onDisk.get(), bytes("\xFF\xFE"
+                                  "a\0b\0"));
     const qelFileAccess file(onDisk.path(), L"r", qelFileAccess::UTF8);
     qelString line;
     EXPECT_STREQ(file.getStringW(line, 100).getStringW(), L"ab");
@@ -192,11 +196,12 @@ TEST(qelFileAccess, CopiesShareTheOpenStream)
 
 TEST(qelFileAccess, LosesNoHandles)
 {
-    TestFile onDisk(bytes("\xEF\xBB\xBF" "abc\r\n"));
+    TestFile onDisk(bytes("\xEF\xBB\xBF"
+                          "abc\r\n"));
     TestFile missing(L" missing.tmp");
     qelString text;
     const auto useAll = [&] {
-        for (const int encoding : { 0, 1, 2, 3 })
+        for (const int encoding : {0, 1, 2, 3})
         {
             const auto type = static_cast<qelFileAccess::encodeType>(encoding);
             qelFileAccess file(onDisk.path(), L"r", type);
@@ -221,18 +226,18 @@ TEST(qelFileAccessClosed, DoesNothingAndReturnsZero)
     TestFile onDisk(bytes("12 abc"));
     qelFileAccess closed(onDisk.path(), L"r+", qelFileAccess::ANSI);
     closed.close();
-    for (const int encoding : { 0, 1, 2, 3 })
+    for (const int encoding : {0, 1, 2, 3})
     {
         qelFileAccess none(qelString(), L"r", static_cast<qelFileAccess::encodeType>(encoding));
-        for (qelFileAccess* file : { &none, &closed })
+        for (qelFileAccess* file : {&none, &closed})
         {
-            static const unsigned short format[] = { '%', 'd', 0 };
+            static const unsigned short format[] = {'%', 'd', 0};
             EXPECT_EQ(file->write("%d", 1), 0);
             EXPECT_EQ(file->write(L"%d", 1), 0);
             EXPECT_EQ(file->write(format, 1), 0);
             EXPECT_EQ(file->puts(L"text"), 0);
 
-            char buffer[4] = { 'k', 'e', 'p', 't' };
+            char buffer[4] = {'k', 'e', 'p', 't'};
             EXPECT_EQ(file->read(buffer, 1, 4), 0u);
             EXPECT_EQ(std::string(buffer, 4), "kept");
 
@@ -302,8 +307,9 @@ TEST(qelFileAccessPosition, FileLengthLeavesThePositionAtTheStart)
 
 TEST(qelFileAccessPosition, FileLengthCountsBytesWithMarkAndLineEnds)
 {
-    TestFile onDisk(bytes("\xEF\xBB\xBF" "a\r\n\xE2\x82\xAC"));
-    for (const int encoding : { 0, 1, 2, 3 })
+    TestFile onDisk(bytes("\xEF\xBB\xBF"
+                          "a\r\n\xE2\x82\xAC"));
+    for (const int encoding : {0, 1, 2, 3})
     {
         qelFileAccess file(onDisk.path(), L"r", static_cast<qelFileAccess::encodeType>(encoding));
         EXPECT_EQ(file.getFileLength(), 9);

@@ -49,8 +49,10 @@ TEST(qelFileAccessWrite, FormatsTheSameFromAllThreeForms)
         EXPECT_EQ(file.write(units(L"%d|%s|%.2f\n"), 42, L"ab", 1.5), 11);
     };
     EXPECT_EQ(written(qelFileAccess::ANSI, use), "42|ab|1.50\r\n42|ab|1.50\r\n42|ab|1.50\r\n");
-    EXPECT_EQ(written(qelFileAccess::UTF8, use), "\xEF\xBB\xBF" "42|ab|1.50\r\n42|ab|1.50\r\n42|ab|1.50\r\n");
-    const std::string wide = utf16(L"\xFEFF" L"42|ab|1.50\r\n42|ab|1.50\r\n42|ab|1.50\r\n");
+    EXPECT_EQ(written(qelFileAccess::UTF8, use), "\xEF\xBB\xBF"
+                                                 "42|ab|1.50\r\n42|ab|1.50\r\n42|ab|1.50\r\n");
+    const std::string wide = utf16(L"\xFEFF"
+                                   L"42|ab|1.50\r\n42|ab|1.50\r\n42|ab|1.50\r\n");
     EXPECT_EQ(written(qelFileAccess::UNICODE_TEXT, use), wide);
     EXPECT_EQ(written(qelFileAccess::UTF16LE, use), wide);
 }
@@ -125,7 +127,8 @@ TEST(qelFileAccessPuts, WritesLoneSurrogatesAsTheyAre)
 // Deliberate: of the encodings with a key only UNICODE and UTF16LE take the wide path.
 TEST(qelFileAccessPuts, WritesTheNarrowFormAsUtf8ForUtf8)
 {
-    EXPECT_EQ(afterPuts(qelFileAccess::UTF8, L"a\x00E9\x20AC\n"), bytes("\xEF\xBB\xBF" "a\xC3\xA9\xE2\x82\xAC\r\n"));
+    EXPECT_EQ(afterPuts(qelFileAccess::UTF8, L"a\x00E9\x20AC\n"), bytes("\xEF\xBB\xBF"
+                                                                        "a\xC3\xA9\xE2\x82\xAC\r\n"));
     EXPECT_EQ(afterPuts(qelFileAccess::UTF8, L"<\x4E2D>"), bytes("\xEF\xBB\xBF<?>"));
 }
 
@@ -178,16 +181,18 @@ TEST(qelFileAccessPuts, WritesLongTextWhole)
 
 TEST(qelFileAccessPuts, ReturnsTheEndOfFileMarkerOnAStreamThatIsOnlyRead)
 {
-    TestFile onDisk(bytes("\xFF\xFE" "a\0"));
+    TestFile onDisk(bytes("\xFF\xFE"
+                          "a\0"));
     EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", qelFileAccess::ANSI).puts(L"text"), EOF);
     EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", qelFileAccess::UTF8).puts(L"text"), EOF);
     // The wide call's marker is another one, in some runtimes.
-    for (const qelFileAccess::encodeType encoding : { qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF16LE })
+    for (const qelFileAccess::encodeType encoding : {qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF16LE})
     {
         const int result = qelFileAccess(onDisk.path(), L"r", encoding).puts(L"text");
         EXPECT_TRUE(result == EOF || result == static_cast<int>(WEOF)) << encoding << " gave " << result;
     }
-    EXPECT_EQ(onDisk.get(), bytes("\xFF\xFE" "a\0"));
+    EXPECT_EQ(onDisk.get(), bytes("\xFF\xFE"
+                                  "a\0"));
 }
 
 TEST(qelFileAccessFullDisk, ReportsWhatCouldNotBeWritten)

@@ -156,8 +156,7 @@ TEST(qelLogToFile, LosesLinesInSilence)
 {
     const LogText times;
     const TestFile taken("kept");
-    const HANDLE keeper =
-        CreateFileW(taken.widePath().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    const HANDLE keeper = CreateFileW(taken.widePath().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(keeper, INVALID_HANDLE_VALUE);
     qelLogfile::logToFile(taken.path(), L"a");
     CloseHandle(keeper);

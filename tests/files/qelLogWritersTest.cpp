@@ -108,7 +108,7 @@ TEST(qelLogfile, LosesAndTearsNoLineOfTwoProcesses)
     const TestFile file("");
     const HANDLE start = CreateEventW(nullptr, TRUE, FALSE, kStartEvent);
     ASSERT_NE(start, nullptr);
-    const HANDLE writers[] = { startWriter(file.widePath(), L'A'), startWriter(file.widePath(), L'B') };
+    const HANDLE writers[] = {startWriter(file.widePath(), L'A'), startWriter(file.widePath(), L'B')};
     ASSERT_NE(writers[0], nullptr);
     ASSERT_NE(writers[1], nullptr);
     Sleep(500);
@@ -125,7 +125,7 @@ TEST(qelLogfile, LosesAndTearsNoLineOfTwoProcesses)
 
     // Line ends stand behind the lines of one writer and before those of the other.
     std::string content = times.withoutTimes(file.get());
-    int next[2] = { 0, 0 };
+    int next[2] = {0, 0};
     int changes = 0;
     char last = 0;
     size_t at = content.find_first_not_of("\r\n");

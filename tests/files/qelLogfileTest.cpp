@@ -205,7 +205,7 @@ bool qelLogfileTurn::othersCouldLock = false;
 
 TEST_F(qelLogfileStatus, KeepsAnyValue)
 {
-    for (int status : { 5, -1, 0, 1, INT_MIN })
+    for (int status : {5, -1, 0, 1, INT_MIN})
     {
         qelLogfile::setLogStatus(status);
         EXPECT_EQ(qelLogfile::getLogStatus(), status);
@@ -399,8 +399,8 @@ TEST_F(qelLogfileAppend, ReturnsZeroForAMissingFolderAndForNoName)
 TEST_F(qelLogfileAppend, ReturnsOneOnAFullDiskAndWritesElsewhereAfterIt)
 {
     const wchar_t fullDisk[] = L"Z:\\dev\\full";
-    const HANDLE probe = CreateFileW(fullDisk, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                     OPEN_EXISTING, 0, nullptr);
+    const HANDLE probe =
+        CreateFileW(fullDisk, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
     if (probe == INVALID_HANDLE_VALUE)
     {
         GTEST_SKIP() << "this system has no disk that is always full";

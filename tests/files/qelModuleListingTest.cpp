@@ -46,6 +46,12 @@ BOOL WINAPI noProcess(HANDLE, PROCESSENTRY32W*)
     return FALSE;
 }
 
+BOOL WINAPI idleProcess(HANDLE, PROCESSENTRY32W* entry)
+{
+    entry->th32ProcessID = 0;
+    return TRUE;
+}
+
 /// Watches the snapshots of the library, and refuses those of one kind.
 class Snapshots
 {
@@ -410,8 +416,7 @@ TEST(qelLogfileListModules, LeavesTheFileAloneWhenTheProcessIsNotFound)
     }
     EXPECT_EQ(file.get(), "kept");
     EXPECT_EQ(Snapshots::leftOpen(), 0u);
-    const ImportHook first("Process32FirstW", static_cast<BOOL(WINAPI*)(HANDLE, PROCESSENTRY32W*)>(
-        [](HANDLE, PROCESSENTRY32W* entry) -> BOOL { entry->th32ProcessID = 0; return TRUE; }));
+    const ImportHook first("Process32FirstW", &idleProcess);
     const ImportHook next("Process32NextW", &noProcess);
     qelLogfile::listModules(file.path());
     EXPECT_EQ(file.get(), "kept");

@@ -4,7 +4,7 @@
 #error "a public header includes windows.h"
 #endif
 
-#if defined(_GLIBCXX_STRING) || defined(_GLIBCXX_VECTOR) || defined(_GLIBCXX_MAP) || defined(_GLIBCXX_MEMORY) ||         \
+#if defined(_GLIBCXX_STRING) || defined(_GLIBCXX_VECTOR) || defined(_GLIBCXX_MAP) || defined(_GLIBCXX_MEMORY) ||       \
     defined(_GLIBCXX_FUNCTIONAL) || defined(_GLIBCXX_THREAD) || defined(_GLIBCXX_MUTEX)
 #error "a public header includes the C++ library"
 #endif

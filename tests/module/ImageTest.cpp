@@ -99,8 +99,7 @@ TEST(qelImage, IsHardened)
 TEST(qelImage, NoSectionIsWritableAndExecutable)
 {
     const auto* sections = reinterpret_cast<const IMAGE_SECTION_HEADER*>(
-        reinterpret_cast<const unsigned char*>(&headers().OptionalHeader) +
-        headers().FileHeader.SizeOfOptionalHeader);
+        reinterpret_cast<const unsigned char*>(&headers().OptionalHeader) + headers().FileHeader.SizeOfOptionalHeader);
     for (WORD i = 0; i < headers().FileHeader.NumberOfSections; ++i)
     {
         const DWORD both = IMAGE_SCN_MEM_WRITE | IMAGE_SCN_MEM_EXECUTE;
@@ -122,8 +121,8 @@ TEST(qelImage, ExportsNothingOfTheCompilerRuntime)
     EXPECT_FALSE(names.empty());
     for (const std::string& name : names)
     {
-        for (const char* foreign : { "_ZSt", "_ZNSt", "_ZNKSt", "_ZN9__gnu_cxx", "_ZN10__cxxabiv", "__cxa", "__gxx", "_Znw",
-                                     "_Zna", "_Zdl", "_Zda", "pthread", "DllMain", "N5boost" })
+        for (const char* foreign : {"_ZSt", "_ZNSt", "_ZNKSt", "_ZN9__gnu_cxx", "_ZN10__cxxabiv", "__cxa", "__gxx",
+                                    "_Znw", "_Zna", "_Zdl", "_Zda", "pthread", "DllMain", "N5boost"})
         {
             EXPECT_EQ(name.find(foreign), std::string::npos) << name;
         }

@@ -72,9 +72,10 @@ static_assert(!std::is_constructible<qelStringRepr, const wchar_t*>::value &&
 static_assert(sizeof(qelArray<qelString>) == 24 && sizeof(qelArray<wchar_t>) == 24 && sizeof(BytesArray<double>) == 24,
               "the same for every element and policy");
 static_assert(!std::is_polymorphic<qelArray<qelString>>::value, "no virtual table");
-static_assert(std::is_same<qelArray<wchar_t>, qelArray<wchar_t, qelArrayObjectCopyReallocator<wchar_t>,
-                                                       qelArrayMemoryController<wchar_t>>>::value,
-              "policies that nobody names");
+static_assert(
+    std::is_same<qelArray<wchar_t>,
+                 qelArray<wchar_t, qelArrayObjectCopyReallocator<wchar_t>, qelArrayMemoryController<wchar_t>>>::value,
+    "policies that nobody names");
 
 static_assert(std::is_empty<qelMemoryControllerController>::value, "static members only");
 static_assert(std::is_same<decltype(&qelMemoryControllerController::allocateArray),
@@ -102,10 +103,10 @@ struct HasLessOrEqual<T, std::void_t<decltype(std::declval<const T&>() <= std::d
 static_assert(!HasLessOrEqual<qelString>::value, "there is no <=");
 
 static_assert(sizeof(qelStringClassArray) == 8 && !std::is_polymorphic<qelStringClassArray>::value, "one pointer");
-static_assert(std::is_same<decltype(qelStringClassArray().append(qelString())), long>::value &&
-                  std::is_same<decltype(qelStringClassArray().append(qelStringClassArray())),
-                               qelStringClassArray&>::value,
-              "the position of one text, the list for many");
+static_assert(
+    std::is_same<decltype(qelStringClassArray().append(qelString())), long>::value &&
+        std::is_same<decltype(qelStringClassArray().append(qelStringClassArray())), qelStringClassArray&>::value,
+    "the position of one text, the list for many");
 static_assert(std::is_same<decltype(qelStringClassArray().remove(qelString())), int>::value &&
                   std::is_same<decltype(qelStringClassArray().isEmpty()), int>::value &&
                   std::is_same<decltype(qelStringClassArray().length()), long>::value,
@@ -139,7 +140,7 @@ static_assert(offsetof(qelDebugInterfaces::DebugInfo, initiator) == 0 &&
                   sizeof(qelDebugInterfaces::DebugInfo) == 40,
               "in this order");
 
-template <class Object, class Field> ptrdiff_t offsetIn(const Object& object, Field Object::*field)
+template <class Object, class Field> ptrdiff_t offsetIn(const Object& object, Field Object::* field)
 {
     return reinterpret_cast<const char*>(&(object.*field)) - reinterpret_cast<const char*>(&object);
 }
@@ -163,7 +164,7 @@ TEST(qelLayout, IsTheSameInTheLibraryAndInItsHost)
 {
     // An array filled here and a string made there: both sides read the other's fields.
     qelString text(L"a,b");
-    const qelString copies[2] = { text, text };
+    const qelString copies[2] = {text, text};
     EXPECT_EQ(reinterpret_cast<const unsigned char*>(&copies[1]) - reinterpret_cast<const unsigned char*>(&copies[0]),
               16);
     EXPECT_STREQ(copies[1].getStringW(), L"a,b");

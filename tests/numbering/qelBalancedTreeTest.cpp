@@ -175,8 +175,7 @@ std::vector<int> walked(const qelBalancedTree& tree)
 {
     std::vector<int> keys;
     const int all = tree.walk(
-        [](const qelBalancedTreeEntry& entry, void* context)
-        {
+        [](const qelBalancedTreeEntry& entry, void* context) {
             static_cast<std::vector<int>*>(context)->push_back(static_cast<const Entry&>(entry).m_key);
             return 1;
         },
@@ -991,8 +990,7 @@ TEST_F(qelBalancedTreeTest, WalkEndsWhenTheVisitorSaysSo)
     addAll(tree, {4, 2, 6, 1, 3, 5, 7});
     int visits = 0;
     const int all = tree.walk(
-        [](const qelBalancedTreeEntry& entry, void* context)
-        {
+        [](const qelBalancedTreeEntry& entry, void* context) {
             ++*static_cast<int*>(context);
             return static_cast<const Entry&>(entry).m_key < 3 ? 1 : 0;
         },
@@ -1004,13 +1002,11 @@ TEST_F(qelBalancedTreeTest, WalkEndsWhenTheVisitorSaysSo)
 TEST_F(qelBalancedTreeTest, WalkOfAnEmptyTreeVisitsNothing)
 {
     const qelBalancedTree tree;
-    EXPECT_EQ(tree.walk(
-                  [](const qelBalancedTreeEntry&, void*)
-                  {
-                      ADD_FAILURE();
-                      return 1;
-                  }),
-              1);
+    const auto fail = [](const qelBalancedTreeEntry&, void*) {
+        ADD_FAILURE();
+        return 1;
+    };
+    EXPECT_EQ(tree.walk(fail), 1);
 }
 
 /// A tree and its model side by side, compared after every step.
@@ -1226,8 +1222,7 @@ TEST_F(qelBalancedTreeTest, ReplacingEntriesAtRandomDeepensTheTreeAsDocumented)
     std::mt19937 random(1);
     qelBalancedTree tree;
     std::vector<int> keys(10000);
-    const auto addNewKey = [&](int& key)
-    {
+    const auto addNewKey = [&](int& key) {
         do
         {
             key = static_cast<int>(random() >> 1);

@@ -656,8 +656,8 @@ TEST(qelMathUtilitiesWellKnown, CubicsGiveTheDocumentedValues)
 TEST(qelMathUtilitiesWellKnown, QuarticsGiveTheDocumentedValues)
 {
     expectNear(solveQuartic(1, 0, -5, 0, 4), {(3 - sqrt(21.0)) / 2, (3 + sqrt(21.0)) / 2});
-    expectNear(solveQuartic(1, 0, -13, 0, 36), {(-5 - sqrt(5.0)) / 2, (-5 + sqrt(5.0)) / 2, (5 - sqrt(45.0)) / 2,
-                                                (5 + sqrt(45.0)) / 2});
+    expectNear(solveQuartic(1, 0, -13, 0, 36),
+               {(-5 - sqrt(5.0)) / 2, (-5 + sqrt(5.0)) / 2, (5 - sqrt(45.0)) / 2, (5 + sqrt(45.0)) / 2});
     expectNear(solveQuartic(1, 0, 0, 0, -16), {0});
     expectNear(solveQuartic(1, -4, 6, -4, 1), {1 - sqrt(3.0), 1 + sqrt(3.0)});
     expectNear(solveQuartic(1, 0, -2, 0, 1), {1 - sqrt(3.0), 1 + sqrt(3.0)});
@@ -720,9 +720,10 @@ TEST(qelMathUtilitiesSweep, GivesTheOraclesBitsForExtremeValues)
 {
     Outcomes outcomes;
     Random random(20260102);
-    const std::vector<double> values{0.0,     -0.0,   1.0,    -1.0,  2.0,      4.0,       1e-9,       -1e-9,
-                                     1e155,   -1e155, 1e-155, 1e103, infinity, -infinity, notANumber, 4.9e-324,
-                                     DBL_MIN, DBL_MAX, -DBL_MAX, steps(1e-9, -1), steps(1e-9, 1)};
+    const std::vector<double> values{
+        0.0,           -0.0,  1.0,      -1.0,      2.0,        4.0,      1e-9,    -1e-9,   1e155,    -1e155,
+        1e-155,        1e103, infinity, -infinity, notANumber, 4.9e-324, DBL_MIN, DBL_MAX, -DBL_MAX, steps(1e-9, -1),
+        steps(1e-9, 1)};
     SCOPED_TRACE("seed 20260102");
     sweep(60000, outcomes, [&](size_t degree) {
         List x(degree + 1);
@@ -745,21 +746,30 @@ TEST(qelMathUtilitiesSweep, GivesTheOraclesBitsAroundTheToleranceAndReachesEvery
         {
             switch (random.whole(0, 3))
             {
-            case 0: return {tiny, sign() * near(1), random.between(-9, 9)};
-            case 1: return {near(1), near(4 + sign() * 2.5e-10), 1};  // discriminant at +-1e-9
-            case 2: return {near(1), near(sign() * 2.5e-10), 1};      // the same, near zero
-            default: return {tiny, random.oneOf<double>({0.0, -0.0, 1e-300, 3}), random.between(-9, 9)};
+            case 0:
+                return {tiny, sign() * near(1), random.between(-9, 9)};
+            case 1:
+                return {near(1), near(4 + sign() * 2.5e-10), 1}; // discriminant at +-1e-9
+            case 2:
+                return {near(1), near(sign() * 2.5e-10), 1}; // the same, near zero
+            default:
+                return {tiny, random.oneOf<double>({0.0, -0.0, 1e-300, 3}), random.between(-9, 9)};
             }
         }
         if (degree == 3)
         {
             switch (random.whole(0, 5))
             {
-            case 0: return {tiny, random.between(-9, 9), random.between(-9, 9), tiny};
-            case 1: return {1, 0, 0, sign() * near(2 * root2(1e-9))}; // S at 1e-9
-            case 2: return {1, 0, 0, sign() * near(2e-9)};           // R at 1e-9
-            case 3: return {1, near(-2e-10), 7, tiny};               // a root that may count as zero
-            case 4: return {near(0.1), near(-2e-10), 7, 0};          // a root at the tolerance
+            case 0:
+                return {tiny, random.between(-9, 9), random.between(-9, 9), tiny};
+            case 1:
+                return {1, 0, 0, sign() * near(2 * root2(1e-9))}; // S at 1e-9
+            case 2:
+                return {1, 0, 0, sign() * near(2e-9)}; // R at 1e-9
+            case 3:
+                return {1, near(-2e-10), 7, tiny}; // a root that may count as zero
+            case 4:
+                return {near(0.1), near(-2e-10), 7, 0}; // a root at the tolerance
             default:
             {
                 const double repeated = random.between(-2, 2);
@@ -771,10 +781,13 @@ TEST(qelMathUtilitiesSweep, GivesTheOraclesBitsAroundTheToleranceAndReachesEvery
         }
         switch (random.whole(0, 7))
         {
-        case 0: return {tiny, random.between(-9, 9), random.between(-9, 9), random.between(-9, 9), tiny};
-        case 1: return {10, 0, 0, 0, near(1e-8)};  // k at -1e-9
-        case 2: return {10, 0, 0, 0, near(-1e-17) - 1e-9}; // q small
-        case 3:                                    // a perfect square: k and p * p around 0
+        case 0:
+            return {tiny, random.between(-9, 9), random.between(-9, 9), random.between(-9, 9), tiny};
+        case 1:
+            return {10, 0, 0, 0, near(1e-8)}; // k at -1e-9
+        case 2:
+            return {10, 0, 0, 0, near(-1e-17) - 1e-9}; // q small
+        case 3:                                        // a perfect square: k and p * p around 0
         {
             const double g = random.whole(-8, 8) * 0.5;
             const double m = random.whole(-8, 8) * 0.5;
@@ -792,7 +805,8 @@ TEST(qelMathUtilitiesSweep, GivesTheOraclesBitsAroundTheToleranceAndReachesEvery
             const double h = c / 3 / 2;
             return {1, -4 * r, c, -4 * r * r * r, h * h};
         }
-        case 6: return {1e9, random.between(-2e5, 2e5), random.between(-9, 9), random.between(-9, 9), near(-1e-9)};
+        case 6:
+            return {1e9, random.between(-2e5, 2e5), random.between(-9, 9), random.between(-9, 9), near(-1e-9)};
         default:
         {
             const double root = random.between(-3, 3);
@@ -801,13 +815,29 @@ TEST(qelMathUtilitiesSweep, GivesTheOraclesBitsAroundTheToleranceAndReachesEvery
         }
     });
 
-    for (const char* outcome :
-         {"quadratic: nothing left", "quadratic: linear", "quadratic: one root", "quadratic: two roots",
-          "quadratic: no root", "cubic: lower degree", "cubic: zero added", "cubic: zero there already",
-          "cubic: double root", "cubic: double root, not-a-number", "cubic: triple root", "cubic: three roots",
-          "cubic: one root", "quartic: lower degree", "quartic: zero added", "quartic: zero there already",
-          "quartic: k raised to zero", "quartic: k negative", "quartic: p raised to zero", "quartic: p negative",
-          "quartic: p by its square", "quartic: root dropped", "quartic: root of the second quadratic"})
+    for (const char* outcome : {"quadratic: nothing left",
+                                "quadratic: linear",
+                                "quadratic: one root",
+                                "quadratic: two roots",
+                                "quadratic: no root",
+                                "cubic: lower degree",
+                                "cubic: zero added",
+                                "cubic: zero there already",
+                                "cubic: double root",
+                                "cubic: double root, not-a-number",
+                                "cubic: triple root",
+                                "cubic: three roots",
+                                "cubic: one root",
+                                "quartic: lower degree",
+                                "quartic: zero added",
+                                "quartic: zero there already",
+                                "quartic: k raised to zero",
+                                "quartic: k negative",
+                                "quartic: p raised to zero",
+                                "quartic: p negative",
+                                "quartic: p by its square",
+                                "quartic: root dropped",
+                                "quartic: root of the second quadratic"})
     {
         EXPECT_GT(outcomes[outcome], 20) << outcome;
     }

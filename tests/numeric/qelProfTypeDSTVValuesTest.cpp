@@ -201,6 +201,7 @@ TEST(qelProfTypeDSTVType, HasItsValueAndItsCode)
         int value;
         const wchar_t* code;
     } rows[] = {
+        // clang-format off
         {eDSTV_None, -1, L"SO"},
         {eDSTV_I, 0, L"I"},
         {eDSTV_L, 1, L"L"},
@@ -220,6 +221,7 @@ TEST(qelProfTypeDSTVType, HasItsValueAndItsCode)
         {eDSTV_PL2, 15, L"PL2"},
         {eDSTV_SO, 16, L"SO"},
         {eDSTV_CSE, 17, L"CSE"},
+        // clang-format on
     };
     for (const auto& row : rows)
     {

@@ -212,10 +212,9 @@ TEST(qelTimeUtilitiesDifference, ReachesOverAllYearsThatARecordCanHold)
 TEST(qelTimeUtilitiesDifference, CountsARecordThatIsNoTimeAsTheBeginningOf1601)
 {
     const SYSTEMTIME beginning = at(1601, 1, 1);
-    for (const SYSTEMTIME& wrong :
-         {at(2024, 13, 1), at(2024, 0, 1), at(2024, 2, 30), at(2024, 4, 31), at(2024, 1, 0), at(1600, 12, 31),
-          at(2024, 1, 1, 24), at(2024, 1, 1, 0, 60), at(2024, 1, 1, 0, 0, 60), at(2024, 1, 1, 0, 0, 0, 1000),
-          SYSTEMTIME()})
+    for (const SYSTEMTIME& wrong : {at(2024, 13, 1), at(2024, 0, 1), at(2024, 2, 30), at(2024, 4, 31), at(2024, 1, 0),
+                                    at(1600, 12, 31), at(2024, 1, 1, 24), at(2024, 1, 1, 0, 60),
+                                    at(2024, 1, 1, 0, 0, 60), at(2024, 1, 1, 0, 0, 0, 1000), SYSTEMTIME()})
     {
         expectDifference(wrong, beginning, 0, 0, 0, 0, 0);
         expectDifference(at(1601, 1, 3), wrong, 1, 172800, 2880, 48, 2);

@@ -198,7 +198,7 @@ TYPED_TEST(qelArrayBothPolicies, GrowLengthCanBeSetAndCounts)
     // No growth, no division.
     array.setAt(1, 3);
     array.setLogicalLength(1);
-    EXPECT_EQ(valuesOf(array), Values({ 1 }));
+    EXPECT_EQ(valuesOf(array), Values({1}));
 }
 
 TYPED_TEST(qelArrayBothPolicies, NegativeGrowLengthMakesEnoughSlots)
@@ -214,7 +214,7 @@ TYPED_TEST(qelArrayBothPolicies, NegativeGrowLengthMakesEnoughSlots)
 
 TYPED_TEST(qelArrayBothPolicies, ShrinkingByLessThanAQuarterKeepsTheStorage)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3 });
+    TypeParam array = filled<TypeParam>({1, 2, 3});
     const int* storage = &array[0];
     array.setPhysicalLength(7);
     EXPECT_EQ(array.physicalLength(), 8);
@@ -223,7 +223,7 @@ TYPED_TEST(qelArrayBothPolicies, ShrinkingByLessThanAQuarterKeepsTheStorage)
     EXPECT_EQ(&array[0], storage);
     array.setPhysicalLength(6);
     EXPECT_EQ(array.physicalLength(), 6);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 2, 3 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 2, 3}));
 }
 
 TYPED_TEST(qelArrayBothPolicies, ShrinkThresholdIsThreeQuartersExactly)
@@ -241,60 +241,60 @@ TYPED_TEST(qelArrayBothPolicies, ShrinkThresholdIsThreeQuartersExactly)
 
 TYPED_TEST(qelArrayBothPolicies, ShrinkingCutsTheLogicalLength)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3, 4, 5, 6 });
+    TypeParam array = filled<TypeParam>({1, 2, 3, 4, 5, 6});
     array.setPhysicalLength(2);
     EXPECT_EQ(array.length(), 2);
     EXPECT_EQ(array.physicalLength(), 2);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 2 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 2}));
 }
 
 TYPED_TEST(qelArrayBothPolicies, GrowingKeepsTheElementsInUse)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3 });
+    TypeParam array = filled<TypeParam>({1, 2, 3});
     array.setPhysicalLength(100);
     EXPECT_EQ(array.physicalLength(), 100);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 2, 3 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 2, 3}));
 }
 
 TYPED_TEST(qelArrayBothPolicies, PhysicalLengthOfZeroFreesEverything)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3 });
+    TypeParam array = filled<TypeParam>({1, 2, 3});
     array.setPhysicalLength(0);
     EXPECT_EQ(array.length(), 0);
     EXPECT_EQ(array.physicalLength(), 0);
     EXPECT_EQ(array.growLength(), 8);
     array.setPhysicalLength(0);
     array.append(4);
-    EXPECT_EQ(valuesOf(array), Values({ 4 }));
+    EXPECT_EQ(valuesOf(array), Values({4}));
 }
 
 TYPED_TEST(qelArrayBothPolicies, NegativePhysicalLengthChangesNothing)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3 });
+    TypeParam array = filled<TypeParam>({1, 2, 3});
     array.setPhysicalLength(-1);
     array.setPhysicalLength(LONG_MIN);
     EXPECT_EQ(array.physicalLength(), 8);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 2, 3 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 2, 3}));
 }
 
 TYPED_TEST(qelArrayBothPolicies, LoweringTheLogicalLengthKeepsTheValues)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3 });
+    TypeParam array = filled<TypeParam>({1, 2, 3});
     array.setLogicalLength(0);
     EXPECT_EQ(array.isEmpty(), 1);
     EXPECT_EQ(array.physicalLength(), 8);
     array.setLogicalLength(3);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 2, 3 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 2, 3}));
     EXPECT_EQ(array.isEmpty(), 0);
 }
 
 TYPED_TEST(qelArrayBothPolicies, SetAtAssignsInsideAndExtendsOutside)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3 });
+    TypeParam array = filled<TypeParam>({1, 2, 3});
     array.setAt(1, 9);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 9, 3 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 9, 3}));
     array.setAt(3, 4);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 9, 3, 4 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 9, 3, 4}));
     array.setAt(20, 7);
     EXPECT_EQ(array.length(), 21);
     EXPECT_EQ(array.physicalLength(), 24);
@@ -304,21 +304,21 @@ TYPED_TEST(qelArrayBothPolicies, SetAtAssignsInsideAndExtendsOutside)
 
 TYPED_TEST(qelArrayBothPolicies, InsertMovesLaterElementsUp)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3 });
+    TypeParam array = filled<TypeParam>({1, 2, 3});
     array.insertAt(0, 10);
     array.insertAt(2, 20);
     array.insertAt(5, 30);
-    EXPECT_EQ(valuesOf(array), Values({ 10, 1, 20, 2, 3, 30 }));
+    EXPECT_EQ(valuesOf(array), Values({10, 1, 20, 2, 3, 30}));
     array.insertAt(1, 40);
     array.insertAt(1, 50);
     array.insertAt(1, 60);
-    EXPECT_EQ(valuesOf(array), Values({ 10, 60, 50, 40, 1, 20, 2, 3, 30 }));
+    EXPECT_EQ(valuesOf(array), Values({10, 60, 50, 40, 1, 20, 2, 3, 30}));
     EXPECT_EQ(array.physicalLength(), 16);
 }
 
 TYPED_TEST(qelArrayBothPolicies, InsertOutsideTheArrayGrowsByOneAndStaysInItsStorage)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3 });
+    TypeParam array = filled<TypeParam>({1, 2, 3});
     array.insertAt(6, 60);
     EXPECT_EQ(array.length(), 4);
     array.setLogicalLength(7);
@@ -332,11 +332,11 @@ TYPED_TEST(qelArrayBothPolicies, InsertOutsideTheArrayGrowsByOneAndStaysInItsSto
 
 TYPED_TEST(qelArrayBothPolicies, RemoveMovesLaterElementsDown)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3, 4 });
+    TypeParam array = filled<TypeParam>({1, 2, 3, 4});
     array.removeAt(1);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 3, 4 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 3, 4}));
     array.removeAt(2);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 3 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 3}));
     array.removeAt(0);
     array.removeAt(0);
     EXPECT_EQ(array.isEmpty(), 1);
@@ -345,19 +345,19 @@ TYPED_TEST(qelArrayBothPolicies, RemoveMovesLaterElementsDown)
 
 TYPED_TEST(qelArrayBothPolicies, RemoveLeavesADuplicateInTheLastSlot)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3 });
+    TypeParam array = filled<TypeParam>({1, 2, 3});
     array.removeAt(0);
     array.setLogicalLength(3);
-    EXPECT_EQ(valuesOf(array), Values({ 2, 3, 3 }));
+    EXPECT_EQ(valuesOf(array), Values({2, 3, 3}));
 }
 
 TYPED_TEST(qelArrayBothPolicies, RemoveOutsideTheArrayShrinksByOne)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3 });
+    TypeParam array = filled<TypeParam>({1, 2, 3});
     array.removeAt(7);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 2 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 2}));
     array.removeAt(-5);
-    EXPECT_EQ(valuesOf(array), Values({ 2 }));
+    EXPECT_EQ(valuesOf(array), Values({2}));
 }
 
 TYPED_TEST(qelArrayBothPolicies, RemoveFromAnEmptyArrayDoesNotTouchForeignMemory)
@@ -365,15 +365,15 @@ TYPED_TEST(qelArrayBothPolicies, RemoveFromAnEmptyArrayDoesNotTouchForeignMemory
     TypeParam array;
     array.removeAt(0);
     EXPECT_EQ(array.length(), -1);
-    array.append(filled<TypeParam>({ 1, 2 }));
+    array.append(filled<TypeParam>({1, 2}));
     array.setLogicalLength(0);
     array.append(3);
-    EXPECT_EQ(valuesOf(array), Values({ 3 }));
+    EXPECT_EQ(valuesOf(array), Values({3}));
 }
 
 TYPED_TEST(qelArrayBothPolicies, FindGivesTheFirstPositionFromTheStart)
 {
-    const TypeParam array = filled<TypeParam>({ 5, 6, 5, 7 });
+    const TypeParam array = filled<TypeParam>({5, 6, 5, 7});
     long index = -7;
     EXPECT_TRUE(array.find(5, index));
     EXPECT_EQ(index, 0);
@@ -387,7 +387,7 @@ TYPED_TEST(qelArrayBothPolicies, FindGivesTheFirstPositionFromTheStart)
 
 TYPED_TEST(qelArrayBothPolicies, FailedFindLeavesTheIndexAlone)
 {
-    TypeParam array = filled<TypeParam>({ 5, 6, 7 });
+    TypeParam array = filled<TypeParam>({5, 6, 7});
     long index = -7;
     EXPECT_FALSE(array.find(8, index));
     EXPECT_FALSE(array.find(5, index, 1));
@@ -401,10 +401,10 @@ TYPED_TEST(qelArrayBothPolicies, FailedFindLeavesTheIndexAlone)
 
 TYPED_TEST(qelArrayBothPolicies, AppendsAnotherArray)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3 });
-    const TypeParam other = filled<TypeParam>({ 4, 5, 6, 7, 8, 9 });
+    TypeParam array = filled<TypeParam>({1, 2, 3});
+    const TypeParam other = filled<TypeParam>({4, 5, 6, 7, 8, 9});
     array.append(other);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 2, 3, 4, 5, 6, 7, 8, 9 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 2, 3, 4, 5, 6, 7, 8, 9}));
     EXPECT_EQ(array.physicalLength(), 16);
     EXPECT_EQ(other.length(), 6);
     array.append(TypeParam());
@@ -413,9 +413,9 @@ TYPED_TEST(qelArrayBothPolicies, AppendsAnotherArray)
 
 TYPED_TEST(qelArrayBothPolicies, AppendsItself)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3, 4, 5 });
+    TypeParam array = filled<TypeParam>({1, 2, 3, 4, 5});
     array.append(array);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 2, 3, 4, 5, 1, 2, 3, 4, 5 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 2, 3, 4, 5, 1, 2, 3, 4, 5}));
     TypeParam empty;
     empty.append(empty);
     EXPECT_EQ(empty.physicalLength(), 0);
@@ -436,9 +436,9 @@ TYPED_TEST(qelArrayBothPolicies, AssignmentTakesElementsAndGrowLengthIntoExactSt
     TypeParam source(50, 5);
     source.append(1);
     source.append(2);
-    TypeParam target = filled<TypeParam>({ 9, 9, 9, 9 });
+    TypeParam target = filled<TypeParam>({9, 9, 9, 9});
     EXPECT_EQ(&(target = source), &target);
-    EXPECT_EQ(valuesOf(target), Values({ 1, 2 }));
+    EXPECT_EQ(valuesOf(target), Values({1, 2}));
     EXPECT_EQ(target.physicalLength(), 2);
     EXPECT_EQ(target.growLength(), 5);
     target[0] = 7;
@@ -451,13 +451,13 @@ TYPED_TEST(qelArrayBothPolicies, AssignmentTakesElementsAndGrowLengthIntoExactSt
 
 TYPED_TEST(qelArrayBothPolicies, AssignmentToItselfChangesNothing)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3 });
+    TypeParam array = filled<TypeParam>({1, 2, 3});
     const int* storage = &array[0];
     const TypeParam& itself = array;
     array = itself;
     EXPECT_EQ(&array[0], storage);
     EXPECT_EQ(array.physicalLength(), 8);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 2, 3 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 2, 3}));
 }
 
 TYPED_TEST(qelArrayBothPolicies, CopyConstructionIsAssignment)
@@ -465,14 +465,14 @@ TYPED_TEST(qelArrayBothPolicies, CopyConstructionIsAssignment)
     TypeParam source(50, 5);
     source.append(1);
     const TypeParam copy(source);
-    EXPECT_EQ(valuesOf(copy), Values({ 1 }));
+    EXPECT_EQ(valuesOf(copy), Values({1}));
     EXPECT_EQ(copy.physicalLength(), 1);
     EXPECT_EQ(copy.growLength(), 5);
 }
 
 TYPED_TEST(qelArrayBothPolicies, GivesDirectAccess)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3 });
+    TypeParam array = filled<TypeParam>({1, 2, 3});
     const TypeParam& constant = array;
     EXPECT_EQ(&array.first(), &array[0]);
     EXPECT_EQ(&array.last(), &array[2]);
@@ -480,12 +480,12 @@ TYPED_TEST(qelArrayBothPolicies, GivesDirectAccess)
     EXPECT_EQ(&constant.last(), &constant[2]);
     array.last() = 9;
     array.first() = 8;
-    EXPECT_EQ(valuesOf(array), Values({ 8, 2, 9 }));
+    EXPECT_EQ(valuesOf(array), Values({8, 2, 9}));
 }
 
 TYPED_TEST(qelArrayBothPolicies, ArgumentsOutOfTheArrayItselfCountAsCopied)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3, 4, 5, 6, 7, 8 });
+    TypeParam array = filled<TypeParam>({1, 2, 3, 4, 5, 6, 7, 8});
     array.append(array[0]);
     EXPECT_EQ(array.last(), 1);
     array.insertAt(0, array[1]);
@@ -496,14 +496,14 @@ TYPED_TEST(qelArrayBothPolicies, ArgumentsOutOfTheArrayItselfCountAsCopied)
     EXPECT_EQ(array.last(), 3);
     array.setLogicalLength(2);
     array.append(array[1]);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 2, 2 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 2, 2}));
 }
 
 TYPED_TEST(qelArrayBothPolicies, LengthsThatCannotBeAreRefusedByTheAllocation)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2 });
+    TypeParam array = filled<TypeParam>({1, 2});
     EXPECT_THROW(array.setAt(LONG_MAX, 1), std::bad_alloc);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 2 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 2}));
 }
 
 TEST(qelArrayObjects, SetAtBehindTheEndMakesNewElementsInBetween)
@@ -519,41 +519,41 @@ TEST(qelArrayObjects, SetAtBehindTheEndMakesNewElementsInBetween)
 
     qelArray<int> numbers;
     numbers.setAt(5, 1);
-    EXPECT_EQ(valuesOf(numbers), Values({ 0, 0, 0, 0, 0, 1 }));
+    EXPECT_EQ(valuesOf(numbers), Values({0, 0, 0, 0, 0, 1}));
 }
 
 TEST(qelArrayObjects, SetAtBehindTheStorageKeepsOnlyTheElementsInUse)
 {
-    qelArray<int> array = filled<qelArray<int>>({ 1, 2, 3, 4 });
+    qelArray<int> array = filled<qelArray<int>>({1, 2, 3, 4});
     array.setLogicalLength(2);
     array.setAt(9, 5);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 2, 0, 0, 0, 0, 0, 0, 0, 5 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 2, 0, 0, 0, 0, 0, 0, 0, 5}));
 }
 
 TYPED_TEST(qelArrayBothPolicies, SetAtBehindTheEndShowsWhatSpareSlotsHeldWhileTheStorageSuffices)
 {
     // As raising the logical length does.
-    TypeParam array = filled<TypeParam>({ 1, 2, 3, 4 });
+    TypeParam array = filled<TypeParam>({1, 2, 3, 4});
     array.setLogicalLength(1);
     array.setAt(3, 9);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 2, 3, 9 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 2, 3, 9}));
     EXPECT_EQ(array.physicalLength(), 8);
 }
 
 TYPED_TEST(qelArrayBothPolicies, SetAtOfANegativePositionSetsTheLengthAndStoresNothing)
 {
-    TypeParam array = filled<TypeParam>({ 1, 2, 3 });
+    TypeParam array = filled<TypeParam>({1, 2, 3});
     array.setAt(-1, 9);
     EXPECT_EQ(array.length(), 0);
     EXPECT_EQ(array.physicalLength(), 8);
     array.setLogicalLength(3);
-    EXPECT_EQ(valuesOf(array), Values({ 1, 2, 3 }));
+    EXPECT_EQ(valuesOf(array), Values({1, 2, 3}));
     TypeParam empty;
     empty.setAt(-5, 9);
     EXPECT_EQ(empty.length(), -4);
     EXPECT_EQ(empty.physicalLength(), 0);
     empty.append(array);
-    EXPECT_EQ(valuesOf(empty), Values({ 1, 2, 3 }));
+    EXPECT_EQ(valuesOf(empty), Values({1, 2, 3}));
 }
 
 TEST(qelArrayObjects, PlainElementsStartAtZero)
@@ -871,10 +871,10 @@ TEST_F(qelArrayStorage, WithoutMemoryTheArrayStaysAsItWas)
     other.append(8);
     for (const auto operation : operations)
     {
-        qelArray<int> array = filled<qelArray<int>>({ 1, 2, 3, 4, 5, 6, 7, 8 });
+        qelArray<int> array = filled<qelArray<int>>({1, 2, 3, 4, 5, 6, 7, 8});
         nextAllocationFails = true;
         EXPECT_THROW(operation(array, other), std::bad_alloc);
-        EXPECT_EQ(valuesOf(array), Values({ 1, 2, 3, 4, 5, 6, 7, 8 }));
+        EXPECT_EQ(valuesOf(array), Values({1, 2, 3, 4, 5, 6, 7, 8}));
         EXPECT_EQ(array.physicalLength(), 8);
         EXPECT_EQ(array.growLength(), 8);
     }

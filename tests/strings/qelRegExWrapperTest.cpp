@@ -177,10 +177,10 @@ private:
 
     std::wstring atom(int depth)
     {
-        static const wchar_t* const kSimple[] = {L"a",     L"b",      L"ab",      L".",      L"[ab]",      L"[^a]",
-                                                 L"\\w",   L"\\d",    L"[a-c]",   L"x",      L"^",         L"$",
-                                                 L"\\b",   L"(?i)",   L"(?-i)",   L"(?-s)",  L"(?#note)",  L"\\Qa.\\E",
-                                                 L"\\Q\\Eb", L"(?:)",   L"[[:alpha:]]", L"\\x61", L"[^\\d]",   L"\n"};
+        static const wchar_t* const kSimple[] = {
+            L"a",        L"b",        L"ab",      L".",    L"[ab]",        L"[^a]",  L"\\w",    L"\\d",
+            L"[a-c]",    L"x",        L"^",       L"$",    L"\\b",         L"(?i)",  L"(?-i)",  L"(?-s)",
+            L"(?#note)", L"\\Qa.\\E", L"\\Q\\Eb", L"(?:)", L"[[:alpha:]]", L"\\x61", L"[^\\d]", L"\n"};
         static const wchar_t* const kOpening[] = {L"(?:", L"(?=", L"(?!", L"(?>", L"(?<=", L"(?<!"};
         const int kind = m_random.number(0, depth > 0 ? 9 : 5);
         if (kind < 5 || depth < 0)
@@ -202,8 +202,19 @@ private:
 
     std::wstring quantifier()
     {
-        static const wchar_t* const kQuantifiers[] = {L"*",   L"+",     L"?",      L"*?",   L"+?",  L"?" L"?",
-                                                      L"{2}", L"{1,2}", L"{0,1}?", L"{2,}", L"{0}", L"{0,2}"};
+        static const wchar_t* const kQuantifiers[] = {L"*",
+                                                      L"+",
+                                                      L"?",
+                                                      L"*?",
+                                                      L"+?",
+                                                      L"?"
+                                                      L"?",
+                                                      L"{2}",
+                                                      L"{1,2}",
+                                                      L"{0,1}?",
+                                                      L"{2,}",
+                                                      L"{0}",
+                                                      L"{0,2}"};
         return m_random.number(0, 2) == 0 ? kQuantifiers[m_random.number(0, 11)] : L"";
     }
 
@@ -496,7 +507,9 @@ TEST(qelRegExWrapperEngine, GivesWhatTheEngineGivesByItself)
         // lazy quantifiers
         {L"(a+?)(a*)", L"aaa", true},
         {L"(a*?)(a*)", L"aaa", true},
-        {L"(a?" L"?)(a?)", L"a", true},
+        {L"(a?"
+         L"?)(a?)",
+         L"a", true},
         {L"(a{1,2}?)(a*)", L"aaa", true},
         {L"<(.+?)>.*", L"<a><b>", true},
         // captures inside repeated groups
@@ -602,8 +615,8 @@ TEST(qelRegExWrapperEngine, GivesWhatTheEngineGivesForRandomPatterns)
             const std::wstring text = random.text<wchar_t>(L"aabbxA1\n", 6);
             const Outcome raw = expected(pattern, text);
             matches += raw.matched ? 1 : 0;
-            ASSERT_EQ(raw, matched(pattern, text)) << std::string(pattern.begin(), pattern.end()) << "  on  "
-                                                   << std::string(text.begin(), text.end());
+            ASSERT_EQ(raw, matched(pattern, text))
+                << std::string(pattern.begin(), pattern.end()) << "  on  " << std::string(text.begin(), text.end());
         }
     }
     EXPECT_GT(matches, 500);

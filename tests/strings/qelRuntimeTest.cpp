@@ -141,15 +141,9 @@ public:
         }
     }
 
-    operator Char*()
-    {
-        return m_data;
-    }
+    operator Char*() { return m_data; }
 
-    std::string text() const
-    {
-        return out(m_data);
-    }
+    std::string text() const { return out(m_data); }
 
     bool isUntouchedFrom(size_t index) const
     {
@@ -169,9 +163,7 @@ private:
     Char m_data[kSize];
 };
 
-void ignoreInvalidParameter(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, uintptr_t)
-{
-}
+void ignoreInvalidParameter(const wchar_t*, const wchar_t*, const wchar_t*, unsigned int, uintptr_t) {}
 
 /// Lets the runtime return its error codes where it would end the process.
 class ReturningFailures
@@ -182,10 +174,7 @@ public:
     {
     }
 
-    ~ReturningFailures()
-    {
-        _set_invalid_parameter_handler(m_previous);
-    }
+    ~ReturningFailures() { _set_invalid_parameter_handler(m_previous); }
 
 private:
     _invalid_parameter_handler m_previous;
@@ -488,15 +477,9 @@ TYPED_TEST(qelRuntime, RefusesATokenWalkWithoutDelimitersContextOrText)
 class Variable
 {
 public:
-    explicit Variable(const std::wstring& value)
-    {
-        _wputenv_s(L"QEL_RUNTIME_TEST", value.c_str());
-    }
+    explicit Variable(const std::wstring& value) { _wputenv_s(L"QEL_RUNTIME_TEST", value.c_str()); }
 
-    ~Variable()
-    {
-        _wputenv_s(L"QEL_RUNTIME_TEST", L"");
-    }
+    ~Variable() { _wputenv_s(L"QEL_RUNTIME_TEST", L""); }
 };
 
 TYPED_TEST(qelRuntime, CopiesAnEnvironmentVariableForTheCaller)
@@ -619,9 +602,9 @@ TYPED_TEST(qelRuntime, FindsAFileInTheFoldersOfAnEnvironmentVariable)
     const std::string path = ascii(folder.write(L"profiles.dat", "x"));
     const Variable variable(L"C:\\no such folder;" + folder.path());
     Room<Char> room;
-    EXPECT_EQ(TypeParam::search(in<Char>("profiles.dat").data(), in<Char>("QEL_RUNTIME_TEST").data(), room,
-                                path.size() + 1),
-              0);
+    EXPECT_EQ(
+        TypeParam::search(in<Char>("profiles.dat").data(), in<Char>("QEL_RUNTIME_TEST").data(), room, path.size() + 1),
+        0);
     EXPECT_EQ(room.text(), path);
     EXPECT_TRUE(room.isUntouchedFrom(path.size() + 1));
 }
@@ -752,9 +735,9 @@ TYPED_TEST(qelRuntime, EmptiesAllPartsOfAPathWhenOneIsTooLong)
             capacity[i] = i == small ? exact[i] - 1 : exact[i];
         }
         Room<Char> drive, dir, fname, ext;
-        EXPECT_EQ(TypeParam::split(path.data(), drive, capacity[0], dir, capacity[1], fname, capacity[2], ext,
-                                   capacity[3]),
-                  ERANGE)
+        EXPECT_EQ(
+            TypeParam::split(path.data(), drive, capacity[0], dir, capacity[1], fname, capacity[2], ext, capacity[3]),
+            ERANGE)
             << small;
         EXPECT_EQ(drive.text() + dir.text() + fname.text() + ext.text(), "") << small;
     }
@@ -963,10 +946,18 @@ struct NumberCase
 };
 
 const NumberCase kNumbers[] = {
-    {0, 10, "0"},           {-12, 10, "-12"},         {INT_MAX, 10, "2147483647"},
-    {35, 36, "z"},          {255, 16, "ff"},          {INT_MIN, 10, "-2147483648"},
-    {-1, 16, "ffffffff"},   {-255, 8, "37777777401"}, {-1, 2, "11111111111111111111111111111111"},
-    {1295, 36, "zz"},       {5, 2, "101"},            {INT_MIN, 16, "80000000"},
+    {0, 10, "0"},
+    {-12, 10, "-12"},
+    {INT_MAX, 10, "2147483647"},
+    {35, 36, "z"},
+    {255, 16, "ff"},
+    {INT_MIN, 10, "-2147483648"},
+    {-1, 16, "ffffffff"},
+    {-255, 8, "37777777401"},
+    {-1, 2, "11111111111111111111111111111111"},
+    {1295, 36, "zz"},
+    {5, 2, "101"},
+    {INT_MIN, 16, "80000000"},
 };
 
 TYPED_TEST(qelRuntime, WritesIntegersThatFitExactly)

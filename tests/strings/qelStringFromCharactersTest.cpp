@@ -42,10 +42,7 @@ Characters characters(const std::wstring& text)
 class Built
 {
 public:
-    Built(const std::wstring& text, int first, int last)
-    {
-        constructor()(m_storage, characters(text), first, last);
-    }
+    Built(const std::wstring& text, int first, int last) { constructor()(m_storage, characters(text), first, last); }
 
     ~Built() { get().~qelString(); }
 

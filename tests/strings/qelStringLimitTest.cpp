@@ -14,7 +14,7 @@
 namespace
 {
 const size_t kLimit = 524288;
-const size_t kLengths[] = { kLimit - 1, kLimit, kLimit + 1, kLimit + 4, 2 * kLimit };
+const size_t kLengths[] = {kLimit - 1, kLimit, kLimit + 1, kLimit + 4, 2 * kLimit};
 
 size_t cut(size_t length)
 {

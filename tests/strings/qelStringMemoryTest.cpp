@@ -167,8 +167,8 @@ TEST(qelStringAllocation, SurfacesLackOfMemoryAndKeepsTheText)
     qelString text(L"abc");
     bool threw[5] = {};
     void (*const operations[])(qelString&) = {
-        [](qelString& s) { s = L"other"; },  [](qelString& s) { s = "other"; },          [](qelString& s) { s += s; },
-        [](qelString& s) { s >>= 1; },       [](qelString& s) { (void)s.getStringA(); },
+        [](qelString& s) { s = L"other"; }, [](qelString& s) { s = "other"; },          [](qelString& s) { s += s; },
+        [](qelString& s) { s >>= 1; },      [](qelString& s) { (void)s.getStringA(); },
     };
     for (size_t i = 0; i < 5; ++i)
     {

@@ -91,7 +91,9 @@ TEST(qelStringMif, TakesWhateverHasTheBitsForAnEscape)
     EXPECT_EQ(decoded("\\M?182A0"), L"\u3042");
     EXPECT_EQ(decoded("~Ok182A0"), L"\u3042");
     EXPECT_EQ(decoded("\\]+182A0"), L"\u3042");
-    EXPECT_EQ(decoded("\xdc\xcd\xab" "182A0"), L"\u3042");
+    EXPECT_EQ(decoded("\xdc\xcd\xab"
+                      "182A0"),
+              L"\u3042");
     EXPECT_EQ(decoded("\\L+182A0"), L"\\L+182A0");
     EXPECT_EQ(decoded("[M+182A0"), L"[M+182A0");
     EXPECT_EQ(decoded("\\M*182A0"), L"\\M*182A0");

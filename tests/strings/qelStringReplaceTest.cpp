@@ -73,7 +73,8 @@ TEST(qelStringReplaceUnit, LeavesTheEmptyTextEmpty)
 
 TEST(qelStringReplaceUnit, TakesSixteenBitUnits)
 {
-    qelString text(L"\xffff" L"a\xffff");
+    qelString text(L"\xffff"
+                   L"a\xffff");
     EXPECT_EQ(text.replace(static_cast<unsigned short>(0xffff), static_cast<unsigned short>('b')), 2);
     EXPECT_EQ(plain(text), L"bab");
 }
@@ -322,9 +323,12 @@ TEST(qelStringRemoveAll, RemovesEveryOccurrence)
 
 TEST(qelStringRemoveAll, TakesSixteenBitUnitsAndBytes)
 {
-    qelString text(L"a\u20ac" L"b\xffff" L"c");
+    qelString text(L"a\u20ac"
+                   L"b\xffff"
+                   L"c");
     text.removeAll(static_cast<unsigned short>(0xffff));
-    EXPECT_EQ(plain(text), L"a\u20ac" L"bc");
+    EXPECT_EQ(plain(text), L"a\u20ac"
+                           L"bc");
     text.removeAll('\x80');
     EXPECT_EQ(plain(text), L"abc");
 }

@@ -84,8 +84,8 @@ TEST(qelStringConstruct, EveryEmptyFormSharesTheEmptyRepresentation)
     const wchar_t* noWide = nullptr;
     const unsigned short* noUnits = nullptr;
     const char* noNarrow = nullptr;
-    const qelString forms[] = { qelString(),         qelString(noWide),    qelString(noUnits), qelString(noNarrow),
-                                qelString(L""),      qelString(units(L"")), qelString("") };
+    const qelString forms[] = {qelString(),    qelString(noWide),     qelString(noUnits), qelString(noNarrow),
+                               qelString(L""), qelString(units(L"")), qelString("")};
     for (const qelString& form : forms)
     {
         EXPECT_TRUE(isEmptyRepresentation(form));
@@ -118,7 +118,7 @@ TEST(qelStringConstruct, CopiesWideText)
 
 TEST(qelStringConstruct, CopiesUnitsAsWideText)
 {
-    const unsigned short source[] = { 0x48, 0xD83D, 0xDE00, 0xFFFF, 0 };
+    const unsigned short source[] = {0x48, 0xD83D, 0xDE00, 0xFFFF, 0};
     const qelString text(source);
     EXPECT_EQ(text.length(), 4);
     EXPECT_EQ(std::wstring(text.getStringW()), std::wstring(L"\x48\xD83D\xDE00\xFFFF"));
@@ -134,8 +134,8 @@ TEST(qelStringConstruct, ConvertsNarrowTextFromTheAnsiCodePage)
         {
             continue;
         }
-        const char source[] = { 'a', byte, 'z', 0 };
-        const wchar_t expected[] = { L'a', ansiUnit(byte), L'z', 0 };
+        const char source[] = {'a', byte, 'z', 0};
+        const wchar_t expected[] = {L'a', ansiUnit(byte), L'z', 0};
         EXPECT_STREQ(qelString(source).getStringW(), expected) << value;
     }
 }
@@ -354,8 +354,8 @@ TEST(qelStringNarrow, ConvertsToTheAnsiCodePage)
 {
     for (int value = 1; value < 256; ++value)
     {
-        const char source[] = { 'a', static_cast<char>(value), 'z', 0 };
-        const wchar_t wide[] = { L'a', ansiUnit(source[1]), L'z', 0 };
+        const char source[] = {'a', static_cast<char>(value), 'z', 0};
+        const wchar_t wide[] = {L'a', ansiUnit(source[1]), L'z', 0};
         char expected[16];
         WideCharToMultiByte(CP_ACP, 0, wide, -1, expected, 16, nullptr, nullptr);
         EXPECT_STREQ(qelString(wide).getStringA(), expected) << value;
@@ -392,10 +392,14 @@ TEST(qelStringNarrow, IsDroppedByEveryChange)
 {
     const qelString other(L"xyz");
     void (*const changes[])(qelString&, const qelString&) = {
-        [](qelString& s, const qelString& o) { s = o; },       [](qelString& s, const qelString&) { s = L"abc"; },
-        [](qelString& s, const qelString&) { s = units(L"abc"); }, [](qelString& s, const qelString&) { s = "abc"; },
-        [](qelString& s, const qelString&) { s.empty(); },     [](qelString& s, const qelString&) { s.setAt(0, L'a'); },
-        [](qelString& s, const qelString&) { s.setAt(0, 'a'); },   [](qelString& s, const qelString& o) { s += o; },
+        [](qelString& s, const qelString& o) { s = o; },
+        [](qelString& s, const qelString&) { s = L"abc"; },
+        [](qelString& s, const qelString&) { s = units(L"abc"); },
+        [](qelString& s, const qelString&) { s = "abc"; },
+        [](qelString& s, const qelString&) { s.empty(); },
+        [](qelString& s, const qelString&) { s.setAt(0, L'a'); },
+        [](qelString& s, const qelString&) { s.setAt(0, 'a'); },
+        [](qelString& s, const qelString& o) { s += o; },
         [](qelString& s, const qelString&) { s >>= 1; },
     };
     for (const auto change : changes)
@@ -425,7 +429,7 @@ TEST(qelStringLength, IsMeasuredOnEveryCall)
 
 TEST(qelStringLength, CountsUnitsThatOnlyLookLikeZeroInPart)
 {
-    const wchar_t source[] = { 0x0100, 0x8000, 0x0001, 0x8001, 0xFF00, 0x00FF, 0x7FFF, 0x0080, 0x0100, 0 };
+    const wchar_t source[] = {0x0100, 0x8000, 0x0001, 0x8001, 0xFF00, 0x00FF, 0x7FFF, 0x0080, 0x0100, 0};
     for (int start = 0; start < 10; ++start)
     {
         EXPECT_EQ(qelString(source + start).length(), 9 - start);
@@ -517,10 +521,32 @@ int ordinal(const std::wstring& a, const std::wstring& b)
 TEST(qelStringCompare, IsOrdinal)
 {
     const std::wstring texts[] = {
-        L"",      L"a",         L"B",         L"A",         L"ab",        L"abc",      L"abd",       L"abcd",
-        L"abce",  L"abcde",     L"abcdefgh",  L"abcdefgX",  L"abcdefghi", L"xbcdefgh", L"\x7FFF",   L"\x8000",
-        L"\xFFFF", L"abc\x8000", L"abc\x7FFF", L"abc\x0100", L"\x0100",    L"\x0001",   L"\xD83D\xDE00",
-        L"abcdefghijklmnopqrstuvwxyz", L"abcdefghijklmnopqrstuvwxyZ", L"abcdefghijklmnopqrstuvwxy",
+        L"",
+        L"a",
+        L"B",
+        L"A",
+        L"ab",
+        L"abc",
+        L"abd",
+        L"abcd",
+        L"abce",
+        L"abcde",
+        L"abcdefgh",
+        L"abcdefgX",
+        L"abcdefghi",
+        L"xbcdefgh",
+        L"\x7FFF",
+        L"\x8000",
+        L"\xFFFF",
+        L"abc\x8000",
+        L"abc\x7FFF",
+        L"abc\x0100",
+        L"\x0100",
+        L"\x0001",
+        L"\xD83D\xDE00",
+        L"abcdefghijklmnopqrstuvwxyz",
+        L"abcdefghijklmnopqrstuvwxyZ",
+        L"abcdefghijklmnopqrstuvwxy",
     };
     for (const std::wstring& a : texts)
     {

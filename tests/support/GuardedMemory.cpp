@@ -40,8 +40,7 @@ void guardedFree(void* block)
 void* qelTest::allocateGuarded(size_t bytes)
 {
     const size_t pages = (bytes + kPage - 1) / kPage;
-    auto* base = static_cast<unsigned char*>(
-        VirtualAlloc(nullptr, (pages + 2) * kPage, MEM_RESERVE, PAGE_NOACCESS));
+    auto* base = static_cast<unsigned char*>(VirtualAlloc(nullptr, (pages + 2) * kPage, MEM_RESERVE, PAGE_NOACCESS));
     if (pages > 0)
     {
         VirtualAlloc(base + kPage, pages * kPage, MEM_COMMIT, PAGE_READWRITE);

@@ -7,8 +7,7 @@
 
 namespace
 {
-template <class T>
-T* at(HMODULE module, size_t offset)
+template <class T> T* at(HMODULE module, size_t offset)
 {
     return reinterpret_cast<T*>(reinterpret_cast<char*>(module) + offset);
 }

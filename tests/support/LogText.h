@@ -56,7 +56,7 @@ private:
 
     static std::string text(ULONGLONG at)
     {
-        const FILETIME file = { static_cast<DWORD>(at), static_cast<DWORD>(at >> 32) };
+        const FILETIME file = {static_cast<DWORD>(at), static_cast<DWORD>(at >> 32)};
         SYSTEMTIME time;
         FileTimeToSystemTime(&file, &time);
         char digits[16];

@@ -25,18 +25,12 @@ public:
                 "creating a key");
     }
 
-    ~Key()
-    {
-        RegCloseKey(m_key);
-    }
+    ~Key() { RegCloseKey(m_key); }
 
     Key(const Key&) = delete;
     Key& operator=(const Key&) = delete;
 
-    operator HKEY() const
-    {
-        return m_key;
-    }
+    operator HKEY() const { return m_key; }
 
 private:
     HKEY m_key = nullptr;

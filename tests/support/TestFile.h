@@ -26,8 +26,8 @@ inline std::string utf16(const std::wstring& text)
 /// The bytes of a file, which may be open for writing.
 inline std::string contentOf(const std::wstring& path)
 {
-    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                    OPEN_EXISTING, 0, nullptr);
+    const HANDLE file =
+        CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE)
     {
         return "no such file";
@@ -69,20 +69,11 @@ public:
     TestFile(const TestFile&) = delete;
     TestFile& operator=(const TestFile&) = delete;
 
-    qelString path() const
-    {
-        return qelString(m_path.c_str());
-    }
+    qelString path() const { return qelString(m_path.c_str()); }
 
-    const std::wstring& widePath() const
-    {
-        return m_path;
-    }
+    const std::wstring& widePath() const { return m_path; }
 
-    bool exists() const
-    {
-        return GetFileAttributesW(m_path.c_str()) != INVALID_FILE_ATTRIBUTES;
-    }
+    bool exists() const { return GetFileAttributesW(m_path.c_str()) != INVALID_FILE_ATTRIBUTES; }
 
     void set(const std::string& content) const
     {
@@ -96,10 +87,7 @@ public:
         }
     }
 
-    std::string get() const
-    {
-        return contentOf(m_path);
-    }
+    std::string get() const { return contentOf(m_path); }
 
 private:
     std::wstring m_path;

@@ -119,8 +119,8 @@ public:
 
 private:
     HANDLE m_event;
-    std::atomic<int> m_arrived{ 0 };
-    std::atomic<int> m_passed{ 0 };
+    std::atomic<int> m_arrived{0};
+    std::atomic<int> m_passed{0};
 };
 
 /// Notes which tasks ran, in their order.
@@ -137,7 +137,7 @@ public:
     {
         for (int i = 0; i < count; ++i)
         {
-            m_entries.push_back({ this, i });
+            m_entries.push_back({this, i});
         }
     }
 

@@ -122,7 +122,7 @@ TEST(qelThreadsPoolUnload, WorkersThatNeverGotATaskEndByThemselves)
 
 TEST(qelThreadsPoolUnload, StaysLoadedUntilTheRunningTaskEnds)
 {
-    HANDLE events[2] = { CreateEventW(nullptr, TRUE, FALSE, nullptr), CreateEventW(nullptr, TRUE, FALSE, nullptr) };
+    HANDLE events[2] = {CreateEventW(nullptr, TRUE, FALSE, nullptr), CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     for (int round = 0; round < 20; ++round)
     {
         ResetEvent(events[0]);

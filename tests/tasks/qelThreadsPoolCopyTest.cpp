@@ -125,12 +125,12 @@ TEST(qelThreadsPoolCopy, OfTwoTasksHoldsThemAs121)
     pool = copy;
     gate.open();
     pool.WaitForThreadsToFinishWork();
-    EXPECT_EQ(journal.numbers(), (Numbers{ 1, 2, 1, 1, 2, 1 }));
+    EXPECT_EQ(journal.numbers(), (Numbers{1, 2, 1, 1, 2, 1}));
 }
 
 TEST(qelThreadsPoolCopy, HasNTimesNPlusOneHalfNodes)
 {
-    for (int tasks : { 0, 1, 2, 3, 10, 100 })
+    for (int tasks : {0, 1, 2, 3, 10, 100})
     {
         qelThreadsPool pool(0);
         for (int i = 0; i < tasks; ++i)
@@ -313,7 +313,7 @@ TEST(qelThreadsPoolAssign, ToItselfChangesNothing)
     pool = same;
     gate.open();
     pool.WaitForThreadsToFinishWork();
-    EXPECT_EQ(journal.numbers(), (Numbers{ 2, 1 }));
+    EXPECT_EQ(journal.numbers(), (Numbers{2, 1}));
 }
 
 TEST(qelThreadsPoolAssign, GivesUpTheFormerWorkersAndTasks)
@@ -384,11 +384,11 @@ TEST(qelThreadsPoolAssign, ToTheOriginalKeepsItServed)
     qelThreadsPool copy(pool);
     journal.queue(copy, 7);
     pool = copy;
-    EXPECT_TRUE(comesTrue([&] { return journal.numbers() == Numbers{ 7 }; })) << "sleeping workers are woken";
+    EXPECT_TRUE(comesTrue([&] { return journal.numbers() == Numbers{7}; })) << "sleeping workers are woken";
     pool.QueueTask(&increment, &ran);
     pool.WaitForThreadsToFinishWork();
     EXPECT_EQ(ran, 1);
-    EXPECT_EQ(journal.numbers(), Numbers{ 7 });
+    EXPECT_EQ(journal.numbers(), Numbers{7});
 }
 
 TEST(qelThreadsPoolAssign, OfAWaitedCopyToTheOriginalStopsIt)

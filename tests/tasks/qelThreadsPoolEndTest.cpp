@@ -116,7 +116,7 @@ void usePools(bool wait)
 
 TEST(qelThreadsPoolDestroy, FreesEveryBlockOnce)
 {
-    for (bool wait : { true, false })
+    for (bool wait : {true, false})
     {
         const HeapCount heap;
         usePools(wait);
@@ -140,7 +140,7 @@ TEST(qelThreadsPoolDestroy, ClosesEveryHandleOnce)
     const ImportHook hook("CloseHandle", &countClose);
     usePools(false);
     const int before = liveHandles();
-    for (bool wait : { true, false })
+    for (bool wait : {true, false})
     {
         for (int i = 0; i < 10; ++i)
         {
@@ -180,8 +180,8 @@ TEST(qelThreadsPoolWorker, EndedByItsTaskLeavesTheOthersAtWork)
     std::atomic<int> ran(0);
     qelThreadsPool pool(2);
     pool.QueueTask(&Quit::task, nullptr);
-    EXPECT_TRUE(comesTrue([&] { return qelTest::isSignalled(workerOf(pool, 0)) ||
-                                       qelTest::isSignalled(workerOf(pool, 1)); }));
+    EXPECT_TRUE(
+        comesTrue([&] { return qelTest::isSignalled(workerOf(pool, 0)) || qelTest::isSignalled(workerOf(pool, 1)); }));
     for (int i = 0; i < 100; ++i)
     {
         pool.QueueTask(&increment, &ran);
@@ -242,7 +242,7 @@ void endInsideTheLock(DWORD number)
             return 1;
         }
     };
-    Caller caller = { &pool, &ran };
+    Caller caller = {&pool, &ran};
     numberOfThreadToEnd = number;
     HANDLE thread = CreateThread(nullptr, 0, &Caller::main, &caller, 0, nullptr);
     ASSERT_EQ(WaitForSingleObject(thread, 30000), WAIT_OBJECT_0);
@@ -442,7 +442,7 @@ TEST(qelThreadsPoolProcessEnd, IsWhatATaskThatThrowsGets)
 {
     const int code = exitCodeOf(L"throw");
     EXPECT_NE(code, 42) << "the exception was swallowed";
-    for (int other : { 0, -1, -2 })
+    for (int other : {0, -1, -2})
     {
         EXPECT_NE(code, other) << "a good end, a hang, not started";
     }
@@ -452,7 +452,7 @@ TEST(qelThreadsPoolProcessEnd, DoesNotHangOnBusyWorkers)
 {
     for (int round = 0; round < 5; ++round)
     {
-        for (const wchar_t* way : { L"destroyed", L"static", L"leaked", L"ExitProcess", L"module" })
+        for (const wchar_t* way : {L"destroyed", L"static", L"leaked", L"ExitProcess", L"module"})
         {
             EXPECT_EQ(exitCodeOf(way), 42) << std::string(way, way + wcslen(way));
         }

@@ -21,9 +21,9 @@ using Numbers = std::vector<int>;
 
 static_assert(sizeof(qelThreadsPool) == 48 && alignof(qelThreadsPool) == 8, "count, three handles, list, flag");
 static_assert(!std::is_polymorphic<qelThreadsPool>::value, "no virtual table");
-static_assert(std::is_same<decltype(&qelThreadsPool::QueueTask),
-                           void (qelThreadsPool::*)(void (*)(void*), void*)>::value,
-              "a plain function and one pointer");
+static_assert(
+    std::is_same<decltype(&qelThreadsPool::QueueTask), void (qelThreadsPool::*)(void (*)(void*), void*)>::value,
+    "a plain function and one pointer");
 static_assert(std::is_same<decltype(&qelThreadsPool::WaitForThreadsToFinishWork), void (qelThreadsPool::*)()>::value,
               "no result");
 
@@ -47,7 +47,7 @@ TEST(qelThreadsPool, StartsFourWorkersByDefault)
 
 TEST(qelThreadsPool, RunsAsManyTasksAtOnceAsThereAreWorkers)
 {
-    for (int workers : { 1, 3, 64 })
+    for (int workers : {1, 3, 64})
     {
         Gate gate;
         qelThreadsPool pool(workers);
@@ -66,7 +66,7 @@ TEST(qelThreadsPool, RunsAsManyTasksAtOnceAsThereAreWorkers)
 
 TEST(qelThreadsPool, OnlyQueuesWithoutWorkers)
 {
-    for (int workers : { 0, -1, INT_MIN })
+    for (int workers : {0, -1, INT_MIN})
     {
         std::atomic<int> ran(0);
         qelThreadsPool pool(workers);
@@ -135,7 +135,7 @@ TEST(qelThreadsPool, HasItsLockAndItsEventBeforeTheFirstWorker)
     const qelTest::ImportHook threadHook("CreateThread", &noteCreateThread);
     calls().clear();
     qelThreadsPool pool(2);
-    EXPECT_EQ(calls(), (std::vector<std::string>{ "mutex", "event", "thread", "thread" }));
+    EXPECT_EQ(calls(), (std::vector<std::string>{"mutex", "event", "thread", "thread"}));
     pool.WaitForThreadsToFinishWork();
 }
 
@@ -150,7 +150,7 @@ TEST(qelThreadsPoolQueueTask, RunsPendingTasksLastInFirstOut)
     journal.queue(pool, 3);
     gate.open();
     pool.WaitForThreadsToFinishWork();
-    EXPECT_EQ(journal.numbers(), (Numbers{ 3, 2, 1 }));
+    EXPECT_EQ(journal.numbers(), (Numbers{3, 2, 1}));
 }
 
 TEST(qelThreadsPoolQueueTask, PutsANewTaskBeforeThosePending)
@@ -169,7 +169,7 @@ TEST(qelThreadsPoolQueueTask, PutsANewTaskBeforeThosePending)
     journal.queue(pool, 4);
     second.open();
     pool.WaitForThreadsToFinishWork();
-    EXPECT_EQ(journal.numbers(), (Numbers{ 3, 4, 2, 1 }));
+    EXPECT_EQ(journal.numbers(), (Numbers{3, 4, 2, 1}));
 }
 
 TEST(qelThreadsPoolQueueTask, NeverRunsTheTaskItself)
@@ -248,7 +248,7 @@ TEST(qelThreadsPoolQueueTask, IsOpenToTasksOfTheSamePool)
             ++*self->ran;
             for (int i = 0; self->depth > 0 && i < 2; ++i)
             {
-                self->pool->QueueTask(&Splitter::task, new Splitter{ self->pool, self->ran, self->depth - 1 });
+                self->pool->QueueTask(&Splitter::task, new Splitter{self->pool, self->ran, self->depth - 1});
             }
             delete self;
         }
@@ -257,7 +257,7 @@ TEST(qelThreadsPoolQueueTask, IsOpenToTasksOfTheSamePool)
     // Most of them are queued while the pool is already stopping.
     std::atomic<int> ran(0);
     qelThreadsPool pool(4);
-    pool.QueueTask(&Splitter::task, new Splitter{ &pool, &ran, 11 });
+    pool.QueueTask(&Splitter::task, new Splitter{&pool, &ran, 11});
     pool.WaitForThreadsToFinishWork();
     EXPECT_EQ(ran, 4095);
 }
@@ -350,7 +350,7 @@ TEST(qelThreadsPoolWait, TakesTasksQueuedWhileWorkersAreStillBusy)
 
 TEST(qelThreadsPoolWait, WaitsForUpTo64Workers)
 {
-    for (int workers : { 1, 64 })
+    for (int workers : {1, 64})
     {
         Gate gate;
         std::atomic<bool> returned(false);
@@ -414,7 +414,7 @@ public:
 
 private:
     Gate m_gate;
-    std::atomic<int> m_ran{ 0 };
+    std::atomic<int> m_ran{0};
     qelThreadsPool m_pool;
 };
 

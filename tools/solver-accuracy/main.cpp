@@ -236,7 +236,8 @@ public:
     void compare(Doubles actual, Quads expected)
     {
         ++m_sets;
-        if (actual.size() != expected.size() || std::any_of(actual.begin(), actual.end(), [](double x) { return x != x; }))
+        if (actual.size() != expected.size() ||
+            std::any_of(actual.begin(), actual.end(), [](double x) { return x != x; }))
         {
             return;
         }

@@ -1,0 +1,23 @@
+# Debug information of the DLL: made in every configuration, kept in a file beside the DLL and found by its name.
+#
+# With MinGW it is split off right behind the link, so that what the tests run is what is shipped: bin/NAME.dll holds none
+# of it, bin/NAME.dll.debug holds nothing else, and the DLL names that file and its checksum for debuggers. The linker of
+# Visual C++ writes bin/NAME.pdb by itself.
+function(qel_split_symbols target)
+  if(MINGW)
+    target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-g>)
+    set(symbols $<TARGET_FILE:${target}>.debug)
+    # It would write the time of day into both files.
+    set(objcopy ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0 ${CMAKE_OBJCOPY})
+    add_custom_command(TARGET ${target} POST_BUILD
+      COMMAND ${objcopy} --only-keep-debug $<TARGET_FILE:${target}> ${symbols}
+      # The link is the name of the file alone: debuggers look for it beside the DLL.
+      COMMAND ${objcopy} --strip-all --add-gnu-debuglink=${symbols} $<TARGET_FILE:${target}>
+      BYPRODUCTS ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${target}.dll.debug
+      VERBATIM)
+  elseif(MSVC)
+    target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:/Zi>)
+    # With only the name of the PDB in the image, for debuggers to look beside it.
+    target_link_options(${target} PRIVATE /DEBUG /OPT:REF /OPT:ICF /PDBALTPATH:%_PDB%)
+  endif()
+endfunction()
