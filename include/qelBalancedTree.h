@@ -180,8 +180,8 @@ static_assert(sizeof(qelBalancedTreeEntry) == 32, "virtual table, weight and sid
  * Inserting allocates nothing. While nothing is removed, n entries are at most 1.45 * log2(n + 2) levels deep, and
  * search() and insert() compare once a level. remove() never rebalances: replacing every entry at random five times
  * about doubles the levels, and there are sequences in which each removal brings another one, down to a chain of all
- * entries. docs/numbering.md has numbers, and a way to rebuild a tree. No operation recurses, however deep removals
- * have left the tree; destroying a whole tree takes two nested destructors.
+ * entries. @ref page_docs_numbering "docs/numbering.md" has numbers, and a way to rebuild a tree. No operation
+ * recurses, however deep removals have left the tree; destroying a whole tree takes two nested destructors.
  *
  * @par Failure
  * The values of qelBalancedTreeEntry::eError. Nothing throws except what a comparison throws, which leaves the tree as

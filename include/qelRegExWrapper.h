@@ -15,7 +15,7 @@
  *
  * @par Purpose
  * Checks a text against a pattern and takes out its parts. The syntax is that of ECMAScript as Boost.Xpressive reads
- * it; docs/patterns.md lists it, what differs, and which patterns are dangerous.
+ * it; @ref page_docs_patterns "docs/patterns.md" lists it, what differs, and which patterns are dangerous.
  *
  * @par Example
  * @code

@@ -10,9 +10,9 @@ checked; a remark may follow behind a comma:
     path.find(L"model");               // == 8
     const int key = registerIt();      // == 0, the main process
 
-An example of a header states at least one result. One that cannot run everywhere says so in its first line
-("// Needs a user who presses OK.") and is only compiled, and so is a fragment in a page that states no result. A whole
-program in a page has to be one of the files of examples/, which are built anyway.
+An example of a header states at least one result, or asks the preprocessor (#if). One that cannot run everywhere says so
+in its first line ("// Needs a user who presses OK.") and is only compiled, and so is a fragment in a page that states
+no result. A whole program in a page has to be one of the files of examples/, which are built anyway.
 """
 import os
 import re
@@ -153,7 +153,8 @@ class Example:
             i += 1
         self.needs = block.code[0].startswith('// Needs ') if block.code else False
         self.runs = self.results > 0 and not self.needs
-        if block.in_header and not self.runs and not self.needs:
+        asks_preprocessor = any(line.startswith('#if') for line in block.code)
+        if block.in_header and not (self.runs or self.needs or asks_preprocessor):
             raise block.problem(0, 'this example states no result (// == VALUE); or begin it with "// Needs ..."')
 
     def lines(self, part):
