@@ -10,9 +10,9 @@ checked; a remark may follow behind a comma:
     path.find(L"model");               // == 8
     const int key = registerIt();      // == 0, the main process
 
-An example of a header states at least one result, or asks the preprocessor (#if). One that cannot run everywhere says so
-in its first line ("// Needs a user who presses OK.") and is only compiled, and so is a fragment in a page that states
-no result. A whole program in a page has to be one of the files of examples/, which are built anyway.
+An example of a header states at least one result, or asks the preprocessor (#if). One that cannot run everywhere says
+so in its first line ("// Needs a user who presses OK.") and is only compiled, and so is a fragment in a page that
+states no result. A whole program in a page has to be one of the files of examples/, which are built anyway.
 """
 import os
 import re
@@ -143,7 +143,7 @@ class Example:
             if match := re.match(r'#include\s+(.*)', line):
                 self.includes.append(match[1])
             elif re.match(r'#define (UNICODE|NOMINMAX|WIN32_LEAN_AND_MEAN)$', line):
-                pass # the test program is built with it
+                pass  # the test program is built with it
             elif end > i:
                 self.definitions.update((k, block.code[k]) for k in range(i, end))
                 i = end - 1

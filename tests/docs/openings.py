@@ -11,11 +11,16 @@ import sys
 EXPECTED = ['Purpose', 'Example', 'Ownership', 'Threads', 'Cost', 'Failure']
 
 
+def is_page_of_one(path):
+    """Of one class, record or namespace: there are lists of them under similar names, too."""
+    with open(path, encoding='utf-8') as file:
+        return 'group__' in path or re.search(r'<div class="title">.* Reference', file.read())
+
+
 def main():
     pages = [path for kind in ('class', 'struct', 'namespace', 'group__runtime')
-             for path in glob.glob(os.path.join(sys.argv[1], kind + '*.html')) if not path.endswith('-members.html')]
-    pages = [path for path in pages if re.search(r'<div class="title">.* (Class|Struct|Namespace)(?: Template)? Reference'
-                                                 r'|group__runtime', open(path, encoding='utf-8').read() + path)]
+             for path in glob.glob(os.path.join(sys.argv[1], kind + '*.html'))
+             if not path.endswith('-members.html') and is_page_of_one(path)]
     wrong = 0
     for path in pages:
         with open(path, encoding='utf-8') as file:
