@@ -62,7 +62,7 @@ public:
      * @brief An object that was reported.
      *
      * @par Purpose
-     * What the record keeps of an object. No member hands one out; the type is public for debuggers.
+     * What the record keeps of an object. No member hands one out.
      *
      * @par Example
      * @code

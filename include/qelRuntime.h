@@ -51,9 +51,11 @@ class qelString;
  * @par Failure
  * Where nothing else is said, 0 for success, else the runtime's error code, unchanged: EINVAL (22) for an argument that
  * cannot be, ERANGE (34) for a buffer that is too small. Nothing is ever cut, unless it is said, and take nothing from
- * a buffer after a failure: in most functions it then holds the empty text. An invalid argument, and in most functions
- * a buffer that is too small, goes to the runtime's invalid-parameter handling. On the UCRT (Visual C++) its handler
- * ends the process unless the host has set another; on msvcrt (MinGW) there is none and the error code comes back.
+ * a buffer after a failure: in most functions it then holds the empty text.
+ *
+ * An invalid argument, and in most functions a buffer that is too small, goes to the runtime's invalid-parameter
+ * handling. On the UCRT (Visual C++) its handler ends the process unless the host has set another; on msvcrt (MinGW)
+ * there is none and the error code comes back.
  *
  * @par Forms
  * The narrow form takes bytes, the form with suffix 8 `wchar_t` and the form with suffix 6 `unsigned short`. 6 and 8
