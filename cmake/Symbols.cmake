@@ -24,9 +24,9 @@ function(qel_split_symbols target)
   else()
     set(symbols ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${target}.pdb)
     target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:/Zi>)
-    # With only the name of the PDB in the image, for debuggers to look beside it. With debug
-    # information nothing is left out unless it is asked for; functions with equal code stay apart all the same, so that
-    # a name in the debugger, or in a virtual table, is the one of the source.
+    # With only the name of the PDB in the image, for debuggers to look beside it. With debug information nothing is left
+    # out unless it is asked for; functions with equal code stay apart all the same, so that a name in the debugger, or
+    # in a virtual table, is the one of the source.
     target_link_options(${target} PRIVATE /DEBUG /PDBALTPATH:%_PDB% $<$<NOT:$<CONFIG:Debug>>:/OPT:REF>)
   endif()
   set_target_properties(${target} PROPERTIES QEL_SYMBOLS ${symbols})
