@@ -64,7 +64,6 @@ public:
     void endWithMessageBox(const qelString& label);
 
 private:
-    /// From the last start to the last end, in milliseconds.
     qelLogfile m_log;
     int m_startTicks; ///< milliseconds at the last start(); 0 before it
     int m_endTicks;   ///< milliseconds at the last end()
