@@ -1,9 +1,9 @@
 # Debug information of the DLL: made in every configuration, kept in a file beside the DLL and found by its name, which
 # the target's property QEL_SYMBOLS tells.
 #
-# With MinGW it is split off right behind the link, so that what the tests run is what is shipped: bin/NAME.dll holds none
-# of it, bin/NAME.dll.debug holds nothing else, and the DLL names that file and its checksum for debuggers. The linkers of
-# the Visual C++ ABI write bin/NAME.pdb by themselves.
+# With MinGW it is split off right behind the link, so that what the tests run is what is shipped: bin/NAME.dll holds
+# none of it, bin/NAME.dll.debug holds nothing else, and the DLL names that file and its checksum for debuggers. The
+# linkers of the Visual C++ ABI write bin/NAME.pdb by themselves.
 function(qel_split_symbols target)
   if(MINGW)
     target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-g>)
