@@ -7,6 +7,8 @@ set(CMAKE_SYSTEM_PROCESSOR AMD64)
 set(QEL_LLVM_DIR /usr/lib/llvm-19 CACHE PATH "Folder with clang, lld and the headers of libc++")
 set(CMAKE_CXX_COMPILER ${QEL_LLVM_DIR}/bin/clang-cl)
 set(CMAKE_CXX_COMPILER_TARGET x86_64-pc-windows-msvc)
+# A launcher from the environment may take this driver for clang's other one and put the objects elsewhere.
+set(CMAKE_CXX_COMPILER_LAUNCHER "")
 set(CMAKE_LINKER ${QEL_LLVM_DIR}/bin/lld-link)
 set(CMAKE_AR ${QEL_LLVM_DIR}/bin/llvm-lib)
 set(CMAKE_MT ${QEL_LLVM_DIR}/bin/llvm-mt)

@@ -23,8 +23,9 @@
 
 namespace
 {
-wchar_t wideScratch[qelText::kCapacity];
-char narrowScratch[qelText::kCapacity];
+// One more than they hold: a C runtime that cannot convert a text while formatting puts a 0 right behind the buffer.
+wchar_t wideScratch[qelText::kCapacity + 1];
+char narrowScratch[qelText::kCapacity + 1];
 
 wchar_t emptyText[qelText::kUnitsPerChunk];
 alignas(qelStringRepr) unsigned char emptyRepresentation[sizeof(qelStringRepr)];

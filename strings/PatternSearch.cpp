@@ -207,7 +207,10 @@ public:
     }
 
     friend bool operator!=(const GuardedIterator& a, const GuardedIterator& b) { return !(a == b); }
-    [[maybe_unused]] friend bool operator<(const GuardedIterator& a, const GuardedIterator& b) { return a.m_at < b.m_at; }
+    [[maybe_unused]] friend bool operator<(const GuardedIterator& a, const GuardedIterator& b)
+    {
+        return a.m_at < b.m_at;
+    }
 
 private:
     void step() const

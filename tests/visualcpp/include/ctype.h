@@ -4,11 +4,12 @@
 #include_next <ctype.h>
 
 #ifdef __cplusplus
-extern "C" {
+extern "C"
+{
 #endif
 
-_ACRTIMP int __cdecl _islower_l(int, _locale_t);
-_ACRTIMP int __cdecl _isupper_l(int, _locale_t);
+    _ACRTIMP int __cdecl _islower_l(int, _locale_t);
+    _ACRTIMP int __cdecl _isupper_l(int, _locale_t);
 
 #ifdef __cplusplus
 }

@@ -4,10 +4,11 @@
 #include_next <malloc.h>
 
 #ifdef __cplusplus
-extern "C" {
+extern "C"
+{
 #endif
 
-_ACRTIMP int __cdecl _resetstkoflw(void);
+    _ACRTIMP int __cdecl _resetstkoflw(void);
 
 #ifdef __cplusplus
 }

@@ -4,11 +4,12 @@
 #include_next <sqlucode.h>
 
 #ifdef __cplusplus
-extern "C" {
+extern "C"
+{
 #endif
 
-SQLRETURN WINAPI SQLDriverConnectW(SQLHDBC, SQLHWND, SQLWCHAR*, SQLSMALLINT, SQLWCHAR*, SQLSMALLINT, SQLSMALLINT*,
-                                   SQLUSMALLINT);
+    SQLRETURN WINAPI SQLDriverConnectW(SQLHDBC, SQLHWND, SQLWCHAR*, SQLSMALLINT, SQLWCHAR*, SQLSMALLINT, SQLSMALLINT*,
+                                       SQLUSMALLINT);
 
 #ifdef __cplusplus
 }

@@ -4,11 +4,12 @@
 #include_next <string.h>
 
 #ifdef __cplusplus
-extern "C" {
+extern "C"
+{
 #endif
 
-/// Not in Wine's runtime either: see ../runtime/missing.cpp.
-errno_t __cdecl _strset_s(char*, size_t, int);
+    /// Not in Wine's runtime either: see ../runtime/missing.cpp.
+    errno_t __cdecl _strset_s(char*, size_t, int);
 
 #ifdef __cplusplus
 }

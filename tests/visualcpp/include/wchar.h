@@ -4,11 +4,12 @@
 #include_next <wchar.h>
 
 #ifdef __cplusplus
-extern "C" {
+extern "C"
+{
 #endif
 
-_ACRTIMP errno_t __cdecl _wcsset_s(wchar_t*, size_t, wchar_t);
-_ACRTIMP errno_t __cdecl _wcserror_s(wchar_t*, size_t, int);
+    _ACRTIMP errno_t __cdecl _wcsset_s(wchar_t*, size_t, wchar_t);
+    _ACRTIMP errno_t __cdecl _wcserror_s(wchar_t*, size_t, int);
 
 #ifdef __cplusplus
 }

@@ -4,10 +4,11 @@
 #include_next <winbase.h>
 
 #ifdef __cplusplus
-extern "C" {
+extern "C"
+{
 #endif
 
-WINBASEAPI BOOL WINAPI IsThreadAFiber(void);
+    WINBASEAPI BOOL WINAPI IsThreadAFiber(void);
 
 #ifdef __cplusplus
 }

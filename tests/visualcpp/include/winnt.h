@@ -4,11 +4,12 @@
 #include_next <winnt.h>
 
 #ifdef __cplusplus
-extern "C" {
+extern "C"
+{
 #endif
 
 #define InterlockedExchange64 _InterlockedExchange64
-long long _InterlockedExchange64(long long volatile*, long long);
+    long long _InterlockedExchange64(long long volatile*, long long);
 #pragma intrinsic(_InterlockedExchange64)
 
 #ifdef __cplusplus

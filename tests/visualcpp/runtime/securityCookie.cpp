@@ -13,8 +13,8 @@ __declspec(safebuffers) void setSecurityCookie()
     LARGE_INTEGER ticks;
     QueryPerformanceCounter(&ticks);
     const uintptr_t here = reinterpret_cast<uintptr_t>(&ticks);
-    const uintptr_t mixed = (here ^ __rdtsc() ^ GetCurrentProcessId() ^ static_cast<uint64_t>(ticks.QuadPart) << 20) *
-                            0x9E3779B97F4A7C15;
+    const uintptr_t mixed =
+        (here ^ __rdtsc() ^ GetCurrentProcessId() ^ static_cast<uint64_t>(ticks.QuadPart) << 20) * 0x9E3779B97F4A7C15;
     __security_cookie = mixed >> 16;
 }
 
