@@ -5,6 +5,11 @@
 # none of it, bin/NAME.dll.debug holds nothing else, and the DLL names that file and its checksum for debuggers. The
 # linkers of the Visual C++ ABI write bin/NAME.pdb by themselves.
 function(qel_split_symbols target)
+  # Compilers leave out the classes that they expect another module to describe, such as those whose virtual table is not
+  # made here. No other module does.
+  target_compile_options(${target} PRIVATE
+    $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-femit-class-debug-always>
+    $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-fstandalone-debug>)
   if(MINGW)
     target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-g>)
     set(symbols ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${target}.dll.debug)

@@ -46,7 +46,7 @@
 #include "qelExport.h"
 
 /// What an entry takes its two subtrees for. After removals it need not be so any more.
-enum eWeight
+enum eWeight : int
 {
     eLeftHeavy = 0,  ///< the left one is a level higher
     eBalanced = 1,   ///< both have the same height
@@ -57,7 +57,7 @@ enum eWeight
 class QEL_API qelBalancedTreeEntry
 {
 public:
-    enum eError
+    enum eError : int
     {
         eNoError = 0,       ///< done
         eAlreadyInTree = 1, ///< an equal entry is in the tree; nothing was inserted
@@ -83,6 +83,7 @@ public:
 
 private:
     friend class qelBalancedTree;
+    class Descent;
 
     // A slot is the link that holds a subtree: the root of the tree or a side of an entry. The flag is set to 1 when
     // the subtree in the slot changed its height, to 0 when it did not.
@@ -100,27 +101,12 @@ private:
     static void checkLeftRemove(qelBalancedTreeEntry*& slot, int& flag);
     static void checkRightRemove(qelBalancedTreeEntry*& slot, int& flag);
 
-    typedef void Check(qelBalancedTreeEntry*& slot, int& flag);
-
-    /**
-     * Runs `left` or `right` on each entry from the one in `top` down to the slot `end`, by the side on which the
-     * descent went on; `top` last, since only there the change may end and links may change.
-     */
-    static void checkPath(qelBalancedTreeEntry*& top, qelBalancedTreeEntry* const* end, Check& left, Check& right,
-                          int& flag);
-
     static void rotateLeft(qelBalancedTreeEntry*& slot);
     static void rotateRight(qelBalancedTreeEntry*& slot);
 
     /// Gives the sides of this entry, the new top of a double rotation, the weights that follow from its own.
     void checkAndCorrectBalanceStatus();
     void setWeightStatusToChilds(eWeight left, eWeight right);
-
-    /// The slot on the side that compare() named with -1 or 1; remembers the side.
-    qelBalancedTreeEntry*& turn(int side);
-
-    /// The slot on the side remembered last.
-    qelBalancedTreeEntry*& followed();
 
     eWeight m_weight;              ///< balance of the two sides
     int m_side;                    ///< where the latest descent went on; of no meaning between calls

@@ -65,7 +65,7 @@ static_assert(sizeof(StructIncrementalCounter) == 104, "three integers and five 
 class QEL_API qelIncrementalCounter
 {
 public:
-    enum eIncrementStatus
+    enum eIncrementStatus : int
     {
         eIncremented = 0,     ///< the code moved on
         eMaxCountReached = 1, ///< the limit is reached; the code stays
@@ -104,9 +104,6 @@ protected:
     wchar_t incrementAtPosition(wchar_t current, qelString excluded, int& carry) const;
 
 private:
-    void setCharacters(const qelString& code);
-    void rebuildCounterString();
-
     StructIncrementalCounter m_data;
     int m_numericOnly;              ///< 1 when startValue and firstCharacter hold nothing but digits
     qelString m_counterString;      ///< the current code

@@ -45,7 +45,7 @@ enum eNumberingType : int
 };
 
 /// Result of every setter.
-enum SetCodeTag
+enum SetCodeTag : int
 {
     eCodeSet = 0,    ///< the value was taken over
     eCodeNotSet = 2, ///< the value was the same already, or is not valid
@@ -121,9 +121,6 @@ protected:
     int checkNumber(const qelString& number) const;
 
 private:
-    wchar_t lowestSymbol() const;
-    void moveOn();
-
     eNumberingType m_numberingType;
     qelString m_prefix;
     qelString m_suffix;

@@ -47,8 +47,6 @@ public:
 
 private:
     /// From the last start to the last end, in milliseconds.
-    int difference() const;
-
     qelLogfile m_log;
     int m_startTicks; ///< milliseconds at the last start(); 0 before it
     int m_endTicks;   ///< milliseconds at the last end()

@@ -175,19 +175,7 @@ private:
     qelProcessEvolutionManager();
     virtual ~qelProcessEvolutionManager();
 
-    bool isRegistered(int key) const;
-    bool isCancelPending() const;
-    bool canCancel() const;
-
-    /// Whether a round under way tells that the process ends, or that all of them do.
-    bool isTellingEndOf(int key) const;
-    bool isTellingCancel() const;
-
-    /// One round of notifications that a process ends.
-    void tellEnd(int key, bool isCancel);
-
     static qelProcessEvolutionManager* m_pProcessEvolutionManager;
-    static Round* m_rounds; ///< notifications under way, the innermost first
 
     qelArray<ProcessInfo> m_processes;             ///< by key
     qelArray<ProgressDisplayProtocol*> m_displays; ///< by display number; not owned

@@ -40,7 +40,10 @@ public:
 private:
     static void setOVProduct();
 
-    static const int kCapacity = 260;
+    enum : int
+    {
+        kCapacity = 260
+    };
     static wchar_t ms_szOVProductName[kCapacity];
     static wchar_t ms_szOVProduct[kCapacity];
 };

@@ -99,8 +99,6 @@ public:
     /// @}
 
 private:
-    bool isShown() const;
-
     int m_on;          ///< 1 when switched on
     qelString m_title; ///< the last one set
     int m_percentage;  ///< 0 to 100

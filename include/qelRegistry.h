@@ -107,7 +107,10 @@ public:
 
 private:
     /// Longest path that Windows accepts, terminator included.
-    static const int kMaxPath = 260;
+    enum : int
+    {
+        kMaxPath = 260
+    };
 
     static const wchar_t RegPathEnvironment[kMaxPath]; ///< key of the installation's values
     static const wchar_t RegDatabase[kMaxPath];        ///< key of the registered connection strings

@@ -385,6 +385,8 @@ public:
     /// @}
 
 private:
+    class Trimming;
+
     /// The text of `chars[first..last]`; empty when the range is none. An empty array leaves m_rep null.
     qelString(const qelArray<wchar_t>& chars, int first, int last);
 
@@ -399,9 +401,6 @@ private:
 
     /// Releases text and narrow form and takes over `rep`, whose count already covers this string.
     qelString& adopt(qelStringRepr* rep);
-
-    void trimFront(const wchar_t* set, size_t setLength);
-    void trimBack(const wchar_t* set, size_t setLength);
 
     /// Appends every unit of the text to `chars`, which is not cleared first.
     void StringToArr(qelArray<wchar_t>& chars) const;

@@ -148,8 +148,6 @@ public:
     /// @}
 
 private:
-    bool hasSlot(long i) const;
-
     qelArray<qelString>* m_array; ///< owned, never null
 };
 

@@ -91,9 +91,6 @@ public:
     void WaitForThreadsToFinishWork();
 
 private:
-    qelTasks::TaskNode* copyTasks(bool& stopRequested) const;
-    void assignWithinGroup(qelTasks::TaskNode* nodes, bool stopRequested);
-
     int m_threadCount;              ///< number of workers, as given
     void** m_threadHandles;         ///< the workers in the order of their creation; shared with copies
     qelTasks::TaskNode* m_taskList; ///< pending tasks, last one first; null when there are none
