@@ -15,7 +15,7 @@ namespace
 struct ElfHeader
 {
     unsigned char identification[16] = {0x7F, 'E', 'L', 'F', 2 /* 64 bits */, 1 /* little endian */, 1 /* version */};
-    uint16_t type = 4; // core file
+    uint16_t type = 4;     // core file
     uint16_t machine = 62; // x86-64
     uint32_t version = 1;
     uint64_t entry = 0;
@@ -32,7 +32,7 @@ struct ElfHeader
 
 struct ProgramHeader
 {
-    uint32_t type = 1; // memory
+    uint32_t type = 1;  // memory
     uint32_t flags = 6; // readable and writable
     uint64_t offset = 0;
     uint64_t address = 0;
@@ -63,11 +63,8 @@ static_assert(sizeof(ElfHeader) == 64 && sizeof(ProgramHeader) == 56 && sizeof(N
                   sizeof(ThreadState) == 336,
               "as the format has them");
 
-/// Where this thread is now, in a function that goes on to write the file.
-ThreadState currentState()
+ThreadState stateOf(const CONTEXT& context)
 {
-    CONTEXT context = {};
-    RtlCaptureContext(&context);
     ThreadState state;
     state.r15 = context.R15;
     state.r14 = context.R14;
@@ -86,8 +83,8 @@ const size_t kMostRegions = 4096;
 
 bool isReadable(const MEMORY_BASIC_INFORMATION& region)
 {
-    const DWORD readable = PAGE_READONLY | PAGE_READWRITE | PAGE_WRITECOPY | PAGE_EXECUTE_READ | PAGE_EXECUTE_READWRITE |
-        PAGE_EXECUTE_WRITECOPY;
+    const DWORD readable = PAGE_READONLY | PAGE_READWRITE | PAGE_WRITECOPY | PAGE_EXECUTE_READ |
+                           PAGE_EXECUTE_READWRITE | PAGE_EXECUTE_WRITECOPY;
     return region.State == MEM_COMMIT && (region.Protect & readable) != 0 && (region.Protect & PAGE_GUARD) == 0;
 }
 
@@ -143,7 +140,10 @@ bool writeCoreFile(const char* path, const wchar_t* const* modules)
     {
         return false;
     }
-    const ThreadState state = currentState();
+    // Taken here and not in a function of its own: the stack frame must still be there when memory is written.
+    CONTEXT context = {};
+    RtlCaptureContext(&context);
+    const ThreadState state = stateOf(context);
     std::vector<ProgramHeader> headers = headersOf(images);
     uint64_t offset = sizeof(ElfHeader) + headers.size() * sizeof(ProgramHeader);
     for (ProgramHeader& header : headers)
@@ -156,8 +156,8 @@ bool writeCoreFile(const char* path, const wchar_t* const* modules)
     ElfHeader header;
     header.programHeaderCount = static_cast<uint16_t>(headers.size());
     bool written = write(file.get(), &header, sizeof header) &&
-        write(file.get(), headers.data(), headers.size() * sizeof(ProgramHeader)) &&
-        write(file.get(), &note, sizeof note) && write(file.get(), &state, sizeof state);
+                   write(file.get(), headers.data(), headers.size() * sizeof(ProgramHeader)) &&
+                   write(file.get(), &note, sizeof note) && write(file.get(), &state, sizeof state);
     for (size_t i = 1; i < headers.size(); ++i)
     {
         written = written && write(file.get(), reinterpret_cast<const void*>(headers[i].address), headers[i].fileSize);

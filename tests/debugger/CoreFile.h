@@ -3,10 +3,11 @@
 #define QEL_TEST_CORE_FILE_H
 
 /**
- * Writes the program, the modules loaded by it that are named in `modules` (null at the end) and all private memory to
- * an ELF core file, which GDB reads on any system without having to trace a process. True when all of it was written.
+ * Writes all private memory, the images of the loaded modules that `modules` names (null at the end) and the place of
+ * the calling thread to an ELF core file. GDB reads that on Linux without having to trace a process. True when all of
+ * it was written.
  *
- * The program prints where each image lies: name, a blank and the address in hexadecimal, a line each.
+ * Prints the name and the address of each module, in hexadecimal, on a line each.
  */
 bool writeCoreFile(const char* path, const wchar_t* const* modules);
 
