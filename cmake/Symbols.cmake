@@ -22,7 +22,7 @@ function(qel_split_symbols target)
       BYPRODUCTS ${symbols}
       VERBATIM)
   else()
-    set(symbols ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${target}.pdb)
+    set(symbols $<TARGET_PDB_FILE:${target}>)
     target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:/Zi>)
     # With only the name of the PDB in the image, for debuggers to look beside it. Debug information would turn off what
     # linkers do for size.
