@@ -1,6 +1,6 @@
 # Cross build for 64-bit Windows with Visual C++'s ABI on Linux: clang in Visual C++ mode, Wine's headers and import
 # libraries, the Universal C Runtime. What Visual C++ would link statically comes from tests/visualcpp/runtime; see
-# docs/visual-cpp.md for what such a build proves.
+# docs/runtimes.md for what such a build proves.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR AMD64)
 
@@ -43,8 +43,10 @@ if(NOT CMAKE_PROJECT_NAME STREQUAL "CMAKE_TRY_COMPILE")
   endforeach()
 endif()
 set(CMAKE_CXX_STANDARD_LIBRARIES "kernel32.lib user32.lib gdi32.lib advapi32.lib vcruntime140.lib ucrtbase.lib")
+# With debug information nothing is left out unless it is asked for. Functions with equal code stay apart, so that a name
+# in the debugger, or in a list of exports, is the one of the source.
 foreach(kind EXE SHARED MODULE)
-  set(CMAKE_${kind}_LINKER_FLAGS_INIT "/nodefaultlib /libpath:\"${folder}\" /manifest:no /debug /opt:ref,icf")
+  set(CMAKE_${kind}_LINKER_FLAGS_INIT "/nodefaultlib /libpath:\"${folder}\" /manifest:no /debug /opt:ref")
 endforeach()
 
 # Types and lines for the PDB beside each DLL and program.
