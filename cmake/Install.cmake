@@ -58,6 +58,7 @@ set(qel_headers
 
 set(qel_pages
   docs/architecture.md
+  docs/binary-compatibility.md
   docs/building.md
   docs/configuration.md
   docs/data-sources.md
@@ -74,6 +75,7 @@ set(qel_pages
   docs/performance.md
   docs/progress-dialog.png
   docs/progress.md
+  docs/runtimes.md
   docs/surprises.md
   docs/test-kit.md
   docs/testing.md

@@ -7,9 +7,6 @@ function(qel_reproducible_dll target)
     target_link_options(${target} PRIVATE
       /NODEFAULTLIB:libucrt$<$<CONFIG:Debug>:d>.lib /DEFAULTLIB:ucrt$<$<CONFIG:Debug>:d>.lib)
     target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:/Brepro>)
-    # As below; Visual C++ itself has no such option that is documented.
-    target_compile_options(${target} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,Clang>:
-      /clang:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=. /clang:-ffile-prefix-map=${CMAKE_BINARY_DIR}=build>)
     target_link_options(${target} PRIVATE /Brepro /DYNAMICBASE /HIGHENTROPYVA /NXCOMPAT)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
       # As for GCC below. The linker would write where the PDB lies.

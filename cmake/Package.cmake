@@ -1,9 +1,5 @@
 # The ZIP for customers, made by "cpack" in the build folder: the four components together, below a folder of the ZIP's
 # name. "cpack -D CPACK_COMPONENTS_GROUPING=IGNORE" makes a ZIP of each instead.
-if(NOT PROJECT_IS_TOP_LEVEL)
-  return()
-endif()
-
 set(qel_package_name VarnelQELRoots-${PROJECT_VERSION}-${qel_abi}-x64)
 # A host for release cannot use a Visual C++ DLL for debugging, nor the other way round.
 if(CMAKE_BUILD_TYPE STREQUAL "Debug")

@@ -22,12 +22,11 @@ function(qel_split_symbols target)
       BYPRODUCTS ${symbols}
       VERBATIM)
   else()
-    set(symbols ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${target}.pdb)
+    set(symbols $<TARGET_PDB_FILE:${target}>)
     target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:/Zi>)
-    # With only the name of the PDB in the image, for debuggers to look beside it. With debug information nothing is left
-    # out unless it is asked for; functions with equal code stay apart all the same, so that a name in the debugger, or
-    # in a virtual table, is the one of the source.
-    target_link_options(${target} PRIVATE /DEBUG /PDBALTPATH:%_PDB% $<$<NOT:$<CONFIG:Debug>>:/OPT:REF>)
+    # With only the name of the PDB in the image, for debuggers to look beside it. What nobody calls is left out all the
+    # same; functions with equal code stay apart, so that names in the debugger are those of the source.
+    target_link_options(${target} PRIVATE /DEBUG /PDBALTPATH:%_PDB% $<$<NOT:$<CONFIG:Debug>>:/OPT:REF,NOICF>)
   endif()
   set_target_properties(${target} PROPERTIES QEL_SYMBOLS ${symbols})
 endfunction()

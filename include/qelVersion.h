@@ -26,8 +26,8 @@
 #define QEL_VERSION_PATCH 0
 
 /// The version as text, "major.minor.patch". It joins with literals of either kind: `L"version " QEL_VERSION_TEXT`.
-#define QEL_VERSION_TEXT \
-    QEL_VERSION_AS_TEXT(QEL_VERSION_MAJOR) \
+#define QEL_VERSION_TEXT                                                                                               \
+    QEL_VERSION_AS_TEXT(QEL_VERSION_MAJOR)                                                                             \
     "." QEL_VERSION_AS_TEXT(QEL_VERSION_MINOR) "." QEL_VERSION_AS_TEXT(QEL_VERSION_PATCH)
 
 /// @cond

@@ -9,9 +9,9 @@ namespace testkit
 {
 struct Program
 {
-    std::string path;     ///< relative to the kit, without ".exe"
-    bool writesRegistry;  ///< sets values of the machine's hive
-    std::string leftOut;  ///< why the kit does not have it; empty when it has
+    std::string path;    ///< relative to the kit, without ".exe"
+    bool writesRegistry; ///< sets values of the machine's hive
+    std::string leftOut; ///< why the kit does not have it; empty when it has
 };
 
 /// A test that may fail, and why.

@@ -75,7 +75,8 @@ std::string testkit::systemName()
                        std::to_string(version.dwMinorVersion) + "." + std::to_string(version.dwBuildNumber);
     if (isWine())
     {
-        const auto getWine = reinterpret_cast<const char*(CDECL*)()>(reinterpret_cast<void*>(ntdll("wine_get_version")));
+        const auto getWine =
+            reinterpret_cast<const char*(CDECL*)()>(reinterpret_cast<void*>(ntdll("wine_get_version")));
         name = std::string("Wine ") + getWine() + " as " + name;
     }
     return name;
@@ -98,7 +99,7 @@ bool testkit::isElevated()
 
 std::string testkit::installedApplication()
 {
-    return exists(HKEY_CURRENT_USER, kApplication, 0)                    ? "HKEY_CURRENT_USER\\Software\\Kelvara"
+    return exists(HKEY_CURRENT_USER, kApplication, 0)                  ? "HKEY_CURRENT_USER\\Software\\Kelvara"
            : exists(HKEY_LOCAL_MACHINE, kApplication, KEY_WOW64_64KEY) ? "HKEY_LOCAL_MACHINE\\Software\\Kelvara"
            : exists(HKEY_LOCAL_MACHINE, kApplication, KEY_WOW64_32KEY)
                ? "HKEY_LOCAL_MACHINE\\Software\\WOW6432Node\\Kelvara"

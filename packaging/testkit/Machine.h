@@ -18,8 +18,8 @@ bool isElevated();
 std::string installedApplication();
 
 /**
- * The registry as it was: the list of ODBC drivers, of which the tests make their own for a while, is kept in a file and
- * comes back at the end. The keys of the application, which must not be there at first, are removed.
+ * The registry as it was: the list of ODBC drivers, of which the tests make their own for a while, is kept in a file
+ * and comes back at the end. The keys of the application, which must not be there at first, are removed.
  */
 class SavedRegistry
 {

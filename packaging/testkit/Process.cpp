@@ -10,7 +10,10 @@ namespace
 class Handle
 {
 public:
-    explicit Handle(HANDLE handle) : m_handle(handle) {}
+    explicit Handle(HANDLE handle)
+        : m_handle(handle)
+    {
+    }
     ~Handle()
     {
         if (m_handle != nullptr && m_handle != INVALID_HANDLE_VALUE)

@@ -6,7 +6,7 @@
 
 namespace testkit
 {
-const unsigned long kTimedOut = 0xFFFFFFFF;  ///< result of a program that was ended because it took too long
+const unsigned long kTimedOut = 0xFFFFFFFF; ///< result of a program that was ended because it took too long
 const unsigned long kNotStarted = 0xFFFFFFFE;
 
 /**

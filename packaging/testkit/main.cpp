@@ -38,9 +38,8 @@ class Summary
 {
 public:
     explicit Summary(const std::filesystem::path& file)
-        : m_file(_wfopen(file.c_str(), L"w"))
     {
-        if (m_file == nullptr)
+        if (_wfopen_s(&m_file, file.c_str(), L"w") != 0)
         {
             throw std::runtime_error(file.string() + " cannot be written");
         }
@@ -66,7 +65,7 @@ public:
     }
 
 private:
-    FILE* m_file;
+    FILE* m_file = nullptr;
 };
 
 struct Count
@@ -183,8 +182,8 @@ void runProgram(const testkit::Program& program, const Folders& folders,
     const Count count = sortOut(name, results, differences, totals);
     totals.count += count;
     ++totals.programs;
-    summary.print("%-28s %6d %7d %7d %6d %8d %8.1f\n", name.c_str(), count.tests, count.passed, count.failed, count.known,
-                  count.skipped, time.count());
+    summary.print("%-28s %6d %7d %7d %6d %8d %8.1f\n", name.c_str(), count.tests, count.passed, count.failed,
+                  count.known, count.skipped, time.count());
 }
 
 void printAll(Summary& summary, const char* title, const std::vector<std::string>& lines)
@@ -205,7 +204,8 @@ std::string now()
     SYSTEMTIME time;
     GetLocalTime(&time);
     char text[32];
-    snprintf(text, sizeof(text), "%04d-%02d-%02d %02d:%02d", time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute);
+    snprintf(text, sizeof(text), "%04d-%02d-%02d %02d:%02d", time.wYear, time.wMonth, time.wDay, time.wHour,
+             time.wMinute);
     return text;
 }
 
@@ -233,8 +233,8 @@ int runKit()
 {
     const Folders folders = prepareFolders();
     const std::vector<testkit::Program> programs = testkit::readPrograms(folders.kit / L"programs.txt");
-    const std::vector<testkit::Difference> differences = testkit::readDifferences(
-        folders.kit / L"known-differences.txt", testkit::isWine() ? "wine" : "windows");
+    const std::vector<testkit::Difference> differences =
+        testkit::readDifferences(folders.kit / L"known-differences.txt", testkit::isWine() ? "wine" : "windows");
     Summary summary(folders.results / L"summary.txt");
     Totals totals;
 
@@ -243,7 +243,8 @@ int runKit()
                   testkit::isElevated() ? "with" : "without", now().c_str());
     if (testkit::SavedRegistry::restore(folders.registry.wstring()))
     {
-        summary.print("A run before this one was interrupted; the list of ODBC drivers that it had kept is restored.\n");
+        summary.print(
+            "A run before this one was interrupted; the list of ODBC drivers that it had kept is restored.\n");
     }
     summary.print("\n%-28s %6s %7s %7s %6s %8s %8s\n", "PROGRAM", "TESTS", "PASSED", "FAILED", "KNOWN", "SKIPPED",
                   "SECONDS");
@@ -264,9 +265,10 @@ int runKit()
     printAll(summary, "Failed, as is known of this system:", totals.differences);
     printAll(summary, "FAILED:", totals.failures);
     const Count& count = totals.count;
-    summary.print("\n%d programs, %d tests: %d passed, %d failed, %d known to differ, %d skipped; %d programs not run\n",
-                  totals.programs, count.tests, count.passed, count.failed, count.known, count.skipped,
-                  static_cast<int>(totals.notRun.size()));
+    summary.print(
+        "\n%d programs, %d tests: %d passed, %d failed, %d known to differ, %d skipped; %d programs not run\n",
+        totals.programs, count.tests, count.passed, count.failed, count.known, count.skipped,
+        static_cast<int>(totals.notRun.size()));
     const bool good = count.failed == 0 && totals.programs != 0;
     summary.print("%s\n", !good ? "FAILED" : totals.notRun.empty() ? "PASSED" : "PASSED, as far as it has run");
     return good ? 0 : 1;

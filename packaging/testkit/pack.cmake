@@ -1,18 +1,19 @@
 # Makes the ZIP of the test kit from what has been built.
 #
-# Needs BUILD_DIR, TESTS (the names of the test programs of the build, with commas), NAME (of the ZIP and the folder in it) FOLDER
-# (for the ZIP) and, where there is one, STRIP (the tool).
+# Needs BUILD_DIR, TESTS (the names of the test programs of the build, with commas), NAME (of the ZIP and the folder in
+# it) FOLDER (for the ZIP) and, where there is one, STRIP (the tool).
 cmake_minimum_required(VERSION 3.25)
 
 set(kit ${BUILD_DIR}/testkit/${NAME})
 file(REMOVE_RECURSE ${BUILD_DIR}/testkit)
 
 # Line ends of Windows, for whoever opens them there.
-foreach(name README.txt known-differences.txt programs.txt run-tests.cmd)
+foreach(name README.txt known-differences.txt programs.txt)
   file(READ ${CMAKE_CURRENT_LIST_DIR}/${name} text)
   string(REPLACE "\n" "\r\n" text "${text}")
   file(WRITE ${kit}/${name} "${text}")
 endforeach()
+file(COPY ${CMAKE_CURRENT_LIST_DIR}/run-tests.cmd DESTINATION ${kit})
 
 # The library, what runs the tests, and what some tests start or load beside themselves.
 foreach(file VarnelQELRoots.dll testkit.exe qelTasksBusyExit.exe qelTasksBusyModule.dll)

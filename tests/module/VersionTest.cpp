@@ -63,7 +63,7 @@ TEST(qelVersion, NumbersOfTheDllAreTheHeaders)
     UINT length = 0;
     ASSERT_TRUE(VerQueryValueW(version.data(), L"\\", &found, &length));
     const VS_FIXEDFILEINFO& info = *static_cast<const VS_FIXEDFILEINFO*>(found);
-    for (const DWORD* halves : { &info.dwFileVersionMS, &info.dwProductVersionMS })
+    for (const DWORD* halves : {&info.dwFileVersionMS, &info.dwProductVersionMS})
     {
         EXPECT_EQ(HIWORD(halves[0]), QEL_VERSION_MAJOR);
         EXPECT_EQ(LOWORD(halves[0]), QEL_VERSION_MINOR);

@@ -1,8 +1,8 @@
 # Unpacks the ZIP into FOLDER, copies the customer's project there, configures and builds it against what the ZIP holds,
 # runs the program, and compares what it says.
 #
-# Needs ZIP, CONSUMER (the project), FOLDER (made anew), OPTIONS (what configuring for this compiler takes), VERSION; may
-# have EMULATOR.
+# Needs ZIP, CONSUMER (the project), FOLDER (made anew), OPTIONS (what configuring for this compiler takes), VERSION;
+# may have EMULATOR.
 cmake_minimum_required(VERSION 3.25)
 
 function(run what)

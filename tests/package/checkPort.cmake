@@ -1,7 +1,9 @@
-# Reads the vcpkg port the way vcpkg would, with functions that only write down what they are told, and compares that with
-# the tree. vcpkg itself is not run, so this finds a port that fell behind the tree, not one that vcpkg would not take.
+# Reads the vcpkg port the way vcpkg would, with functions that only write down what they are told, and compares that
+# with the tree. vcpkg itself is not run, so this finds a port that fell behind the tree, not one that vcpkg would not
+# take.
 #
-# Needs SOURCE_DIR, CONFIG_FOLDER (where the CMake package is installed) and FOLDER (made anew, for what the port makes).
+# Needs SOURCE_DIR, CONFIG_FOLDER (where the CMake package is installed) and FOLDER (made anew, for what the port
+# makes).
 cmake_minimum_required(VERSION 3.25)
 
 set(port ${SOURCE_DIR}/packaging/vcpkg/ports/varnelqelroots)

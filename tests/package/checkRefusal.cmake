@@ -1,7 +1,8 @@
-# Configures the customer's project for a compiler that the package does not fit, and looks for the sentence that says so.
+# Configures the customer's project for a compiler that the package does not fit, and looks for the sentence that says
+# so.
 #
-# Needs PREFIX (where the package lies; else ZIP, which is unpacked), CONSUMER (the project), FOLDER (made anew), OPTIONS
-# (what configuring takes) and SENTENCE (a regular expression).
+# Needs PREFIX (where the package lies; else ZIP, which is unpacked), CONSUMER (the project), FOLDER (made anew),
+# OPTIONS (what configuring takes) and SENTENCE (a regular expression).
 cmake_minimum_required(VERSION 3.25)
 
 file(REMOVE_RECURSE "${FOLDER}")

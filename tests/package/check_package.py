@@ -1,10 +1,11 @@
-"""Checks the ZIPs that cpack has made: their names, what lies in them, and what the files know of where they were built.
+"""Checks the ZIPs that cpack has made: their names, what lies in them, and what the files know of where they were
+built.
 
 usage: check_package.py --source DIR --build DIR --abi NAME [--suffix TEXT] FOLDER
 
 FOLDER holds the whole ZIP and that of each component. --suffix is what the names end in beside version, ABI and
-architecture. What the ZIPs should hold follows from the headers and pages of the source tree and from the list below; the
-version from include/qelVersion.h.
+architecture. What the ZIPs should hold follows from the headers and pages of the source tree and from the list below;
+the version from include/qelVersion.h.
 """
 
 import argparse
@@ -113,11 +114,12 @@ def check(arguments):
         if whole.get(f"bin/{name}") != (arguments.build / "bin" / name).read_bytes():
             yield f"the package's {name} is not the one that the tests run on"
 
+    config = CMAKE + "VarnelQELRootsConfigVersion.cmake"
+    manifest = "packaging/vcpkg/ports/varnelqelroots/vcpkg.json"
+    found = re.search(rb'set\(PACKAGE_VERSION "([^"]*)"\)', whole.get(config, b""))
     stated = {
-        CMAKE + "VarnelQELRootsConfigVersion.cmake":
-            re.search(rb'set\(PACKAGE_VERSION "([^"]*)"\)', whole[CMAKE + "VarnelQELRootsConfigVersion.cmake"])[1].decode(),
-        "packaging/vcpkg/ports/varnelqelroots/vcpkg.json":
-            json.loads((arguments.source / "packaging/vcpkg/ports/varnelqelroots/vcpkg.json").read_text())["version"],
+        config: found[1].decode() if found else None,
+        manifest: json.loads((arguments.source / manifest).read_text(encoding="utf-8"))["version"],
     }
     for name, text in stated.items():
         if text != version:

@@ -124,6 +124,21 @@ TEST_F(TestKit, FailsWithoutAProgramThatItShouldHave)
     EXPECT_TRUE(says("other: It is at home.")) << m_summary;
 }
 
+TEST_F(TestKit, HandsItsResultOnThroughTheCommandFile)
+{
+    const std::wstring command = (m_kit / L"run-tests.cmd").wstring();
+    std::filesystem::copy_file(std::filesystem::path(QEL_TEST_COMMAND_FILE), command);
+    const std::string lists[] = {"bin\\missing\n", "unknown | column\n"};
+    for (unsigned long code = 1; code <= 2; ++code)
+    {
+        m_folder.write(L"kit\\programs.txt", lists[code - 1]);
+        EXPECT_EQ(testkit::run(L"cmd.exe /c \"\"" + command + L"\" all\"", m_folder.path(),
+                               m_folder.path(L"output.txt"), kSeconds),
+                  code);
+    }
+    EXPECT_NE(content(m_folder.path(L"output.txt")).find("results\\summary.txt"), std::string::npos);
+}
+
 TEST_F(TestKit, SaysWhyItCannotRun)
 {
     EXPECT_EQ(run("bin\\qelTestKitSample | sometimes\n"), 2u);

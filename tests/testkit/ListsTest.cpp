@@ -30,7 +30,8 @@ TEST(TestKitPrograms, KeepTheirOrderAndTheirColumns)
 TEST(TestKitPrograms, AreRefusedWithAnUnknownColumn)
 {
     const TemporaryFolder folder;
-    for (const char* line : {"bin\\a | register", "bin\\a | left out", "bin\\a | left out |", "bin\\a | registry | why"})
+    for (const char* line :
+         {"bin\\a | register", "bin\\a | left out", "bin\\a | left out |", "bin\\a | registry | why"})
     {
         EXPECT_THROW(testkit::readPrograms(folder.write(L"list", line)), std::runtime_error) << line;
     }

@@ -45,12 +45,13 @@ TEST(TestKitList, NamesTestsWithTheirSuites)
 TEST(TestKitReport, TellsHowEachTestEnded)
 {
     std::map<std::string, Outcome> outcomes;
-    EXPECT_EQ(testkit::readReport("[ RUN      ] A.a\r\n[       OK ] A.a (0 ms)\r\n"
-                                  "[ RUN      ] A.b\r\ntext without an end[  FAILED  ] A.b, where GetParam() = 2 (3 ms)\r\n"
-                                  "[ RUN      ] A.c\r\n[  SKIPPED ] A.c (0 ms)\r\n"
-                                  "[  PASSED  ] 1 test.\r\n[  FAILED  ] 1 test, listed below:\r\n[  FAILED  ] A.b\r\n",
-                                  outcomes),
-              "");
+    EXPECT_EQ(
+        testkit::readReport("[ RUN      ] A.a\r\n[       OK ] A.a (0 ms)\r\n"
+                            "[ RUN      ] A.b\r\ntext without an end[  FAILED  ] A.b, where GetParam() = 2 (3 ms)\r\n"
+                            "[ RUN      ] A.c\r\n[  SKIPPED ] A.c (0 ms)\r\n"
+                            "[  PASSED  ] 1 test.\r\n[  FAILED  ] 1 test, listed below:\r\n[  FAILED  ] A.b\r\n",
+                            outcomes),
+        "");
     const std::map<std::string, Outcome> expected = {
         {"A.a", Outcome::passed}, {"A.b", Outcome::failed}, {"A.c", Outcome::skipped}};
     EXPECT_EQ(outcomes, expected);
@@ -96,7 +97,8 @@ TEST(TestKitRun, TellsOfTroubleBehindTheLastTest)
     const qelTest::TemporaryFolder folder;
     SetEnvironmentVariableW(L"QEL_SAMPLE_RESULT", L"5");
     SetEnvironmentVariableW(L"GTEST_FILTER", L"Sample.Passes");
-    const testkit::Results results = testkit::runTests(samplePath(), folder.path(), folder.path(L"output.txt"), kSeconds);
+    const testkit::Results results =
+        testkit::runTests(samplePath(), folder.path(), folder.path(L"output.txt"), kSeconds);
     SetEnvironmentVariableW(L"QEL_SAMPLE_RESULT", nullptr);
     SetEnvironmentVariableW(L"GTEST_FILTER", nullptr);
     EXPECT_EQ(results.tests, std::vector<std::string>{"Sample.Passes"});
@@ -116,7 +118,8 @@ TEST(TestKitProcess, IsEndedWhenItTakesTooLong)
 {
     const qelTest::TemporaryFolder folder;
     const ULONGLONG start = GetTickCount64();
-    EXPECT_EQ(testkit::run(L"ping.exe -n 60 127.0.0.1", folder.path(), folder.path(L"output.txt"), 1), testkit::kTimedOut);
+    EXPECT_EQ(testkit::run(L"ping.exe -n 60 127.0.0.1", folder.path(), folder.path(L"output.txt"), 1),
+              testkit::kTimedOut);
     EXPECT_LT(GetTickCount64() - start, 30000u);
 }
 

@@ -5,7 +5,6 @@
 #include <windows.h>
 
 #include <stdlib.h>
-#include <string.h>
 
 namespace
 {
@@ -50,5 +49,6 @@ int main(int argc, char** argv)
     testing::InitGoogleTest(&argc, argv);
     const int result = RUN_ALL_TESTS();
     // Trouble behind the last test.
-    return getenv("QEL_SAMPLE_RESULT") != nullptr ? atoi(getenv("QEL_SAMPLE_RESULT")) : result;
+    char stated[20] = {};
+    return GetEnvironmentVariableA("QEL_SAMPLE_RESULT", stated, sizeof(stated)) != 0 ? atoi(stated) : result;
 }

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Unpacks the test kit into a new folder among the temporary files, with a blank in its path, runs its command file under
-# Wine, and checks what that says and what it leaves.
+# Unpacks the test kit into a new folder among the temporary files, with a blank in its path, runs its command file
+# under Wine, and checks what that says and what it leaves.
 set -euo pipefail
 
 # shellcheck source=tools/lib.sh

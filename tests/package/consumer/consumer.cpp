@@ -17,7 +17,10 @@ namespace
 class Profile : public qelBalancedTreeEntry
 {
 public:
-    explicit Profile(int height) : m_height(height) {}
+    explicit Profile(int height)
+        : m_height(height)
+    {
+    }
 
     int compare(const qelBalancedTreeEntry& other) const override
     {
