@@ -151,7 +151,7 @@ private:
     double m_ALPHA_G;
     double m_EY;
     double m_EZ;
-    double m_reserved; ///< without accessors, kept for the layout
+    [[maybe_unused]] double m_reserved; ///< without accessors, kept for the layout
     double m_W1;
     double m_W2;
     double m_W3;

@@ -264,7 +264,7 @@ bool qelProcessEvolutionManager::isCancelPending() const
 
 bool qelProcessEvolutionManager::canCancel() const
 {
-    return m_cancelEnabled && !m_processes.isEmpty();
+    return m_cancelEnabled && m_processes.isEmpty() == 0;
 }
 
 bool qelProcessEvolutionManager::isTellingEndOf(int key) const

@@ -34,17 +34,17 @@ bool isHarmless(const char* condition)
 
 namespace boost
 {
-void assertion_failed(const char* condition, const char*, const char*, long)
+void assertion_failed(const char* expr, const char*, const char*, long)
 {
-    if (!isHarmless(condition))
+    if (!isHarmless(expr))
     {
-        throw std::logic_error(condition);
+        throw std::logic_error(expr);
     }
 }
 
-void assertion_failed_msg(const char* condition, const char*, const char* function, const char* file, long line)
+void assertion_failed_msg(const char* expr, const char*, const char* function, const char* file, long line)
 {
-    assertion_failed(condition, function, file, line);
+    assertion_failed(expr, function, file, line);
 }
 } // namespace boost
 
@@ -99,11 +99,8 @@ public:
     }
 
 private:
-    static uintptr_t position()
-    {
-        const char here = 0;
-        return reinterpret_cast<uintptr_t>(&here);
-    }
+    /// `here` is left to its default: a temporary on the caller's stack.
+    static uintptr_t position(const char& here = 0) { return reinterpret_cast<uintptr_t>(&here); }
 
     static uintptr_t lowestOfStack()
     {
@@ -200,7 +197,8 @@ public:
     GuardedIterator& operator-=(difference_type count) { return *this += -count; }
 
     friend GuardedIterator operator+(GuardedIterator i, difference_type count) { return i += count; }
-    friend GuardedIterator operator-(GuardedIterator i, difference_type count) { return i += -count; }
+    // Not every C++ library uses all of these.
+    [[maybe_unused]] friend GuardedIterator operator-(GuardedIterator i, difference_type count) { return i += -count; }
     friend difference_type operator-(const GuardedIterator& a, const GuardedIterator& b) { return a.m_at - b.m_at; }
 
     friend bool operator==(const GuardedIterator& a, const GuardedIterator& b)
@@ -210,7 +208,10 @@ public:
     }
 
     friend bool operator!=(const GuardedIterator& a, const GuardedIterator& b) { return !(a == b); }
-    friend bool operator<(const GuardedIterator& a, const GuardedIterator& b) { return a.m_at < b.m_at; }
+    [[maybe_unused]] friend bool operator<(const GuardedIterator& a, const GuardedIterator& b)
+    {
+        return a.m_at < b.m_at;
+    }
 
 private:
     void step() const
