@@ -27,6 +27,7 @@ inline std::wstring plain(const qelString& text)
 template <class T, class Reallocator> auto plain(const qelArray<T, Reallocator>& array)
 {
     std::vector<decltype(plain(std::declval<T>()))> values;
+    values.reserve(static_cast<size_t>(array.length()));
     for (long i = 0; i < array.length(); ++i)
     {
         values.push_back(plain(array[i]));

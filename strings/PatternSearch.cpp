@@ -34,17 +34,17 @@ bool isHarmless(const char* condition)
 
 namespace boost
 {
-void assertion_failed(const char* condition, const char*, const char*, long)
+void assertion_failed(const char* expr, const char*, const char*, long)
 {
-    if (!isHarmless(condition))
+    if (!isHarmless(expr))
     {
-        throw std::logic_error(condition);
+        throw std::logic_error(expr);
     }
 }
 
-void assertion_failed_msg(const char* condition, const char*, const char* function, const char* file, long line)
+void assertion_failed_msg(const char* expr, const char*, const char* function, const char* file, long line)
 {
-    assertion_failed(condition, function, file, line);
+    assertion_failed(expr, function, file, line);
 }
 } // namespace boost
 

@@ -158,7 +158,8 @@ qelString& qelString::operator=(const qelString& other)
 // The new text is built before the old one goes: the argument may point into either form of it.
 qelString& qelString::operator=(const wchar_t* text)
 {
-    return adopt(represent(text, qelText::measure(text)));
+    adopt(represent(text, qelText::measure(text)));
+    return *this;
 }
 
 qelString& qelString::operator=(const unsigned short* text)

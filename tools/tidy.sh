@@ -40,17 +40,21 @@ cd "$qel_source"
 stamps=$qel_build/tidy
 mkdir -p "$stamps"
 
-# The sources that the build compiles, one a line. GoogleTest and what is generated are not ours.
+# The sources that the build compiles for the target named, or else for all, one a line. GoogleTest and what is
+# generated are not ours.
 compiled()
 {
-    sed -n "s|^ *\"file\": \"$qel_source/\(.*\.cpp\)\",\{0,1\}$|\1|p" "$qel_build/compile_commands.json" |
-        grep -v '^build/' | sort -u
+    awk -v folder="$qel_source/" -v object=" -o .*${1:-}.dir/" '
+        /^ *"command":/ { wanted = $0 ~ object }
+        /^ *"file":/ && wanted && split($0, part, "\"") && index(part[4], folder) == 1 {
+            print substr(part[4], length(folder) + 1)
+        }' "$qel_build/compile_commands.json" | grep '\.cpp$' | grep -v '^build/' | sort -u
 }
 
 if [ ${#files[@]} -gt 0 ]; then
     files=("${files[@]#"$qel_source"/}")
 elif [ "$only" = library ]; then
-    mapfile -t files < <(compiled | grep -Ev '^(tests|bench|examples|tools)/')
+    mapfile -t files < <(compiled VarnelQELRoots)
 else
     mapfile -t files < <(compiled)
 fi

@@ -74,6 +74,7 @@ bool parse(const Arguments& arguments, Options& options)
 }
 
 // Set in threads of their own. The register belongs to the main thread: they only leave word.
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): Windows passes nothing to its handler
 std::atomic<bool> cancelWanted{false};
 
 BOOL WINAPI onInterrupt(DWORD event)
@@ -324,6 +325,7 @@ int run(const Arguments& arguments)
     bool done = false;
     bool cancelled = false;
     {
+        // NOLINTNEXTLINE(misc-const-correctness): the register of processes calls it
         ConsoleDisplay display;
         Operation operation(L"List of parts", options.pause);
         done = work(operation, options);

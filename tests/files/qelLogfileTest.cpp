@@ -2,8 +2,8 @@
 
 #include "qelLogfile.h"
 
+#include "files/Logging.h"
 #include "support/ImportHook.h"
-#include "support/LogText.h"
 #include "support/PrivateMembers.h"
 #include "support/TestFile.h"
 
@@ -16,7 +16,7 @@
 #include <thread>
 
 using qelTest::ImportHook;
-using qelTest::LogText;
+using qelTest::Logging;
 using qelTest::TestFile;
 
 struct HeldStream
@@ -87,18 +87,6 @@ public:
 private:
     std::wstring m_path;
     bool m_refusesWriters;
-};
-
-class Logging : public testing::Test
-{
-protected:
-    void SetUp() override { qelLogfile::setLogStatus(1); }
-    void TearDown() override { qelLogfile::setLogStatus(0); }
-
-    std::string content() const { return m_times.withoutTimes(m_file.get()); }
-
-    LogText m_times;
-    TestFile m_file;
 };
 
 class qelLogfileStatus : public Logging

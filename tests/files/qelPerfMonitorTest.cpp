@@ -1,19 +1,16 @@
 #include "qelPerfMonitor.h"
 
+#include "files/Logging.h"
 #include "strings/TextSupport.h"
 #include "support/ImportHook.h"
-#include "support/LogText.h"
 #include "support/MessageBoxes.h"
-#include "support/TestFile.h"
 
 #include <gtest/gtest.h>
 
 #include <time.h>
 
 using qelTest::ImportHook;
-using qelTest::LogText;
 using qelTest::MessageBoxes;
-using qelTest::TestFile;
 
 namespace
 {
@@ -24,16 +21,8 @@ clock_t fixedClock()
     return now;
 }
 
-class qelPerfMonitorLog : public testing::Test
+class qelPerfMonitorLog : public qelTest::Logging
 {
-protected:
-    void SetUp() override { qelLogfile::setLogStatus(1); }
-    void TearDown() override { qelLogfile::setLogStatus(0); }
-
-    std::string content() const { return m_times.withoutTimes(m_file.get()); }
-
-    LogText m_times;
-    TestFile m_file;
 };
 
 class qelPerfMonitorBox : public qelPerfMonitorLog

@@ -1276,7 +1276,7 @@ DWORD WINAPI useDeepTrees(void*)
 TEST_F(qelBalancedTreeTest, DeepTreeNeedsNoStackOfItsDepth)
 {
     const HANDLE thread =
-        CreateThread(nullptr, 1024 * 1024, useDeepTrees, nullptr, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+        CreateThread(nullptr, size_t{1024} * 1024, useDeepTrees, nullptr, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
     ASSERT_NE(thread, nullptr);
     EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
     CloseHandle(thread);

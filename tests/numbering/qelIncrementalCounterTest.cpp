@@ -1,5 +1,7 @@
 #include "qelIncrementalCounter.h"
 
+#include "numbering/AllTexts.h"
+
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -9,6 +11,8 @@
 #include <string>
 #include <type_traits>
 #include <vector>
+
+using qelTest::allTexts;
 
 namespace
 {
@@ -586,24 +590,6 @@ private:
     std::vector<int> m_positions;
     int m_calls = 0;
 };
-
-/// Every text of up to `length` characters out of `alphabet`.
-std::vector<std::wstring> allTexts(const std::wstring& alphabet, size_t length)
-{
-    std::vector<std::wstring> texts = {L""};
-    for (size_t from = 0; from < texts.size(); ++from)
-    {
-        if (texts[from].size() < length)
-        {
-            const std::wstring stem = texts[from];
-            for (wchar_t c : alphabet)
-            {
-                texts.push_back(stem + c);
-            }
-        }
-    }
-    return texts;
-}
 
 void compareWithOracle(const std::wstring& start, const std::wstring& first, int range, const std::wstring& excluded,
                        int maxCount, int steps)

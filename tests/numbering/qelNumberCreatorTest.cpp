@@ -1,5 +1,7 @@
 #include "qelNumberCreator.h"
 
+#include "numbering/AllTexts.h"
+
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -8,6 +10,8 @@
 #include <string>
 #include <type_traits>
 #include <vector>
+
+using qelTest::allTexts;
 
 namespace
 {
@@ -521,24 +525,6 @@ std::wstring oracleNext(const std::wstring& current, int lowest, int count, bool
         next = (leading == 0 ? std::wstring() : std::wstring(1, leading)) + next;
     }
     return next;
-}
-
-/// Every text of up to `length` characters out of `alphabet`.
-std::vector<std::wstring> allTexts(const std::wstring& alphabet, size_t length)
-{
-    std::vector<std::wstring> texts = {L""};
-    for (size_t from = 0; from < texts.size(); ++from)
-    {
-        if (texts[from].size() < length)
-        {
-            const std::wstring stem = texts[from];
-            for (wchar_t c : alphabet)
-            {
-                texts.push_back(stem + c);
-            }
-        }
-    }
-    return texts;
 }
 
 void compareWithOracle(const std::wstring& first, int count, const std::wstring& start, eNumberingType type, int steps)

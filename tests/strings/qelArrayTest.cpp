@@ -687,7 +687,7 @@ TEST(qelArrayObjects, RandomOperationsMatchAModel)
                 {
                     array.append(array);
                     model.insert(model.end(), model.begin(), model.begin() + size);
-                    model.resize(static_cast<size_t>(2 * size));
+                    model.resize(2 * static_cast<size_t>(size));
                 }
                 break;
             case 9:
