@@ -19,6 +19,16 @@ FARPROC ntdll(const char* name)
     return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name);
 }
 
+/// Where values of the application may be.
+const struct Place
+{
+    HKEY hive;
+    REGSAM view;
+    const char* name;
+} kPlaces[] = {{HKEY_CURRENT_USER, 0, "HKEY_CURRENT_USER\\Software\\Kelvara"},
+               {HKEY_LOCAL_MACHINE, KEY_WOW64_64KEY, "HKEY_LOCAL_MACHINE\\Software\\Kelvara"},
+               {HKEY_LOCAL_MACHINE, KEY_WOW64_32KEY, "HKEY_LOCAL_MACHINE\\Software\\WOW6432Node\\Kelvara"}};
+
 bool exists(HKEY hive, const wchar_t* path, REGSAM view)
 {
     HKEY key = nullptr;
@@ -30,7 +40,23 @@ bool exists(HKEY hive, const wchar_t* path, REGSAM view)
     return found;
 }
 
-/// Removes a key with all below it.
+/// Whether there is anything below or in a key of the application.
+bool holdsSomething(const Place& place)
+{
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(place.hive, kApplication, 0, KEY_READ | place.view, &key) != ERROR_SUCCESS)
+    {
+        return false;
+    }
+    DWORD keys = 0;
+    DWORD values = 0;
+    const LSTATUS status = RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, &keys, nullptr, nullptr, &values, nullptr,
+                                            nullptr, nullptr, nullptr);
+    RegCloseKey(key);
+    return status != ERROR_SUCCESS || keys != 0 || values != 0;
+}
+
+/// Removes all below and in a key, and the key as well.
 void remove(HKEY hive, const wchar_t* path, REGSAM view)
 {
     HKEY key = nullptr;
@@ -99,11 +125,14 @@ bool testkit::isElevated()
 
 std::string testkit::installedApplication()
 {
-    return exists(HKEY_CURRENT_USER, kApplication, 0)                  ? "HKEY_CURRENT_USER\\Software\\Kelvara"
-           : exists(HKEY_LOCAL_MACHINE, kApplication, KEY_WOW64_64KEY) ? "HKEY_LOCAL_MACHINE\\Software\\Kelvara"
-           : exists(HKEY_LOCAL_MACHINE, kApplication, KEY_WOW64_32KEY)
-               ? "HKEY_LOCAL_MACHINE\\Software\\WOW6432Node\\Kelvara"
-               : "";
+    for (const Place& place : kPlaces)
+    {
+        if (holdsSomething(place))
+        {
+            return place.name;
+        }
+    }
+    return "";
 }
 
 testkit::SavedRegistry::SavedRegistry(const std::wstring& folder)
@@ -122,9 +151,14 @@ testkit::SavedRegistry::SavedRegistry(const std::wstring& folder)
 
 testkit::SavedRegistry::~SavedRegistry()
 {
-    remove(HKEY_CURRENT_USER, kApplication, 0);
-    remove(HKEY_LOCAL_MACHINE, kApplication, KEY_WOW64_64KEY);
-    remove(HKEY_LOCAL_MACHINE, kApplication, KEY_WOW64_32KEY);
+    for (const Place& place : kPlaces)
+    {
+        // The tests remove what they make; this is for those that were ended before.
+        if (holdsSomething(place))
+        {
+            remove(place.hive, kApplication, place.view);
+        }
+    }
     restore(m_folder);
 }
 

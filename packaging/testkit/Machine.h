@@ -19,7 +19,7 @@ std::string installedApplication();
 
 /**
  * The registry as it was: the list of ODBC drivers, of which the tests make their own for a while, is kept in a file
- * and comes back at the end. The keys of the application, which must not be there at first, are removed.
+ * and comes back at the end. What tests have left below the application's keys, which must be empty at first, is removed.
  */
 class SavedRegistry
 {

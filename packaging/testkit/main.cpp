@@ -154,7 +154,8 @@ std::string obstacle(const testkit::Program& program)
         return "it needs administrator rights (start the kit with \"Run as administrator\")";
     }
     const std::string application = testkit::installedApplication();
-    return application.empty() ? "" : application + " exists: the application is installed, or a run was interrupted";
+    return application.empty() ? ""
+                               : application + " is not empty: the application is installed, or a run was interrupted";
 }
 
 void runProgram(const testkit::Program& program, const Folders& folders,

@@ -151,8 +151,31 @@ TEST_F(TestKit, LeavesARegistryWithTheApplicationAlone)
     application.setText(L"Kept", L"text");
     EXPECT_EQ(run("bin\\qelTestKitSample | registry\n"), 1u) << "nothing has run";
     EXPECT_TRUE(says("qelTestKitSample not run")) << m_summary;
-    EXPECT_TRUE(says("qelTestKitSample: HKEY_CURRENT_USER\\Software\\Kelvara exists")) << m_summary;
+    EXPECT_TRUE(says("qelTestKitSample: HKEY_CURRENT_USER\\Software\\Kelvara is not empty")) << m_summary;
     EXPECT_TRUE(application.exists());
+}
+
+TEST_F(TestKit, TakesAnEmptyKeyOfTheApplicationForNone)
+{
+    const SavedRegistryKey application(HKEY_CURRENT_USER, kApplication);
+    application.create();
+    run("bin\\qelTestKitSample | registry\n");
+    EXPECT_TRUE(says("1 programs, 8 tests: ")) << m_summary;
+    EXPECT_TRUE(application.exists()) << "as it was";
+}
+
+TEST_F(TestKit, RemovesWhatTestsHaveLeftInTheRegistry)
+{
+    const SavedRegistryKey drivers(HKEY_LOCAL_MACHINE, kDrivers);
+    drivers.setText(L"A driver of the machine", L"Installed");
+    const SavedRegistryKey application(HKEY_CURRENT_USER, kApplication);
+    SetEnvironmentVariableW(L"QEL_SAMPLE_LEAVES_KEYS", L"1");
+    run("bin\\qelTestKitSample | registry\n");
+    SetEnvironmentVariableW(L"QEL_SAMPLE_LEAVES_KEYS", nullptr);
+    EXPECT_TRUE(says("1 programs, 8 tests: ")) << m_summary;
+    EXPECT_FALSE(application.exists());
+    EXPECT_NO_THROW(drivers.remove(L"A driver of the machine"));
+    EXPECT_THROW(drivers.remove(L"A driver of the tests"), std::runtime_error);
 }
 
 TEST_F(TestKit, PutsBackTheDriversOfARunThatWasInterrupted)

@@ -42,11 +42,25 @@ TEST_P(Numbers, AreBelowTwo)
 }
 
 INSTANTIATE_TEST_SUITE_P(Few, Numbers, testing::Values(1, 2));
+
+/// As tests leave the registry that are ended in their middle.
+void leaveKeys()
+{
+    const wchar_t kText[] = L"Installed";
+    RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Kelvara\\Orvalis\\2020", L"DataPath", REG_SZ, kText, sizeof(kText));
+    RegDeleteKeyExW(HKEY_LOCAL_MACHINE, L"Software\\ODBC\\ODBCINST.INI\\ODBC Drivers", KEY_WOW64_64KEY, 0);
+    RegSetKeyValueW(HKEY_LOCAL_MACHINE, L"Software\\ODBC\\ODBCINST.INI\\ODBC Drivers", L"A driver of the tests", REG_SZ,
+                    kText, sizeof(kText));
+}
 } // namespace
 
 int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
+    if (GetEnvironmentVariableA("QEL_SAMPLE_LEAVES_KEYS", nullptr, 0) != 0)
+    {
+        leaveKeys();
+    }
     const int result = RUN_ALL_TESTS();
     // Trouble behind the last test.
     char stated[20] = {};
