@@ -5,8 +5,8 @@
 # none of it, bin/NAME.dll.debug holds nothing else, and the DLL names that file and its checksum for debuggers. The
 # linkers of the Visual C++ ABI write bin/NAME.pdb by themselves.
 function(qel_split_symbols target)
-  # Compilers leave out the classes that they expect another module to describe, such as those whose virtual table is not
-  # made here. No other module does.
+  # Compilers leave out the classes that they expect another module to describe, such as those whose virtual table is
+  # not made here. No other module does.
   target_compile_options(${target} PRIVATE
     $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-femit-class-debug-always>
     $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-fstandalone-debug>)

@@ -43,8 +43,8 @@ if(NOT CMAKE_PROJECT_NAME STREQUAL "CMAKE_TRY_COMPILE")
   endforeach()
 endif()
 set(CMAKE_CXX_STANDARD_LIBRARIES "kernel32.lib user32.lib gdi32.lib advapi32.lib vcruntime140.lib ucrtbase.lib")
-# With debug information nothing is left out unless it is asked for. Functions with equal code stay apart, so that a name
-# in the debugger, or in a list of exports, is the one of the source.
+# With debug information nothing is left out unless it is asked for. Functions with equal code stay apart, so that a
+# name in the debugger, or in a list of exports, is the one of the source.
 foreach(kind EXE SHARED MODULE)
   set(CMAKE_${kind}_LINKER_FLAGS_INIT "/nodefaultlib /libpath:\"${folder}\" /manifest:no /debug /opt:ref")
 endforeach()

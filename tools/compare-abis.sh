@@ -88,6 +88,13 @@ runtime_of()
     x86_64-w64-mingw32-objdump -p "$1" | sed -nE 's/.*DLL Name: (msvcrt|ucrtbase)\.dll.*/\1/p' | tr '\n' ' '
 }
 
+# Whether DLL and host of the preset $1 both import the C runtime $2, and no other.
+expect_runtime()
+{
+    printf 'VarnelQELRoots.dll: %s \nhost.exe: %s \n' "$2" "$2" | diff - "$result/$1.runtimes" ||
+        fail "the build of $1 does not use the C runtime that it is meant for"
+}
+
 end_everything_on_exit
 result=$qel_source/build/compared-abis
 for preset in "${qel_presets[@]}"; do
@@ -101,9 +108,8 @@ for preset in "${qel_presets[@]}"; do
 done
 
 say "Comparing"
-printf 'VarnelQELRoots.dll: msvcrt \nhost.exe: msvcrt \n' | diff - "$result/${qel_presets[0]}.runtimes" &&
-    printf 'VarnelQELRoots.dll: ucrtbase \nhost.exe: ucrtbase \n' | diff - "$result/${qel_presets[1]}.runtimes" ||
-    fail "a build does not use the C runtime that it is meant for"
+expect_runtime "${qel_presets[0]}" msvcrt
+expect_runtime "${qel_presets[1]}" ucrtbase
 diff -r "$result/${qel_presets[0]}" "$result/${qel_presets[1]}" ||
     fail "the two builds differ (< ${qel_presets[0]}, > ${qel_presets[1]})"
 count=$(find "$result/${qel_presets[0]}" -type f | wc -l)
