@@ -54,7 +54,7 @@ private:
 class qelBalancedTreeEntry::Descent
 {
 public:
-    typedef void Check(qelBalancedTreeEntry*& slot, int& flag);
+    using Check = void(qelBalancedTreeEntry*& slot, int& flag);
 
     /// The slot on the side that compare() named with -1 or 1; the entry remembers the side.
     static qelBalancedTreeEntry*& turn(qelBalancedTreeEntry& entry, int side)

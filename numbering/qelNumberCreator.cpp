@@ -43,7 +43,7 @@ qelString next(const qelString& code, const StructNumberingDataRange& range, eNu
 {
     const int lowest = lowestSymbol(range);
     const int count = range.symbolCount;
-    const size_t length = static_cast<size_t>(code.length());
+    const auto length = static_cast<size_t>(code.length());
     qelNumbering::TextBuffer moved(length);
     memcpy(moved.text(), code.getStringW(), length * sizeof(wchar_t));
     moved.text()[length] = 0;

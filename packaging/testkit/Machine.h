@@ -19,7 +19,8 @@ std::string installedApplication();
 
 /**
  * The registry as it was: the list of ODBC drivers, of which the tests make their own for a while, is kept in a file
- * and comes back at the end. What tests have left below the application's keys, which must be empty at first, is removed.
+ * and comes back at the end. What tests have left below the application's keys, which must be empty at first, is
+ * removed.
  */
 class SavedRegistry
 {
