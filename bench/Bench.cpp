@@ -12,7 +12,7 @@ Table::Table(const char* peer)
 void Table::printRow(const char* what, double ours, double peer)
 {
     printf("%-42s %12.1f %12.1f %8.2f\n", what, ours, peer, ours / peer);
-    fflush(stdout);
+    (void)fflush(stdout);
 }
 
 void Table::printWrong(const char* what)

@@ -38,12 +38,12 @@ private:
         const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
         if (record.ExceptionCode == wideText)
         {
-            s_texts.push_back(reinterpret_cast<const wchar_t*>(record.ExceptionInformation[1]));
+            s_texts.emplace_back(reinterpret_cast<const wchar_t*>(record.ExceptionInformation[1]));
             return EXCEPTION_CONTINUE_EXECUTION;
         }
         if (record.ExceptionCode == narrowText)
         {
-            s_texts.push_back(reinterpret_cast<const char*>(record.ExceptionInformation[1]));
+            s_texts.emplace_back(reinterpret_cast<const char*>(record.ExceptionInformation[1]));
             return EXCEPTION_CONTINUE_EXECUTION;
         }
         return EXCEPTION_CONTINUE_SEARCH;
@@ -115,9 +115,9 @@ void useObjects(const std::wstring& path)
 {
     int document = 0;
     qelDebugInterfaces::setCurrentContextInitiator(&document);
-    Component beam(L"Beam");
+    const Component beam(L"Beam");
     {
-        Component plate(L"Plate");
+        const Component plate(L"Plate");
     }
     qelDebugInterfaces::contextInitiatorEnd(&document);
 

@@ -2,8 +2,11 @@
 #include "Commands.h"
 #include "Console.h"
 
+#include <algorithm>
+
 namespace
 {
+// NOLINTNEXTLINE(cppcoreguidelines-interfaces-global-init): where the commands are is known before what they hold
 const Command* const commands[] = {
     &diagnoseCommand, &sourcesCommand, &numberCommand, &sectionCommand, &progressCommand,
 };
@@ -39,17 +42,11 @@ const Command* findCommand(const std::wstring& name)
 
 bool asksForHelp(const Arguments& options)
 {
-    for (const std::wstring& option : options)
-    {
-        if (option == L"--help")
-        {
-            return true;
-        }
-    }
-    return false;
+    return std::find(options.begin(), options.end(), L"--help") != options.end();
 }
 } // namespace
 
+// NOLINTNEXTLINE(misc-use-internal-linkage): the runtime starts it
 int wmain(int argc, wchar_t** argv)
 {
     Arguments options(argv + 1, argv + argc);
@@ -65,7 +62,7 @@ int wmain(int argc, wchar_t** argv)
     }
 
     const Command* command = findCommand(options.front());
-    if (!command)
+    if (command == nullptr)
     {
         printError(L"host: there is no command \"" + options.front() + L"\"\n\n" + usage());
         return kUsageError;

@@ -94,7 +94,7 @@ private:
         qelNumberCreator& creator = entry->second;
         if (isNew)
         {
-            const eNumberingType kNumeric = static_cast<eNumberingType>(3);
+            const auto kNumeric = static_cast<eNumberingType>(3);
             StructNumberingDataRange digits;
             digits.firstSymbol = L"0";
             digits.symbolCount = 10;
@@ -117,7 +117,7 @@ Groups numberParts(const std::vector<Part>& parts)
     for (const Part& part : parts)
     {
         Group& group = groups[numbers.numberOf(part)];
-        if (!group.part)
+        if (group.part == nullptr)
         {
             group.part = &part;
         }

@@ -126,7 +126,7 @@ void watchForCancel()
 bool isCancelKey(const INPUT_RECORD& input)
 {
     const KEY_EVENT_RECORD& key = input.Event.KeyEvent;
-    return input.EventType == KEY_EVENT && key.bKeyDown &&
+    return input.EventType == KEY_EVENT && key.bKeyDown != 0 &&
            (key.wVirtualKeyCode == VK_ESCAPE || isCancelLetter(key.uChar.UnicodeChar));
 }
 

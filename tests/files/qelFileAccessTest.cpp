@@ -17,7 +17,6 @@
 using qelTest::bytes;
 using qelTest::openHandles;
 using qelTest::TestFile;
-using qelTest::utf16;
 
 // The header has to give the host's macro back.
 #ifndef UNICODE

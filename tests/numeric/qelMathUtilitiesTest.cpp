@@ -708,8 +708,8 @@ TEST(qelMathUtilitiesQuadratic, TakesTheCorrectlyRoundedSquareRoot)
         const List roots = solveQuadratic(0.25, b, 0);
         ASSERT_EQ(roots.size(), 2u);
         const double r = root2(discriminant);
-        const long double below = (static_cast<long double>(steps(r, -1)) + r) / 2;
-        const long double above = (static_cast<long double>(steps(r, 1)) + r) / 2;
+        const long double below = (static_cast<long double>(steps(r, -1)) + static_cast<long double>(r)) / 2;
+        const long double above = (static_cast<long double>(steps(r, 1)) + static_cast<long double>(r)) / 2;
         ASSERT_LE(below * below, discriminant);
         ASSERT_GE(above * above, discriminant);
         ASSERT_EQ(roots[1], (r - b) * 0.5 / 0.25);

@@ -202,19 +202,8 @@ private:
 
     std::wstring quantifier()
     {
-        static const wchar_t* const kQuantifiers[] = {L"*",
-                                                      L"+",
-                                                      L"?",
-                                                      L"*?",
-                                                      L"+?",
-                                                      L"?"
-                                                      L"?",
-                                                      L"{2}",
-                                                      L"{1,2}",
-                                                      L"{0,1}?",
-                                                      L"{2,}",
-                                                      L"{0}",
-                                                      L"{0,2}"};
+        static const wchar_t* const kQuantifiers[] = {L"*",   L"+",     L"?",      L"*?",   L"+?",  L"?\?",
+                                                      L"{2}", L"{1,2}", L"{0,1}?", L"{2,}", L"{0}", L"{0,2}"};
         return m_random.number(0, 2) == 0 ? kQuantifiers[m_random.number(0, 11)] : L"";
     }
 
