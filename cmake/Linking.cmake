@@ -8,6 +8,12 @@ function(qel_reproducible_dll target)
       /NODEFAULTLIB:libucrt$<$<CONFIG:Debug>:d>.lib /DEFAULTLIB:ucrt$<$<CONFIG:Debug>:d>.lib)
     target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:/Brepro>)
     target_link_options(${target} PRIVATE /Brepro /DYNAMICBASE /HIGHENTROPYVA /NXCOMPAT)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+      # As for GCC below. The linker would write where the PDB lies.
+      target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:
+        /clang:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=. /clang:-ffile-prefix-map=${CMAKE_BINARY_DIR}=build>)
+      target_link_options(${target} PRIVATE /pdbaltpath:%_PDB%)
+    endif()
   else()
     # The compiler would write source and build paths into assertions and debug information.
     target_compile_options(${target} PRIVATE

@@ -1,26 +1,6 @@
 /**
  * @file
- * @brief Growable array template and the policies that move and store its elements.
- *
- * A `qelArray` keeps three lengths apart: the *logical* length (elements in use), the *physical* length (slots that
- * exist) and the *grow* length (the step in which slots are added). Storage grows to the next whole multiple of the
- * grow length and is given back only when it shrinks by a quarter or more, so a list that is refilled again and again
- * keeps its memory.
- *
- * @code
- * qelArray<qelString> names;
- * names.append(L"HEA 200");
- * names.append(L"IPE 300");       // length 2, physical length 8
- * names.setLogicalLength(0);      // empty, the eight slots stay
- * @endcode
- *
- * - **Scale**: growth is linear, in steps of the grow length, never geometric. Give a large list its size at once with
- *   setPhysicalLength(); appending n elements one by one to an unsized list moves about n*n / (2 * grow length).
- * - **Ownership**: the array owns its elements. Pointers and references to elements end with the next call that
- *   changes the physical length.
- * - **Failure**: positions are not checked and nothing reports an error; running out of memory surfaces from the
- *   allocation itself.
- * - **Threads**: one at a time.
+ * @brief Growable array template, and the policies that store and move its elements.
  */
 #ifndef QEL_ARRAY_H
 #define QEL_ARRAY_H
@@ -32,7 +12,32 @@
 #include <stdint.h>
 #include <string.h>
 
-/// Where every array of the process gets its storage, so that one module may free what another one allocated.
+/**
+ * @brief Where every array of the process gets its storage.
+ * @ingroup text
+ *
+ * @par Purpose
+ * One allocator for all modules: what one of them allocates, another one may free.
+ *
+ * @par Example
+ * @code
+ * unsigned char* block = qelMemoryControllerController::allocateArray(16, sizeof(double)); // 128 bytes
+ * qelMemoryControllerController::deallocateArray(block);
+ * block == nullptr;                                                                        // == true
+ * @endcode
+ *
+ * @par Ownership
+ * A block belongs to the caller until it is given back.
+ *
+ * @par Threads
+ * Any.
+ *
+ * @par Cost
+ * One allocation, one release.
+ *
+ * @par Failure
+ * Memory that cannot be had is `std::bad_alloc`.
+ */
 class QEL_API qelMemoryControllerController
 {
 public:
@@ -46,19 +51,77 @@ public:
     static void deallocateArray(unsigned char*& block);
 };
 
-/// Selects the placement form below, so that no C++ library header is needed here.
+/**
+ * @brief Selects the library's own form of placement new.
+ * @ingroup text
+ *
+ * @par Purpose
+ * Elements are made in storage that is there already, without a header of the C++ library.
+ *
+ * @par Example
+ * @code
+ * qelArrayMemoryController<qelString> memory;
+ * qelString* text = memory.allocate(1);
+ * new (static_cast<void*>(text), qelPlacement()) qelString(L"HEA 200");
+ * text->length();                                                       // == 7
+ * text->~qelString();
+ * memory.deallocate(text);
+ * @endcode
+ *
+ * @par Ownership
+ * The storage stays the caller's, who destroys the object before it goes.
+ *
+ * @par Threads
+ * Any.
+ *
+ * @par Cost
+ * That of the constructor.
+ *
+ * @par Failure
+ * What the constructor throws; the storage must suit the object in size and alignment.
+ */
 struct qelPlacement
 {
 };
 
+/// The address it was given: an object is made where it points.
+/// @relates qelPlacement
 inline void* operator new(size_t, void* where, qelPlacement) noexcept
 {
     return where;
 }
 
+/// Called when a constructor throws; there is nothing to free.
+/// @relates qelPlacement
 inline void operator delete(void*, void*, qelPlacement) noexcept {}
 
-/// Gives a `qelArray` typed storage out of qelMemoryControllerController.
+/**
+ * @brief Storage of a qelArray, out of qelMemoryControllerController.
+ * @ingroup text
+ *
+ * @par Purpose
+ * The default of the array's last parameter. A class with the same two members takes its place where elements are to
+ * live elsewhere.
+ *
+ * @par Example
+ * @code
+ * int* slots = qelArrayMemoryController<int>::allocate(8);
+ * qelArrayMemoryController<int>::deallocate(slots);
+ * slots == nullptr;                                        // == true
+ * @endcode
+ *
+ * @par Ownership
+ * Storage belongs to the caller until it is given back; its elements are made and destroyed by the caller.
+ *
+ * @par Threads
+ * Any.
+ *
+ * @par Cost
+ * One allocation, one release.
+ *
+ * @par Failure
+ * Memory that cannot be had is `std::bad_alloc`.
+ */
 template <class T> class qelArrayMemoryController
 {
 public:
@@ -78,12 +141,36 @@ public:
 };
 
 /**
- * Element policy for objects: every slot holds a constructed element (plain types start at zero), kept elements are
- * assigned one by one, old ones destroyed.
+ * @brief Element policy of a qelArray for objects; the default.
+ * @ingroup text
+ *
+ * @par Purpose
+ * Every slot holds a constructed element (plain types start at zero), kept elements are assigned one by one, old ones
+ * destroyed.
+ *
+ * @par Example
+ * @code
+ * qelArray<int> counts;     // qelArrayObjectCopyReallocator<int> is the default
+ * counts.setLogicalLength(3);
+ * counts[2];                // == 0
+ * @endcode
+ *
+ * @par Ownership
+ * None; the slots belong to the array.
+ *
+ * @par Threads
+ * Those of the array.
+ *
+ * @par Cost
+ * One constructor, assignment or destructor an element.
+ *
+ * @par Failure
+ * What an element throws passes through. Slots that were made by then are not destroyed, and their storage is lost.
  */
 template <class T> class qelArrayObjectCopyReallocator
 {
 public:
+    /// Makes `count` elements in raw storage.
     static void construct(T* storage, long count)
     {
         for (long i = 0; i < count; ++i)
@@ -92,6 +179,7 @@ public:
         }
     }
 
+    /// Assigns `count` elements, the first one first.
     static void copy(T* to, const T* from, long count)
     {
         for (long i = 0; i < count; ++i)
@@ -100,6 +188,7 @@ public:
         }
     }
 
+    /// Destroys `count` elements; the storage stays.
     static void destroy(T* storage, long count)
     {
         for (long i = 0; i < count; ++i)
@@ -109,14 +198,42 @@ public:
     }
 };
 
-/// Element policy for plain values: new slots are left as they come, kept elements are copied as bytes.
+/**
+ * @brief Element policy of a qelArray for plain values.
+ * @ingroup text
+ *
+ * @par Purpose
+ * New slots are left as they come and kept elements are copied as bytes: for numbers and plain records in large lists.
+ * Other types do not compile.
+ *
+ * @par Example
+ * @code
+ * qelArray<double, qelArrayMemCopyReallocator<double>> lengths(1000); // a thousand slots, not set to zero
+ * lengths.append(6000.0);
+ * lengths[0];                                                         // == 6000.0
+ * @endcode
+ *
+ * @par Ownership
+ * None; the slots belong to the array.
+ *
+ * @par Threads
+ * Those of the array.
+ *
+ * @par Cost
+ * One copy of memory; making and destroying elements costs nothing.
+ *
+ * @par Failure
+ * None.
+ */
 template <class T> class qelArrayMemCopyReallocator
 {
     static_assert(__is_trivially_copyable(T), "only plain values may be copied as bytes");
 
 public:
+    /// Leaves the slots as they are.
     static void construct(T*, long) {}
 
+    /// Copies `count` elements; nothing for a count below 1.
     static void copy(T* to, const T* from, long count)
     {
         if (count > 0)
@@ -125,14 +242,49 @@ public:
         }
     }
 
+    /// Does nothing.
     static void destroy(T*, long) {}
 };
 
 /**
- * @brief Growable array; see the head of this file for purpose, scale and ownership.
+ * @brief Growable array.
+ * @ingroup text
  *
- * An argument that is an element of the same array, or the array itself, is treated as if it had been copied before
- * the call.
+ * @par Purpose
+ * Keeps three lengths apart: the *logical* length (elements in use), the *physical* length (slots that exist) and the
+ * *grow* length (the step in which slots are added). Storage grows to the next whole multiple of the grow length and is
+ * given back only when it shrinks by a quarter or more, so a list that is refilled again and again keeps its memory.
+ *
+ * @par Example
+ * @code
+ * qelArray<qelString> names;
+ * names.append(L"HEA 200");
+ * names.append(L"IPE 300");
+ * names.length();            // == 2
+ * names.physicalLength();    // == 8
+ * names.setLogicalLength(0); // the eight slots stay
+ * names.physicalLength();    // == 8
+ * @endcode
+ *
+ * @par Ownership
+ * The array owns its elements. Pointers and references to elements end with the next call that changes the physical
+ * length. An argument that is an element of the same array, or the array itself, is treated as if it had been copied
+ * before the call.
+ *
+ * @par Threads
+ * One at a time.
+ *
+ * @par Cost
+ * Access O(1); inserting, removing and searching O(n). Growth is linear, in steps of the grow length, never geometric:
+ * appending n elements one by one to an unsized list moves about n*n / (2 * grow length). Give a large list its size at
+ * once with setPhysicalLength().
+ *
+ * @par Failure
+ * Positions are not checked and nothing reports an error; memory that cannot be had surfaces from the allocation.
+ *
+ * @tparam T                what is stored; the default policy constructs, assigns and destroys it
+ * @tparam Reallocator      how elements are made, moved and destroyed
+ * @tparam MemoryController where slots come from
  */
 template <class T, class Reallocator = qelArrayObjectCopyReallocator<T>,
           class MemoryController = qelArrayMemoryController<T>>
@@ -162,6 +314,7 @@ public:
         *this = other;
     }
 
+    /// Destroys every element.
     ~qelArray() { freeStorage(); }
 
     /**
@@ -203,14 +356,17 @@ public:
 
     /// The element at `i`; not checked.
     T& operator[](long i) { return m_elements[i]; }
+    /// @overload
     const T& operator[](long i) const { return m_elements[i]; }
 
     /// The first element; the array must not be empty.
     T& first() { return m_elements[0]; }
+    /// @overload
     const T& first() const { return m_elements[0]; }
 
     /// The last element in use; the array must not be empty.
     T& last() { return m_elements[m_logicalLength - 1]; }
+    /// @overload
     const T& last() const { return m_elements[m_logicalLength - 1]; }
 
     /**

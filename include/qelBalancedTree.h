@@ -1,63 +1,67 @@
 /**
  * @file
  * @brief Search tree over records of the caller's own class.
- *
- * A record derives from `qelBalancedTreeEntry` and says how it compares; the tree links records through the links that
- * they carry, so inserting allocates nothing. Insertion keeps the tree balanced (AVL). Removal does not: see below.
- *
- * @code
- * class Profile : public qelBalancedTreeEntry
- * {
- * public:
- *     explicit Profile(int height) : m_height(height) {}
- *     int compare(const qelBalancedTreeEntry& other) const override
- *     {
- *         const int theirs = static_cast<const Profile&>(other).m_height;
- *         return theirs < m_height ? -1 : theirs > m_height ? 1 : 0;
- *     }
- *     int m_height;
- * };
- *
- * qelBalancedTree profiles;
- * Profile* fresh = new Profile(300);
- * if (profiles.insert(fresh) != qelBalancedTreeEntry::eNoError)
- * {
- *     delete fresh; // refused: still ours
- * }
- * const qelBalancedTreeEntry* found = profiles.search(Profile(300));
- * @endcode
- *
- * - **Ownership**: an entry that was inserted belongs to the tree, is destroyed by it through its virtual destructor,
- *   and so must come from `new`. A refused entry stays with the caller. A copy of a tree shares the entries of the
- *   first one, and a copy of an entry that is in a tree shares its subtrees: destroying both is not supported.
- * - **Scale and cost**: while nothing is removed, n entries are at most 1.45 * log2(n + 2) levels deep, and search()
- *   and insert() compare once a level. remove() never rebalances, by design: replacing every entry at random five times
- *   about doubles the levels, and there are sequences in which each removal brings another one, down to a chain of all
- *   entries. docs/numbering.md has numbers, and a way to rebuild a tree.
- * - **Stack**: no operation recurses, however deep removals have left the tree: a million removals need no more stack
- *   than none. Destroying a whole tree takes two nested destructors.
- * - **Failure**: the values of qelBalancedTreeEntry::eError; nothing throws except what a comparison throws, which
- *   leaves the tree as it was, and walk() of a very deep tree when memory runs out.
- * - **Threads**: one at a time.
  */
 #ifndef QEL_BALANCED_TREE_H
 #define QEL_BALANCED_TREE_H
 
 #include "qelExport.h"
 
-/// What an entry takes its two subtrees for. After removals it need not be so any more.
-enum eWeight
+/**
+ * @brief What an entry takes its two subtrees for.
+ * @ingroup numbering
+ *
+ * After removals it need not be so any more.
+ */
+enum eWeight : int
 {
     eLeftHeavy = 0,  ///< the left one is a level higher
     eBalanced = 1,   ///< both have the same height
     eRightHeavy = 2, ///< the right one is a level higher
 };
 
-/// @brief Base class of the records in a qelBalancedTree; see the head of this file.
+/**
+ * @brief Base class of the records in a qelBalancedTree.
+ * @ingroup numbering
+ *
+ * @par Purpose
+ * A record derives from this class and says how it compares; the tree links records through the links that they carry.
+ *
+ * @par Example
+ * @code
+ * class Section : public qelBalancedTreeEntry
+ * {
+ * public:
+ *     explicit Section(int height) : m_height(height) {}
+ *     int compare(const qelBalancedTreeEntry& other) const override
+ *     {
+ *         const int theirs = static_cast<const Section&>(other).m_height;
+ *         return theirs < m_height ? -1 : theirs > m_height ? 1 : 0;
+ *     }
+ *     int m_height;
+ * };
+ *
+ * Section(300).compare(Section(200)); // == -1, the other one comes before
+ * @endcode
+ *
+ * @par Ownership
+ * An entry that was inserted belongs to the tree; see qelBalancedTree. A copy of an entry that is in a tree shares its
+ * subtrees: destroying both is not supported.
+ *
+ * @par Threads
+ * One at a time for all entries of a tree.
+ *
+ * @par Cost
+ * 32 bytes an entry, its virtual table included.
+ *
+ * @par Failure
+ * The values of eError.
+ */
 class QEL_API qelBalancedTreeEntry
 {
 public:
-    enum eError
+    /// What became of a call.
+    enum eError : int
     {
         eNoError = 0,       ///< done
         eAlreadyInTree = 1, ///< an equal entry is in the tree; nothing was inserted
@@ -70,6 +74,8 @@ public:
 
     /// Copies weight and links as they are. An entry that is to be inserted must not be the copy of one in a tree.
     qelBalancedTreeEntry(const qelBalancedTreeEntry&) = default;
+
+    /// Takes over weight and links as they are. Not for an entry in a tree, whose own links are lost.
     qelBalancedTreeEntry& operator=(const qelBalancedTreeEntry&) = default;
 
     /// Destroys the right subtree, then the left one, each entry before its own subtrees.
@@ -83,6 +89,7 @@ public:
 
 private:
     friend class qelBalancedTree;
+    class Descent;
 
     // A slot is the link that holds a subtree: the root of the tree or a side of an entry. The flag is set to 1 when
     // the subtree in the slot changed its height, to 0 when it did not.
@@ -100,27 +107,12 @@ private:
     static void checkLeftRemove(qelBalancedTreeEntry*& slot, int& flag);
     static void checkRightRemove(qelBalancedTreeEntry*& slot, int& flag);
 
-    using Check = void(qelBalancedTreeEntry*& slot, int& flag);
-
-    /**
-     * Runs `left` or `right` on each entry from the one in `top` down to the slot `end`, by the side on which the
-     * descent went on; `top` last, since only there the change may end and links may change.
-     */
-    static void checkPath(qelBalancedTreeEntry*& top, qelBalancedTreeEntry* const* end, Check& left, Check& right,
-                          int& flag);
-
     static void rotateLeft(qelBalancedTreeEntry*& slot);
     static void rotateRight(qelBalancedTreeEntry*& slot);
 
     /// Gives the sides of this entry, the new top of a double rotation, the weights that follow from its own.
     void checkAndCorrectBalanceStatus();
     void setWeightStatusToChilds(eWeight left, eWeight right);
-
-    /// The slot on the side that compare() named with -1 or 1; remembers the side.
-    qelBalancedTreeEntry*& turn(int side);
-
-    /// The slot on the side remembered last.
-    qelBalancedTreeEntry*& followed();
 
     eWeight m_weight;              ///< balance of the two sides
     int m_side;                    ///< where the latest descent went on; of no meaning between calls
@@ -130,7 +122,57 @@ private:
 
 static_assert(sizeof(qelBalancedTreeEntry) == 32, "virtual table, weight and side, two links");
 
-/// @brief The tree; see the head of this file for ownership, cost and depth.
+/**
+ * @brief Search tree over records of the caller's own class.
+ * @ingroup numbering
+ *
+ * @par Purpose
+ * Keeps records in order and finds them again. Insertion keeps the tree balanced (AVL); removal does not, by design.
+ *
+ * @par Example
+ * @code
+ * class Profile : public qelBalancedTreeEntry
+ * {
+ * public:
+ *     explicit Profile(int height) : m_height(height) {}
+ *     int compare(const qelBalancedTreeEntry& other) const override
+ *     {
+ *         const int theirs = static_cast<const Profile&>(other).m_height;
+ *         return theirs < m_height ? -1 : theirs > m_height ? 1 : 0;
+ *     }
+ *     int m_height;
+ * };
+ *
+ * qelBalancedTree profiles;
+ * profiles.insert(new Profile(300));                         // == qelBalancedTreeEntry::eNoError
+ * Profile* again = new Profile(300);
+ * if (profiles.insert(again) != qelBalancedTreeEntry::eNoError)
+ * {
+ *     delete again;                                          // refused: still ours
+ * }
+ * profiles.search(Profile(300)) != nullptr;                  // == true
+ * profiles.remove(Profile(200));                             // == qelBalancedTreeEntry::eNotFound
+ * @endcode
+ *
+ * @par Ownership
+ * An entry that was inserted belongs to the tree, is destroyed by it through its virtual destructor, and so must come
+ * from `new`. A refused entry stays with the caller. A copy of a tree shares the entries of the first one: destroying
+ * both is not supported.
+ *
+ * @par Threads
+ * One at a time.
+ *
+ * @par Cost
+ * Inserting allocates nothing. While nothing is removed, n entries are at most 1.45 * log2(n + 2) levels deep, and
+ * search() and insert() compare once a level. remove() never rebalances: replacing every entry at random five times
+ * about doubles the levels, and there are sequences in which each removal brings another one, down to a chain of all
+ * entries. @ref page_docs_numbering "docs/numbering.md" has numbers, and a way to rebuild a tree. No operation
+ * recurses, however deep removals have left the tree; destroying a whole tree takes two nested destructors.
+ *
+ * @par Failure
+ * The values of qelBalancedTreeEntry::eError. Nothing throws except what a comparison throws, which leaves the tree as
+ * it was, and walk() of a very deep tree when memory runs out.
+ */
 class QEL_API qelBalancedTree
 {
 public:
@@ -140,8 +182,10 @@ public:
     /// An empty tree.
     qelBalancedTree();
 
-    /// Copies the link to the root only: both trees then hold the same entries. What this tree held is not destroyed.
+    /// Copies the link to the root only: both trees then hold the same entries.
     qelBalancedTree(const qelBalancedTree&) = default;
+
+    /// As the copy. What this tree held is not destroyed.
     qelBalancedTree& operator=(const qelBalancedTree&) = default;
 
     /// Destroys every entry.

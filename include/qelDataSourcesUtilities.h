@@ -1,29 +1,6 @@
 /**
  * @file
  * @brief The catalogue of the application's data sources, and the ODBC drivers that open them.
- *
- * The catalogues and models of the application live in ODBC databases. `qelDataSourcesUtilities` knows them by name and
- * platform: three built-in ones, whose connection strings come from the registry, and those of the configuration file
- * "DatabaseConfiguration.xml" below the data folder. It also knows which ODBC drivers are installed and writes every
- * connection string of the catalogue for a driver that will load.
- *
- * @code
- * qelDataSourcesUtilities sources;
- * qelString connection;
- * if (sources.getConnectionString(L"PelionProfiles2020", connection, L"x64") == 1
- *     && qelDataSourcesUtilities::testConnection(connection) == 1)
- * {
- *     openProfiles(connection);
- * }
- * @endcode
- *
- * - **Scale**: some dozens of data sources; a search walks the list. The catalogue is read once, on the first question,
- *   and again only after a different configuration file has been named. The list of drivers is read once per process.
- * - **Ownership**: all state belongs to the process and stays until it ends; objects of the class hold none. Texts are
- *   handed out as copies.
- * - **Failure**: results are numbers as each member says; nothing is thrown. Trouble with the ODBC installer library is
- *   shown to the user in a message box, which waits for an answer.
- * - **Threads**: unguarded; keep all use on one thread, or let one call to getConnectionString() finish first.
  */
 #ifndef QEL_DATA_SOURCES_UTILITIES_H
 #define QEL_DATA_SOURCES_UTILITIES_H
@@ -32,7 +9,32 @@
 #include "qelExport.h"
 #include "qelString.h"
 
-/// One entry of the catalogue.
+/**
+ * @brief One data source of the catalogue.
+ * @ingroup configuration
+ *
+ * @par Purpose
+ * A name, the platform it is meant for, and the connection string.
+ *
+ * @par Example
+ * @code
+ * const qelDataSource bolts(L"Bolts", L"DRIVER={Varnel ODBC Driver};DBQ=Bolts.mdb", L"x64");
+ * bolts.m_Platform;                                                                          // == L"x64"
+ * bolts == qelDataSource(L"BOLTS", L"", L"X64");                                             // == true
+ * @endcode
+ *
+ * @par Ownership
+ * A plain value of three texts.
+ *
+ * @par Threads
+ * As qelString.
+ *
+ * @par Cost
+ * A copy shares its texts, O(1).
+ *
+ * @par Failure
+ * None; nothing is checked.
+ */
 class QEL_API qelDataSource
 {
 public:
@@ -42,9 +44,13 @@ public:
     /// Mind the order: the platform, which stands second among the fields, comes last.
     qelDataSource(const qelString& name, const qelString& connectionString, const qelString& platform);
 
+    /// Shares the texts of `other`.
     qelDataSource(const qelDataSource& other);
+
+    /// Gives up its share of the texts.
     virtual ~qelDataSource();
 
+    /// Shares the texts of `other`.
     qelDataSource& operator=(const qelDataSource& other);
 
     /// Whether name and platform are equal, each without regard to case; the connection string takes no part.
@@ -57,7 +63,45 @@ public:
 
 static_assert(sizeof(qelDataSource) == 56, "virtual table and three texts");
 
-/// @brief Catalogue of data sources and ODBC drivers; see the head of this file for the rules that all members share.
+/**
+ * @brief Catalogue of data sources and ODBC drivers.
+ * @ingroup configuration
+ *
+ * @par Purpose
+ * The catalogues and models of the application live in ODBC databases. This class knows them by name and platform:
+ * three built-in ones, whose connection strings come from the registry, and those of the configuration file
+ * "DatabaseConfiguration.xml" below the data folder. It also knows which ODBC drivers are installed and writes every
+ * connection string of the catalogue for a driver that will load.
+ *
+ * @par Example
+ * @code
+ * // "PelionProfiles2020" is registered, but its database file is missing.
+ * qelDataSourcesUtilities sources;
+ * qelString connection;
+ * sources.getConnectionString(L"PelionProfiles2020", connection, L"x64"); // == 1
+ *
+ * qelString head, file;
+ * qelDataSourcesUtilities::splitConnectionString(connection, head, file); // == 1
+ * file;                                                                   // == L"D:\\Data\\PelionProfiles2020.mdb"
+ * qelDataSourcesUtilities::testConnection(connection);                    // == 0, no such file
+ * sources.getConnectionString(L"PelionProfiles1990", connection, L"x64"); // == 0, unknown
+ * @endcode
+ *
+ * @par Ownership
+ * All state belongs to the process and stays until it ends; objects of the class hold none. Texts are handed out as
+ * copies.
+ *
+ * @par Threads
+ * Unguarded; keep all use on one thread, or let one call to getConnectionString() finish first.
+ *
+ * @par Cost
+ * The catalogue is read once, on the first question, and again only after a different configuration file has been
+ * named; the list of drivers once per process. A search walks the list: made for some dozens of data sources.
+ *
+ * @par Failure
+ * Results are numbers as each member says; nothing is thrown. Trouble with the ODBC installer library is shown to the
+ * user in a message box, which waits for an answer.
+ */
 class QEL_API qelDataSourcesUtilities
 {
 public:
@@ -69,9 +113,13 @@ public:
      */
     explicit qelDataSourcesUtilities(qelString configurationFile = qelString());
 
+    /// There is nothing to copy: all objects look at the same catalogue.
     qelDataSourcesUtilities(const qelDataSourcesUtilities& other);
+
+    /// The catalogue stays.
     virtual ~qelDataSourcesUtilities();
 
+    /// Changes nothing.
     qelDataSourcesUtilities& operator=(const qelDataSourcesUtilities& other);
 
     /// @name Catalogue

@@ -1,28 +1,6 @@
 /**
  * @file
  * @brief Record of component objects and their ends, the debug output of the library, and a box for the user.
- *
- * Component classes report their construction and destruction; at the end of a context the objects that it leaves
- * behind can be counted and listed.
- *
- * @code
- * qelDebugInterfaces::setCurrentContextInitiator(document);
- * Beam* beam = new Beam;    // its constructor: qelDebugInterfaces::objectConstructed(L"Beam", this);
- * delete beam;              // its destructor:  qelDebugInterfaces::objectDestroied(L"Beam", this);
- * qelDebugInterfaces::contextInitiatorEnd(document);
- *
- * qelDebugInterfaces::showResults(document);        // what the document has left behind
- * qelDebugInterfaces::clearAllDebugInfo(document);
- * @endcode
- *
- * - **The listing** goes to qelOutputDebugString(), which shows it only in a build with the CMake option
- *   `QEL_DEBUG_OUTPUT`.
- * - **Scale**: thousands of objects. Records of destroyed objects stay until they are cleared, and reporting a
- *   destruction looks through the records, O(n).
- * - **Ownership**: addresses are only compared, never followed. The records belong to the process and are never freed
- *   by themselves.
- * - **Failure**: nothing is reported. A destruction or an end of a context that has no counterpart is ignored.
- * - **Threads**: none but the one that creates and destroys the objects, unless the callers take turns.
  */
 #ifndef QEL_DEBUG_INTERFACES_H
 #define QEL_DEBUG_INTERFACES_H
@@ -32,22 +10,84 @@
 #include "qelString.h"
 
 /**
- * The library's debug output. It discards the text, unless the library was built with `QEL_DEBUG_OUTPUT`: then the text
+ * @brief The library's debug output.
+ * @ingroup files
+ *
+ * It discards the text, unless the library was built with `QEL_DEBUG_OUTPUT`: then the text
  * goes to the debugger, through `OutputDebugStringW`.
  */
 QEL_API void qelOutputDebugString(const qelString& text);
 
-/// Record of component objects; all members are static. See the head of this file.
+/**
+ * @brief Record of component objects and their ends; all members are static.
+ * @ingroup files
+ *
+ * @par Purpose
+ * Component classes report their construction and destruction; at the end of a context the objects that it leaves
+ * behind can be counted and listed. The listing goes to qelOutputDebugString(), which shows it only in a build with the
+ * CMake option `QEL_DEBUG_OUTPUT`.
+ *
+ * @par Example
+ * @code
+ * int document = 0;                                                // any address serves as a context
+ * int beam = 0;
+ * qelDebugInterfaces::setCurrentContextInitiator(&document);
+ * qelDebugInterfaces::objectConstructed(L"Beam", &beam);           // in the constructor of Beam
+ * qelDebugInterfaces::objectDestroied(L"Beam", &beam);             // in its destructor
+ * qelDebugInterfaces::contextInitiatorEnd(&document);
+ *
+ * qelDebugInterfaces::entriesNumber();                             // == 1, destroyed or not
+ * qelDebugInterfaces::showResults(&document);                      // what the document has left behind: nothing
+ * qelDebugInterfaces::clearAllDebugInfo(&document);
+ * qelDebugInterfaces::entriesNumber();                             // == 0
+ * @endcode
+ *
+ * @par Ownership
+ * Addresses are only compared, never followed. The records belong to the process and stay until they are cleared.
+ *
+ * @par Threads
+ * None but the one that creates and destroys the objects, unless the callers take turns.
+ *
+ * @par Cost
+ * Made for thousands of objects: reporting a construction is O(1) but for the growth of the list, reporting a
+ * destruction looks through the records, O(n).
+ *
+ * @par Failure
+ * Nothing is reported. A destruction or an end of a context that has no counterpart is ignored.
+ */
 class QEL_API qelDebugInterfaces
 {
 public:
-    /// An object that was reported.
+    /**
+     * @brief An object that was reported.
+     *
+     * @par Purpose
+     * What the record keeps of an object. No member hands one out.
+     *
+     * @par Example
+     * @code
+     * const qelDebugInterfaces::DebugInfo info;
+     * info.destroyed;                           // == 0
+     * @endcode
+     *
+     * @par Ownership
+     * Its addresses are only compared; it shares the class name.
+     *
+     * @par Threads
+     * As qelString.
+     *
+     * @par Cost
+     * 40 bytes an object.
+     *
+     * @par Failure
+     * None.
+     */
     struct DebugInfo
     {
         void* initiator = nullptr; ///< the context it was created in; null when there was none
-        qelString className;
-        void* object = nullptr;
-        int destroyed = 0; ///< 1 once its destruction was reported
+        qelString className;       ///< as it was reported
+        void* object = nullptr;    ///< its address
+        int destroyed = 0;         ///< 1 once its destruction was reported
     };
 
     /// @name Contexts
@@ -97,7 +137,31 @@ private:
 
 static_assert(sizeof(qelDebugInterfaces::DebugInfo) == 40, "two addresses, a name and a flag");
 
-/// Messages to the user; all members are static.
+/**
+ * @brief Messages to the user; all members are static.
+ * @ingroup files
+ *
+ * @par Purpose
+ * A box with a text and an OK button, for what the user has to know at once.
+ *
+ * @par Example
+ * @code
+ * // Needs a user who presses OK.
+ * qelWinMessage::messageBox(L"The list of parts is complete.");
+ * @endcode
+ *
+ * @par Ownership
+ * None.
+ *
+ * @par Threads
+ * Any; the text is used on one thread at a time. The box belongs to the calling thread.
+ *
+ * @par Cost
+ * It waits for the user.
+ *
+ * @par Failure
+ * Where no box can be shown the call returns at once; nothing is reported.
+ */
 class QEL_API qelWinMessage
 {
 public:

@@ -9,6 +9,8 @@
  * - `QEL_USE_DLL` is defined in modules that link against it (the CMake target does so). Exported data needs it with
  *   Visual C++; functions work without.
  * - With neither, QEL_API is empty, which serves tools that only read the headers.
+ *
+ * Every other header of the library includes this one. It stops a compiler that is not for 64-bit Windows.
  */
 #ifndef QEL_EXPORT_H
 #define QEL_EXPORT_H
@@ -17,6 +19,7 @@
 #error "VarnelQELRoots is a 64-bit Windows library."
 #endif
 
+/// Marks what the DLL exports; see the head of this file.
 #if defined(QEL_BUILD_DLL)
 #define QEL_API __declspec(dllexport)
 #elif defined(QEL_USE_DLL)

@@ -1,30 +1,6 @@
 /**
  * @file
  * @brief Text and raw-byte files through the C runtime's streams.
- *
- * A file is opened in the constructor, with its encoding fixed, and stays open until close() or the destructor.
- *
- * @code
- * qelFileAccess file(path, L"r", qelFileAccess::UNICODE_TEXT);
- * if (file.isOpen() != 0)
- * {
- *     qelString text;
- *     file.readFile(text, static_cast<size_t>(file.getFileLength()));
- * }
- * @endcode
- *
- * - **Scale**: configuration files, lists, reports: a text has at most 524,288 units, a length is a 32-bit `long`.
- * - **Encoding**: the constructor appends the runtime's "ccs=" key for the encoding to the caller's mode. With a key
- *   the runtime writes a byte-order mark on new files, skips it on existing ones and lets it choose the translation.
- *   Keys act on text modes: in a binary mode ("rb") only readFile() decodes, everything else then reads and writes
- *   plain 16-bit units.
- * - **Ownership**: an object owns its stream and closes it. Copies share the stream and each would close it, so copy
- *   closed objects only; assigning over an open one loses its stream.
- * - **Failure**: nothing is thrown but for memory and nothing is reported in words. A failed open leaves isOpen() 0. On
- *   a closed object every operation is harmless: what it returns stands with it, and its targets stay as they are
- *   unless that says otherwise.
- * - **Buffering** is the stream's own: what was written is in the file after close().
- * - **Threads**: one thread at a time for each object and each text.
  */
 #ifndef QEL_FILE_ACCESS_H
 #define QEL_FILE_ACCESS_H
@@ -35,7 +11,48 @@
 #include <stddef.h>
 #include <stdio.h>
 
-/// @brief One open file; see the head of this file for the rules that all members share.
+/**
+ * @brief One open file: text in ANSI, UTF-8 or UTF-16, or raw bytes.
+ * @ingroup files
+ *
+ * @par Purpose
+ * Reads and writes configuration files, lists and reports through the C runtime's streams. A file is opened in the
+ * constructor, with its encoding fixed, and stays open until close() or the destructor.
+ *
+ * @par Example
+ * @code
+ * qelFileAccess list(L"Parts.txt", L"w", qelFileAccess::UNICODE_TEXT);
+ * list.write(L"%d parts\n", 12);                                        // == 9, units written
+ * list.close();
+ *
+ * qelFileAccess file(L"Parts.txt", L"r", qelFileAccess::UNICODE_TEXT);
+ * file.isOpen();                                                        // == 1
+ * qelString text;
+ * file.readFile(text, static_cast<size_t>(file.getFileLength()));       // == 9
+ * text;                                                                 // == L"12 parts\n"
+ * @endcode
+ *
+ * @par Ownership
+ * An object owns its stream and closes it. Copies share the stream and each would close it, so copy closed objects
+ * only; assigning over an open one loses its stream.
+ *
+ * @par Threads
+ * One thread at a time for each object, and for each text as qelString says.
+ *
+ * @par Cost
+ * That of the runtime's buffered streams: what was written is in the file after close(). readFile() reads a file in one
+ * pass; a text has at most 524,288 units, a length is a 32-bit `long`.
+ *
+ * @par Failure
+ * Nothing is thrown but for memory and nothing is reported in words. A failed open leaves isOpen() 0. On a closed
+ * object every operation is harmless: what it returns stands with it, and its targets stay as they are unless that says
+ * otherwise.
+ *
+ * @par Encoding
+ * The constructor appends the runtime's "ccs=" key for the encoding to the caller's mode. With a key the runtime writes
+ * a byte-order mark on new files, skips it on existing ones and lets it choose the translation. Keys act on text modes:
+ * in a binary mode ("rb") only readFile() decodes, everything else then reads and writes plain 16-bit units.
+ */
 class QEL_API qelFileAccess
 {
 public:
@@ -65,8 +82,10 @@ public:
      */
     qelFileAccess(const qelString& fileName, const qelString& mode, encodeType encoding);
 
-    /// Share the stream: for closed objects only.
+    /// Shares the stream: for closed objects only.
     qelFileAccess(const qelFileAccess&) = default;
+
+    /// Shares the stream: between closed objects only.
     qelFileAccess& operator=(const qelFileAccess&) = default;
 
     /// Closes the file.
@@ -91,7 +110,11 @@ public:
      * the number of units written, negative on error, 0 when no file is open.
      */
     int write(const char* format, ...) const;
+
+    /// @overload
     int write(const wchar_t* format, ...) const;
+
+    /// @overload
     int write(const unsigned short* format, ...) const;
 
     /**
@@ -126,7 +149,11 @@ public:
      * the result is 0 and the target stays as it is.
      */
     int readString(qelString& token) const;
+
+    /// Reads a whole number, as readString() reads a token: 1, 0 or EOF.
     int readInt(int& value) const;
+
+    /// Reads a number with point and exponent, likewise.
     int readDouble(double& value) const;
 
     /// The next wide character, whatever the encoding; WEOF at the end, 0 when no file is open.
@@ -167,11 +194,17 @@ public:
     /// @name Files and folders
     /// 0 on success, else -1 with the runtime's error number set.
     /// @{
+
+    /// Deletes a file; not a folder, and not one that is write-protected.
     static int removeFile(const qelString& path);
+
+    /// Renames or moves a file or folder; nothing is done where `to` exists.
     static int renameFile(const qelString& from, const qelString& to);
+
+    /// Makes a folder the current one of the process.
     static int changeWorkingDir(const qelString& path);
 
-    /// What exists already counts as made, a file of that name included.
+    /// Makes one folder. What exists already counts as made, a file of that name included.
     static int makeDir(const qelString& path);
     /// @}
 

@@ -1,10 +1,6 @@
 /**
  * @file
  * @brief A global pointer to the host platform's support paths.
- *
- * @code
- * qelGlobalStorage::g_pMoxSupportPaths = &supportPaths;   // the host, once
- * @endcode
  */
 #ifndef QEL_GLOBAL_STORAGE_H
 #define QEL_GLOBAL_STORAGE_H
@@ -13,7 +9,32 @@
 
 class qelString;
 
-/// What the modules of the process share through this library.
+/**
+ * @brief What the modules of the process share through this library.
+ * @ingroup configuration
+ *
+ * @par Purpose
+ * One place where every module finds the host platform's support paths.
+ *
+ * @par Example
+ * @code
+ * static qelString supportPaths = L"D:\\Orvalis\\Support";
+ * qelGlobalStorage::g_pMoxSupportPaths = &supportPaths;     // the host, once
+ * *qelGlobalStorage::g_pMoxSupportPaths;                    // == L"D:\\Orvalis\\Support"
+ * @endcode
+ *
+ * @par Ownership
+ * The host owns the text and keeps it for as long as modules may look.
+ *
+ * @par Threads
+ * There is no lock: set it before other threads read it.
+ *
+ * @par Cost
+ * None.
+ *
+ * @par Failure
+ * None; the pointer is null until it is set.
+ */
 class QEL_API qelGlobalStorage
 {
 public:

@@ -1,38 +1,6 @@
 /**
  * @file
  * @brief Running codes such as 0007, A, Z, AA or 1B, one step a call.
- *
- * Every position of the code runs through `range` characters from the last character of `firstCharacter` on, leaves
- * out the excluded ones, and then starts over and carries to the left. A carry out of the first position adds one.
- *
- * @code
- * StructIncrementalCounter letters;
- * letters.startValue = L"H";
- * letters.firstCharacter = L"A";
- * letters.range = 26;
- * letters.excludedCharacters = L"IO";
- * letters.maxCount = -1;
- *
- * qelIncrementalCounter counter;
- * counter.setDataFrom(letters);                  // the code is H
- * counter.increment();                           // J
- * qelString mark = counter.getCounterString();
- * @endcode
- *
- * Rules that surprise, and are meant:
- * - `maxCount` counts values, the start value among them, so N allows N - 1 steps; 0 allows none and -1 any number.
- *   A refused step counts too, and setCounterString() does not start the count again.
- * - A position starts over only when it meets the end of its range exactly. One that stands behind it never does, and
- *   counts on through all characters.
- * - Starting over does not look at the excluded characters, and goes to the digit 0 instead of the first character
- *   when the start value and `firstCharacter` hold nothing but digits. A position added in front then leaves out
- *   the digit 0.
- * - A code is text: a position that has counted past 0xFFFF to the NUL character does not show in it.
- *
- * - **Cost**: a step is O(length of the code), and one allocation for the new text.
- * - **Failure**: `eMaxCountReached` is the only refusal. A code past the length limit of `qelString` fails as its
- *   concatenation does.
- * - **Threads**: one at a time, as for `qelString`.
  */
 #ifndef QEL_INCREMENTAL_COUNTER_H
 #define QEL_INCREMENTAL_COUNTER_H
@@ -41,7 +9,40 @@
 #include "qelExport.h"
 #include "qelString.h"
 
-/// Configuration of a qelIncrementalCounter, for callers to keep and copy. A new record is empty and all 0.
+/**
+ * @brief Configuration of a qelIncrementalCounter, for callers to keep and copy.
+ * @ingroup numbering
+ *
+ * @par Purpose
+ * Says where a code begins, which characters it is made of, and how many codes there are. A new record is empty and all
+ * 0.
+ *
+ * @par Example
+ * @code
+ * StructIncrementalCounter digits;
+ * digits.startValue = L"0007";
+ * digits.firstCharacter = L"0";
+ * digits.range = 10;
+ * digits.maxCount = -1;
+ *
+ * qelIncrementalCounter counter;
+ * counter.setDataFrom(digits);
+ * counter.increment();
+ * counter.getCounterString();       // == L"0008"
+ * @endcode
+ *
+ * @par Ownership
+ * A plain value; the counter takes a copy.
+ *
+ * @par Threads
+ * As qelString.
+ *
+ * @par Cost
+ * A copy shares its texts, O(1).
+ *
+ * @par Failure
+ * None; nothing is checked.
+ */
 struct QEL_API StructIncrementalCounter
 {
     int userValue = 0;            ///< the caller's; only kept and copied
@@ -61,11 +62,58 @@ static_assert(sizeof(StructIncrementalCounter) == 104, "three integers and five 
 #pragma warning(disable : 4251) // the array is a template, and so compiled into each module
 #endif
 
-/// @brief The counter; see the head of this file for its rules.
+/**
+ * @brief Running codes such as 0007, A, Z, AA or 1B, one step a call.
+ * @ingroup numbering
+ *
+ * @par Purpose
+ * Marks and names in sequence. Every position of the code runs through `range` characters from the last character of
+ * `firstCharacter` on, leaves out the excluded ones, and then starts over and carries to the left. A carry out of the
+ * first position adds one.
+ *
+ * @par Example
+ * @code
+ * StructIncrementalCounter letters;
+ * letters.startValue = L"H";
+ * letters.firstCharacter = L"A";
+ * letters.range = 26;
+ * letters.excludedCharacters = L"IO";
+ * letters.maxCount = -1;
+ *
+ * qelIncrementalCounter counter;
+ * counter.setDataFrom(letters);
+ * counter.getCounterString();         // == L"H"
+ * counter.increment();                // == qelIncrementalCounter::eIncremented
+ * counter.getCounterString();         // == L"J"
+ * @endcode
+ *
+ * @par Ownership
+ * A counter owns its configuration and its code; copies are independent.
+ *
+ * @par Threads
+ * One at a time, as for qelString.
+ *
+ * @par Cost
+ * A step is O(length of the code), and one allocation for the new text.
+ *
+ * @par Failure
+ * `eMaxCountReached` is the only refusal. A code past the length limit of qelString fails as its concatenation does.
+ *
+ * @par Rules that surprise, and are meant
+ * - `maxCount` counts values, the start value among them, so N allows N - 1 steps; 0 allows none and -1 any number.
+ *   A refused step counts too, and setCounterString() does not start the count again.
+ * - A position starts over only when it meets the end of its range exactly. One that stands behind it never does, and
+ *   counts on through all characters.
+ * - Starting over does not look at the excluded characters, and goes to the digit 0 instead of the first character
+ *   when the start value and `firstCharacter` hold nothing but digits. A position added in front then leaves out
+ *   the digit 0.
+ * - A code is text: a position that has counted past 0xFFFF to the NUL character does not show in it.
+ */
 class QEL_API qelIncrementalCounter
 {
 public:
-    enum eIncrementStatus
+    /// What became of a step.
+    enum eIncrementStatus : int
     {
         eIncremented = 0,     ///< the code moved on
         eMaxCountReached = 1, ///< the limit is reached; the code stays
@@ -74,8 +122,13 @@ public:
     /// A counter that refuses every step until it is configured: empty texts, userValue -1, range 1, maxCount 0.
     qelIncrementalCounter();
 
+    /// A counter of its own with the same configuration, code and count.
     qelIncrementalCounter(const qelIncrementalCounter&) = default;
+
+    /// Takes over configuration, code and count.
     qelIncrementalCounter& operator=(const qelIncrementalCounter&) = default;
+
+    /// Releases its texts.
     virtual ~qelIncrementalCounter();
 
     /// Takes over the whole record and starts from its start value. Nothing is checked. Returns 1.
@@ -104,9 +157,6 @@ protected:
     wchar_t incrementAtPosition(wchar_t current, qelString excluded, int& carry) const;
 
 private:
-    void setCharacters(const qelString& code);
-    void rebuildCounterString();
-
     StructIncrementalCounter m_data;
     int m_numericOnly;              ///< 1 when startValue and firstCharacter hold nothing but digits
     qelString m_counterString;      ///< the current code

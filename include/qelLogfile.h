@@ -1,33 +1,6 @@
 /**
  * @file
  * @brief Diagnostic log of time-stamped lines, and a listing of the modules in the process.
- *
- * @code
- * qelLogfile::setLogStatus(1);
- * qelLogfile log(L"C:\\Temp\\Import.log");
- * log.reset();
- * log.appendWithSave(L"reading model.mdb\n");           // [14:05:09] reading model.mdb
- *
- * qelLogfile::logToFile(L"C:\\Temp\\Start.log", L"licence found");
- * qelLogfile::listModules(L"C:\\Temp\\Modules.log");
- * @endcode
- *
- * Every line opens the file, writes and closes it again: when a call returns, its line has left the process and is
- * there for other programs, whatever happens to the process next.
- *
- * - **Two faces**: an instance writes to one file while the switch of the process is on (setLogStatus()), which it is
- *   not at first. The static members need no switch.
- * - **Lines** begin with the local time of day in square brackets, hh:mm:ss without a date. appendWithSave() adds no
- *   line end, logToFile() puts one before each line.
- * - **Text** is written in the code page of the C runtime's locale, with carriage returns before line feeds. What the
- *   code page lacks ends the line there; the next line is whole again.
- * - **Scale**: an occasional line. Each costs opening and closing a file, up to a millisecond; nothing limits or
- *   rotates the files.
- * - **Ownership**: no file stays open and no name is shared; several instances may write to one file.
- * - **Failure**: a line that cannot be written is lost in silence; nothing is thrown or reported but the results below.
- * - **Processes**: lines that several processes or threads append to one file come out whole and complete, in the order
- *   in which they got their turn. A file that another program keeps locked is waited for at most two seconds a line.
- * - **Threads**: as `qelString`. Two threads that make the first call of logToFile() together may both empty the file.
  */
 #ifndef QEL_LOGFILE_H
 #define QEL_LOGFILE_H
@@ -37,7 +10,48 @@
 
 #include <stdio.h>
 
-/// @brief A log bound to a file name; see the head of this file.
+/**
+ * @brief Diagnostic log of time-stamped lines, file versions, and a listing of the modules in the process.
+ * @ingroup files
+ *
+ * @par Purpose
+ * Lines that survive a crash: every line opens the file, writes and closes it again, so when a call returns, its line
+ * has left the process and is there for other programs, whatever happens to the process next. An instance writes to one
+ * file while the switch of the process is on (setLogStatus()), which it is not at first; the static members need no
+ * switch.
+ *
+ * @par Example
+ * @code
+ * qelLogfile::setLogStatus(1);
+ * qelLogfile log(L"Import.log");
+ * log.reset();                                          // == 1
+ * log.appendWithSave(L"reading model.mdb\n");           // == 1, [14:05:09] reading model.mdb
+ *
+ * qelLogfile::logToFile(L"Start.log", L"licence found");
+ * qelLogfile::listModules(L"Modules.log");
+ * qelFileExists(L"Modules.log");                        // == 1
+ * @endcode
+ *
+ * @par Ownership
+ * No file stays open and no name is shared; several instances may write to one file.
+ *
+ * @par Threads
+ * As qelString. Two threads that make the first call of logToFile() together may both empty the file. Lines that
+ * several processes or threads append to one file come out whole and complete, in the order in which they got their
+ * turn.
+ *
+ * @par Cost
+ * Each line opens and closes a file, up to a millisecond: made for an occasional line. Nothing limits or rotates the
+ * files. A file that another program keeps locked is waited for at most two seconds a line.
+ *
+ * @par Failure
+ * A line that cannot be written is lost in silence; nothing is thrown or reported but the results of the members.
+ *
+ * @par Lines
+ * They begin with the local time of day in square brackets, hh:mm:ss without a date. appendWithSave() adds no line end,
+ * logToFile() puts one before each line. Text is written in the code page of the C runtime's locale, with carriage
+ * returns before line feeds. What the code page lacks ends the line there; the next line is whole again.
+ */
 class QEL_API qelLogfile
 {
 public:
@@ -49,6 +63,8 @@ public:
 
     /// A copy has the same name; it writes to the same file.
     qelLogfile(const qelLogfile&) = default;
+
+    /// Takes over the name.
     qelLogfile& operator=(const qelLogfile&) = default;
 
     /// Closes a stream that the instance holds, but only while logging is on.

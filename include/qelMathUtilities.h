@@ -1,24 +1,6 @@
 /**
  * @file
  * @brief Real roots of polynomials up to degree four.
- *
- * @code
- * qelMathUtilities::Roots roots;
- * const int count = qelMathUtilities::CubicSolver(1, -6, 11, -6, roots);   // 3: close to 3, 1 and 2
- * @endcode
- *
- * Coefficients go from the highest power down. Every solver first empties `roots` (its storage stays), writes the roots
- * in the order in which it finds them, never sorted, and returns their number.
- *
- * One absolute tolerance, 1e-9, decides what counts as zero. A coefficient that is not a number takes whatever branch
- * its comparisons lead to.
- *
- * @warning QuadraticSolver() deliberately computes its discriminant as `b*b - 4*a*b`. Where `a` is not near zero it
- * thus solves `a*x*x + b*x + b = 0`, and `c` takes no part. The other two solvers build on it, and so do their callers.
- *
- * - **Failure**: degenerate input gives 0 roots; nothing is reported.
- * - **Cost**: constant; the only allocations are the storage of `roots` and, for degree four, of two temporary arrays.
- * - **Threads**: any, with one `roots` array each.
  */
 #ifndef QEL_MATH_UTILITIES_H
 #define QEL_MATH_UTILITIES_H
@@ -26,6 +8,40 @@
 #include "qelArray.h"
 #include "qelExport.h"
 
+/**
+ * @brief Real roots of polynomials up to degree four.
+ * @ingroup numerics
+ *
+ * @par Purpose
+ * Coefficients go from the highest power down. Every solver first empties `roots` (its storage stays), writes the roots
+ * in the order in which it finds them, never sorted, and returns their number. One absolute tolerance, 1e-9, decides
+ * what counts as zero.
+ *
+ * @par Example
+ * @code
+ * qelMathUtilities::Roots roots;
+ * qelMathUtilities::CubicSolver(1, -6, 11, -6, roots); // == 3
+ * qelDouble::round(roots[0], 9, 0.0);                  // == 3.0
+ * qelDouble::round(roots[1], 9, 0.0);                  // == 1.0
+ * qelDouble::round(roots[2], 9, 0.0);                  // == 2.0
+ * @endcode
+ *
+ * @par Ownership
+ * The list of roots is the caller's.
+ *
+ * @par Threads
+ * Any, with one list of roots each.
+ *
+ * @par Cost
+ * Constant; the only allocations are the storage of the roots and, for degree four, of two temporary arrays.
+ *
+ * @par Failure
+ * Degenerate input gives 0 roots; nothing is reported. A coefficient that is not a number takes whatever branch its
+ * comparisons lead to.
+ *
+ * @warning QuadraticSolver() deliberately computes its discriminant as `b*b - 4*a*b`. Where `a` is not near zero it
+ * thus solves `a*x*x + b*x + b = 0`, and `c` takes no part. The other two solvers build on it, and so do their callers.
+ */
 namespace qelMathUtilities
 {
 /// The list that the solvers write to.

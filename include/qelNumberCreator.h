@@ -1,36 +1,6 @@
 /**
  * @file
  * @brief Numbers of the form prefix + running code + suffix, one after the other.
- *
- * The running code is made of the `symbolCount` symbols from the first character of `firstSymbol` on, counts from right
- * to left and grows at the front without end.
- *
- * @code
- * const eNumberingType kNumeric = static_cast<eNumberingType>(3);
- *
- * StructNumberingDataRange digits;
- * digits.firstSymbol = L"0";
- * digits.symbolCount = 10;
- * digits.defaultStart = L"98";
- *
- * qelNumberCreator parts;
- * parts.setNumberingPrefix(L"P");
- * parts.overrideDataRange(digits, kNumeric);
- * qelString first = parts.getNextNumber();  // P98
- * qelString second = parts.getNextNumber(); // P99
- * qelString third = parts.getNextNumber();  // P100
- * @endcode
- *
- * Rules that surprise, and are meant:
- * - A copy has no symbol range, and an assignment leaves the target's own one alone: call overrideDataRange() on it.
- * - setNumberingType() starts over from the text `firstSymbol`, overrideDataRange() from `defaultStart`.
- * - overrideDataRange() takes over the range even where it reports that nothing was set.
- * - setNumberingStart() does not touch the next number; reset() goes to the start.
- *
- * - **Cost**: a number is O(its length), with one allocation for the result and one for the next running code.
- * - **Failure**: refusals are `eCodeNotSet`. A number past the length limit of `qelString` fails as its concatenation
- *   does.
- * - **Threads**: one at a time, as for `qelString`.
  */
 #ifndef QEL_NUMBER_CREATOR_H
 #define QEL_NUMBER_CREATOR_H
@@ -38,20 +8,59 @@
 #include "qelExport.h"
 #include "qelString.h"
 
-/// Kind of numbering. The values are the callers'; only 3 has a meaning here: the first symbol is a zero that never
-/// stands in front of a number that has grown.
+/**
+ * @brief Kind of numbering.
+ * @ingroup numbering
+ *
+ * The values are the callers'; only 3 has a meaning here: the first symbol is a zero that never stands in front of a
+ * number that has grown.
+ */
 enum eNumberingType : int
 {
 };
 
-/// Result of every setter.
-enum SetCodeTag
+/**
+ * @brief Result of the setters of qelNumberCreator.
+ * @ingroup numbering
+ */
+enum SetCodeTag : int
 {
     eCodeSet = 0,    ///< the value was taken over
     eCodeNotSet = 2, ///< the value was the same already, or is not valid
 };
 
-/// Symbols of a running code and where it starts. A new record is empty and all 0.
+/**
+ * @brief Symbols of a running code and where it starts.
+ * @ingroup numbering
+ *
+ * @par Purpose
+ * What qelNumberCreator::overrideDataRange() takes over. A new record is empty and all 0.
+ *
+ * @par Example
+ * @code
+ * StructNumberingDataRange letters;
+ * letters.firstSymbol = L"A";
+ * letters.symbolCount = 26;
+ * letters.defaultStart = L"Z";
+ *
+ * qelNumberCreator marks;
+ * marks.overrideDataRange(letters, static_cast<eNumberingType>(1)); // == eCodeSet
+ * marks.getNextNumber();                                            // == L"Z"
+ * marks.getNextNumber();                                            // == L"AA"
+ * @endcode
+ *
+ * @par Ownership
+ * A plain value; the number creator takes a copy.
+ *
+ * @par Threads
+ * As qelString.
+ *
+ * @par Cost
+ * A copy shares its texts, O(1).
+ *
+ * @par Failure
+ * None; nothing is checked.
+ */
 struct QEL_API StructNumberingDataRange
 {
     int rangeValue = 0;     ///< the caller's; only kept
@@ -64,7 +73,49 @@ struct QEL_API StructNumberingDataRange
 
 static_assert(sizeof(StructNumberingDataRange) == 80, "two integers and four texts, in this order");
 
-/// @brief The number generator; see the head of this file for its rules.
+/**
+ * @brief Numbers of the form prefix + running code + suffix, one after the other.
+ * @ingroup numbering
+ *
+ * @par Purpose
+ * Part and position numbers. The running code is made of the `symbolCount` symbols from the first character of
+ * `firstSymbol` on, counts from right to left and grows at the front without end.
+ *
+ * @par Example
+ * @code
+ * const eNumberingType kNumeric = static_cast<eNumberingType>(3);
+ *
+ * StructNumberingDataRange digits;
+ * digits.firstSymbol = L"0";
+ * digits.symbolCount = 10;
+ * digits.defaultStart = L"98";
+ *
+ * qelNumberCreator parts;
+ * parts.setNumberingPrefix(L"P");            // == eCodeSet
+ * parts.overrideDataRange(digits, kNumeric); // == eCodeSet
+ * parts.getNextNumber();                     // == L"P98"
+ * parts.getNextNumber();                     // == L"P99"
+ * parts.getNextNumber();                     // == L"P100"
+ * @endcode
+ *
+ * @par Ownership
+ * A number creator owns all it was given.
+ *
+ * @par Threads
+ * One at a time, as for qelString.
+ *
+ * @par Cost
+ * A number is O(its length), with one allocation for the result and one for the next running code.
+ *
+ * @par Failure
+ * Refusals are `eCodeNotSet`. A number past the length limit of qelString fails as its concatenation does.
+ *
+ * @par Rules that surprise, and are meant
+ * - A copy has no symbol range, and an assignment leaves the target's own one alone: call overrideDataRange() on it.
+ * - setNumberingType() starts over from the text `firstSymbol`, overrideDataRange() from `defaultStart`.
+ * - overrideDataRange() takes over the range even where it reports that nothing was set.
+ * - setNumberingStart() does not touch the next number; reset() goes to the start.
+ */
 class QEL_API qelNumberCreator
 {
 public:
@@ -80,11 +131,19 @@ public:
     /// Copies everything but the symbol range, which stays as it is.
     qelNumberCreator& operator=(const qelNumberCreator& other);
 
+    /// Releases its texts.
     virtual ~qelNumberCreator();
 
+    /// The type set last.
     eNumberingType getNumberingType() const;
+
+    /// What stands in front of the running code.
     const qelString& getNumberingPrefix() const;
+
+    /// What stands behind the running code.
     const qelString& getNumberingSufix() const;
+
+    /// The running code after reset().
     const qelString& getNumberingStart() const;
 
     /// Starts over from the text `firstSymbol` of the range; nothing happens when the type is the same already.
@@ -92,6 +151,8 @@ public:
 
     /// `eCodeNotSet` when the text is the same already.
     SetCodeTag setNumberingPrefix(const qelString& prefix);
+
+    /// `eCodeNotSet` when the text is the same already.
     SetCodeTag setNumberingSufix(const qelString& suffix);
 
     /**
@@ -121,9 +182,6 @@ protected:
     int checkNumber(const qelString& number) const;
 
 private:
-    wchar_t lowestSymbol() const;
-    void moveOn();
-
     eNumberingType m_numberingType;
     qelString m_prefix;
     qelString m_suffix;

@@ -1,23 +1,6 @@
 /**
  * @file
  * @brief A developer's stopwatch that writes to a log.
- *
- * @code
- * qelPerfMonitor monitor;                   // BriskenPerf.LOG in the current folder
- * monitor.start(L"Load");                   // [10:15:02] Start = Load : 1200
- * loadModel();
- * monitor.end(L"Load");                     // [10:15:04] End = Load : 1200 -> 3450 (Diff = 2250)
- * @endcode
- *
- * - **Times** are milliseconds since the process began, as the C runtime's `clock` gives them: time on the wall, to
- *   the nearest ticks of the system (about 15 ms). They wrap after 24.8 days.
- * - **The log** is a `qelLogfile`: it is written only while qelLogfile::setLogStatus() has it on, and no line ends are
- *   added, so that a start and its end stand on one line of the file.
- * - **Scale**: stretches of some 100 milliseconds and more; each line costs opening and closing a file.
- * - **Ownership**: no file stays open between calls.
- * - **Failure**: a log that cannot be written is lost in silence. A label that leaves no room for the times is refused
- *   as by qelString::format(): the line then holds the time of day only.
- * - **Threads**: one instance belongs to one thread; otherwise as `qelString`.
  */
 #ifndef QEL_PERF_MONITOR_H
 #define QEL_PERF_MONITOR_H
@@ -26,7 +9,42 @@
 #include "qelLogfile.h"
 #include "qelString.h"
 
-/// @brief Times one stretch of work after the other; see the head of this file.
+/**
+ * @brief A developer's stopwatch that writes to a log.
+ * @ingroup files
+ *
+ * @par Purpose
+ * Times one stretch of work after the other, from some 100 milliseconds up. The log is a qelLogfile: it is written only
+ * while qelLogfile::setLogStatus() has it on, and no line ends are added, so that a start and its end stand on one line
+ * of the file.
+ *
+ * @par Example
+ * @code
+ * qelLogfile::setLogStatus(1);
+ * qelPerfMonitor monitor;                   // BriskenPerf.LOG in the current folder
+ * monitor.start(L"Load");                   // [10:15:02] Start = Load : 1200
+ * loadModel();
+ * monitor.end(L"Load");                     // [10:15:04] End = Load : 1200 -> 3450 (Diff = 2250)
+ * qelFileExists(L"BriskenPerf.LOG");        // == 1
+ * @endcode
+ *
+ * @par Ownership
+ * A monitor keeps a name and two times; no file stays open between calls.
+ *
+ * @par Threads
+ * One instance belongs to one thread; otherwise as qelString.
+ *
+ * @par Cost
+ * Each line opens and closes a file, up to a millisecond, after the time was taken.
+ *
+ * @par Failure
+ * A log that cannot be written is lost in silence. A label that leaves no room for the times is refused as by
+ * qelString::format(): the line then holds the time of day only.
+ *
+ * @par Times
+ * They are milliseconds since the process began, as the C runtime's `clock` gives them: time on the wall, to the
+ * nearest ticks of the system (about 15 ms). They wrap after 24.8 days.
+ */
 class QEL_API qelPerfMonitor
 {
 public:
@@ -46,9 +64,6 @@ public:
     void endWithMessageBox(const qelString& label);
 
 private:
-    /// From the last start to the last end, in milliseconds.
-    int difference() const;
-
     qelLogfile m_log;
     int m_startTicks; ///< milliseconds at the last start(); 0 before it
     int m_endTicks;   ///< milliseconds at the last end()

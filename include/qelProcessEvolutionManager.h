@@ -1,34 +1,6 @@
 /**
  * @file
  * @brief The process-wide register of running operations and of the displays that show their progress.
- *
- * An operation ("process") registers under an action text, gets a key and reports its percentage; the register passes
- * every change on to all displays. The first process is the main process, later ones are its sub-processes. The user's
- * wish to cancel goes the other way: a display asks for it, the working code looks for it.
- *
- * @code
- * qelProcessEvolutionManager* manager = qelProcessEvolutionManager::getProcessEvolutionManager();
- * manager->EnableCancel(true);                             // before the main process, or not at all
- * const int key = manager->registerProcess(L"Numbering");  // 0, the main process
- * for (int i = 0; i < parts && !manager->getIsCanceled(); ++i)
- * {
- *     number(i);
- *     manager->increaseProgress(key, 100 * (i + 1) / parts);
- * }
- * manager->deRegisterProcess(key);                         // ready for the next main process
- * @endcode
- *
- * - **Keys are positions.** The main process has key 0. When a process deregisters, later ones move down by one, and
- *   every key given to the register counts as a position of that moment. Display numbers behave the same way.
- * - **Percentages** are stored and passed on as they come, nothing is cut to 0..100.
- * - **Scale**: a handful of processes and displays. Reporting costs one virtual call a display.
- * - **Ownership**: displays belong to the caller and must be deregistered before they go.
- * - **Failure**: nothing throws or reports a text; refusals are results. A process or display that is not there gives
- *   an empty text and zeros.
- * - **Threads**: no locks; every call is made, and every display called, on the caller's thread. Keep all use on one
- *   thread.
- * - **Calls from inside a notification** are carried out at once; the head of qelProcessEvolutionManager says what
- *   becomes of the round that is under way.
  */
 #ifndef QEL_PROCESS_EVOLUTION_MANAGER_H
 #define QEL_PROCESS_EVOLUTION_MANAGER_H
@@ -38,7 +10,36 @@
 #include "qelString.h"
 #include "qelStringClassArray.h"
 
-/// One registered process.
+/**
+ * @brief One registered process of qelProcessEvolutionManager.
+ * @ingroup progress
+ *
+ * @par Purpose
+ * What qelProcessEvolutionManager::getProcessInfo() tells of a process.
+ *
+ * @par Example
+ * @code
+ * qelProcessEvolutionManager* manager = qelProcessEvolutionManager::getProcessEvolutionManager();
+ * const int key = manager->registerProcess(L"Numbering");  // == 0
+ * manager->increaseProgress(key, 40);
+ * const ProcessInfo info = manager->getProcessInfo(key);
+ * info.percent;                                            // == 40
+ * info.action;                                             // == L"Numbering"
+ * manager->deRegisterProcess(key);                         // == 1
+ * @endcode
+ *
+ * @par Ownership
+ * A plain value; later changes of the process do not reach it.
+ *
+ * @par Threads
+ * As qelString.
+ *
+ * @par Cost
+ * A copy shares its text, O(1).
+ *
+ * @par Failure
+ * A process that is not there gives zeros and the empty text.
+ */
 struct QEL_API ProcessInfo
 {
     int key = 0;      ///< the key handed out at registration; keeps its value when the process moves down
@@ -49,9 +50,45 @@ struct QEL_API ProcessInfo
 static_assert(sizeof(ProcessInfo) == 24, "two numbers and a text");
 
 /**
- * @brief What a display of progress implements. The register calls it and never owns it.
+ * @brief What a display of progress implements.
+ * @ingroup progress
  *
- * There is no virtual destructor: a display is destroyed by the code that made it, through its own type.
+ * @par Purpose
+ * The register of processes tells it whatever happens to them.
+ *
+ * @par Example
+ * @code
+ * class PercentOfMainProcess final : public ProgressDisplayProtocol
+ * {
+ * public:
+ *     void setProgress(int key, int percent) override { m_percent = key == 0 ? percent : m_percent; }
+ *     void addProcess(int, qelString, bool) override {}
+ *     void removeProcess(int) override {}
+ *     int m_percent = 0;
+ * };
+ *
+ * qelProcessEvolutionManager* manager = qelProcessEvolutionManager::getProcessEvolutionManager();
+ * PercentOfMainProcess display;
+ * const int number = manager->registerDisplay(&display);
+ * const int key = manager->registerProcess(L"Numbering");
+ * manager->increaseProgress(key, 40);
+ * display.m_percent;                                       // == 40
+ * manager->deRegisterProcess(key);
+ * manager->deRegisterDisplay(number);                      // == 1
+ * @endcode
+ *
+ * @par Ownership
+ * The register calls a display and never owns it: it must be deregistered before it goes. There is no virtual
+ * destructor, so a display is destroyed by the code that made it, through its own type.
+ *
+ * @par Threads
+ * Called on the thread that calls the register.
+ *
+ * @par Cost
+ * One virtual call an event.
+ *
+ * @par Failure
+ * A display has no way to report one.
  */
 class ProgressDisplayProtocol
 {
@@ -74,8 +111,47 @@ protected:
 };
 
 /**
- * @brief The register; there is one, see getProcessEvolutionManager().
+ * @brief The process-wide register of running operations and of the displays that show their progress.
+ * @ingroup progress
  *
+ * @par Purpose
+ * An operation ("process") registers under an action text, gets a key and reports its percentage; the register passes
+ * every change on to all displays. The first process is the main process, later ones are its sub-processes. The user's
+ * wish to cancel goes the other way: a display asks for it, the working code looks for it.
+ *
+ * @par Example
+ * @code
+ * qelProcessEvolutionManager* manager = qelProcessEvolutionManager::getProcessEvolutionManager();
+ * manager->EnableCancel(true);                            // before the main process, or not at all
+ * const int key = manager->registerProcess(L"Numbering"); // == 0, the main process
+ * for (int part = 1; part <= 200 && !manager->getIsCanceled(); ++part)
+ * {
+ *     number(part);
+ *     manager->increaseProgress(key, 100 * part / 200);
+ * }
+ * manager->getProcessCurentPercent(key);                  // == 100
+ * manager->deRegisterProcess(key);                        // == 1, ready for the next main process
+ * @endcode
+ *
+ * @par Ownership
+ * Displays belong to the caller and must be deregistered before they go.
+ *
+ * @par Threads
+ * No locks; every call is made, and every display called, on the caller's thread. Keep all use on one thread.
+ *
+ * @par Cost
+ * Reporting costs one virtual call a display: made for a handful of processes and displays.
+ *
+ * @par Failure
+ * Nothing throws or reports a text; refusals are results. A process or display that is not there gives an empty text
+ * and zeros.
+ *
+ * @par Keys and percentages
+ * Keys are positions: the main process has key 0. When a process deregisters, later ones move down by one, and every
+ * key given to the register counts as a position of that moment. Display numbers behave the same way. Percentages are
+ * stored and passed on as they come, nothing is cut to 0..100.
+ *
+ * @par Calls from inside a notification
  * A display may call anything here from inside a notification, and it takes effect at once:
  * - A round of notifications reaches the displays that were registered when it began and still are when their turn
  *   comes, each once and in their order. A display that registers meanwhile hears of the running processes at its
@@ -157,9 +233,17 @@ public:
     /// @name What is registered
     /// A key that is not registered, negative ones included, gives the empty text and 0.
     /// @{
+
+    /// The main process and its sub-processes; 0 when nothing runs.
     int getNumberOfActiveProcesses() const;
+
+    /// All that is known of a process.
     ProcessInfo getProcessInfo(int key) const;
+
+    /// The text given at registration.
     qelString getProcessCurentAction(int key) const;
+
+    /// The percentage last reported.
     int getProcessCurentPercent(int key) const;
 
     /**
@@ -175,19 +259,7 @@ private:
     qelProcessEvolutionManager();
     virtual ~qelProcessEvolutionManager();
 
-    bool isRegistered(int key) const;
-    bool isCancelPending() const;
-    bool canCancel() const;
-
-    /// Whether a round under way tells that the process ends, or that all of them do.
-    bool isTellingEndOf(int key) const;
-    bool isTellingCancel() const;
-
-    /// One round of notifications that a process ends.
-    void tellEnd(int key, bool isCancel);
-
     static qelProcessEvolutionManager* m_pProcessEvolutionManager;
-    static Round* m_rounds; ///< notifications under way, the innermost first
 
     qelArray<ProcessInfo> m_processes;             ///< by key
     qelArray<ProgressDisplayProtocol*> m_displays; ///< by display number; not owned

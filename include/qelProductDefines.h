@@ -1,21 +1,39 @@
 /**
  * @file
  * @brief The name of the host product and the path derived from it.
- *
- * @code
- * qelProductDefines::setOVProductName(L"Orvalis");      // once, at start-up
- * qelProductDefines::getOVProduct();                    // Kelvara\Orvalis\ with a backslash at the end
- * @endcode
- *
- * Two texts of the process without a lock: set the name before other threads read it. The pointers that the getters
- * return never change, so a caller that keeps one sees later changes.
  */
 #ifndef QEL_PRODUCT_DEFINES_H
 #define QEL_PRODUCT_DEFINES_H
 
 #include "qelExport.h"
 
-/// Static operations only.
+/**
+ * @brief The name of the host product and the path derived from it; all members are static.
+ * @ingroup configuration
+ *
+ * @par Purpose
+ * The host names its product once; other modules ask for the name and for the path made of it.
+ *
+ * @par Example
+ * @code
+ * qelProductDefines::setOVProductName(L"Orvalis"); // once, at start-up
+ * qelProductDefines::getOVProductName();           // == L"Orvalis"
+ * qelProductDefines::getOVProduct();               // == L"Kelvara\\Orvalis\\"
+ * @endcode
+ *
+ * @par Ownership
+ * Both texts belong to the process. The pointers that the getters return never change, so a caller that keeps one sees
+ * later changes.
+ *
+ * @par Threads
+ * There is no lock: set the name before other threads read it.
+ *
+ * @par Cost
+ * Reading is free; setting copies the name.
+ *
+ * @par Failure
+ * A name that is null or too long is an invalid-parameter failure of the C runtime; see setOVProductName().
+ */
 class QEL_API qelProductDefines
 {
 public:
@@ -40,7 +58,10 @@ public:
 private:
     static void setOVProduct();
 
-    static const int kCapacity = 260;
+    enum : int
+    {
+        kCapacity = 260
+    };
     static wchar_t ms_szOVProductName[kCapacity];
     static wchar_t ms_szOVProduct[kCapacity];
 };

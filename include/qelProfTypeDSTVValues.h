@@ -1,16 +1,6 @@
 /**
  * @file
  * @brief Cross-section dimensions of a steel profile and its profile code.
- *
- * @code
- * qelProfTypeDSTVValues profile;
- * profile.setDSTVType(eDSTV_I);
- * profile.setH1(190.0);
- * profile.getProftypeString();   // "I"
- * @endcode
- *
- * A plain value: copy it freely. Dimensions carry the parameter names of the DSTV standard for steel-construction data
- * exchange, in whatever units the model uses; the class neither converts nor checks them. Nothing fails.
  */
 #ifndef QEL_PROF_TYPE_DSTV_VALUES_H
 #define QEL_PROF_TYPE_DSTV_VALUES_H
@@ -18,7 +8,10 @@
 #include "qelExport.h"
 #include "qelString.h"
 
-/// Profile types and the profile code of each.
+/**
+ * @brief Profile types and the profile code of each.
+ * @ingroup numerics
+ */
 enum eDSTVType : int
 {
     eDSTV_None = -1, ///< "SO"
@@ -42,14 +35,46 @@ enum eDSTVType : int
     eDSTV_CSE = 17,  ///< "CSE"
 };
 
-/// @brief Section values of one profile; see the head of this file.
+/**
+ * @brief Cross-section dimensions of a steel profile and its profile code.
+ * @ingroup numerics
+ *
+ * @par Purpose
+ * Hands the values of one profile from module to module. Dimensions carry the parameter names of the DSTV standard for
+ * steel-construction data exchange, in whatever units the model uses; the class neither converts nor checks them.
+ *
+ * @par Example
+ * @code
+ * qelProfTypeDSTVValues profile;
+ * profile.setDSTVType(eDSTV_I);
+ * profile.setH1(190.0);
+ * profile.getH1();             // == 190.0
+ * profile.getB1();             // == 0.0
+ * profile.getProftypeString(); // == L"I"
+ * @endcode
+ *
+ * @par Ownership
+ * None; a plain value, copy it freely.
+ *
+ * @par Threads
+ * Any for values of their own; getProftypeString() as qelString.
+ *
+ * @par Cost
+ * 240 bytes; access is inline.
+ *
+ * @par Failure
+ * None.
+ */
 class QEL_API qelProfTypeDSTVValues
 {
 public:
     /// Every dimension is 0. The type is deliberately left as it is in memory: set it before you read it.
     qelProfTypeDSTVValues();
 
+    /// The type set last.
     eDSTVType getDSTVType() const { return m_DSTVType; }
+
+    /// Sets the type; any value is taken.
     void setDSTVType(const eDSTVType& type) { m_DSTVType = type; }
 
     /// The profile code of the type; "SO" for a type that has none.
@@ -57,75 +82,75 @@ public:
 
     /// @name Dimensions by the standard's parameter name
     /// @{
-    double getH1() const { return m_H1; }
-    void setH1(const double& value) { m_H1 = value; }
-    double getH2() const { return m_H2; }
-    void setH2(const double& value) { m_H2 = value; }
-    double getH3() const { return m_H3; }
-    void setH3(const double& value) { m_H3 = value; }
+    double getH1() const { return m_H1; }             ///< H1
+    void setH1(const double& value) { m_H1 = value; } ///< sets H1
+    double getH2() const { return m_H2; }             ///< H2
+    void setH2(const double& value) { m_H2 = value; } ///< sets H2
+    double getH3() const { return m_H3; }             ///< H3
+    void setH3(const double& value) { m_H3 = value; } ///< sets H3
 
-    double getB1() const { return m_B1; }
-    void setB1(const double& value) { m_B1 = value; }
-    double getB2() const { return m_B2; }
-    void setB2(const double& value) { m_B2 = value; }
-    double getB3() const { return m_B3; }
-    void setB3(const double& value) { m_B3 = value; }
+    double getB1() const { return m_B1; }             ///< B1
+    void setB1(const double& value) { m_B1 = value; } ///< sets B1
+    double getB2() const { return m_B2; }             ///< B2
+    void setB2(const double& value) { m_B2 = value; } ///< sets B2
+    double getB3() const { return m_B3; }             ///< B3
+    void setB3(const double& value) { m_B3 = value; } ///< sets B3
 
-    double getTS() const { return m_TS; }
-    void setTS(const double& value) { m_TS = value; }
-    double getTG() const { return m_TG; }
-    void setTG(const double& value) { m_TG = value; }
-    double getT1() const { return m_T1; }
-    void setT1(const double& value) { m_T1 = value; }
+    double getTS() const { return m_TS; }             ///< TS
+    void setTS(const double& value) { m_TS = value; } ///< sets TS
+    double getTG() const { return m_TG; }             ///< TG
+    void setTG(const double& value) { m_TG = value; } ///< sets TG
+    double getT1() const { return m_T1; }             ///< T1
+    void setT1(const double& value) { m_T1 = value; } ///< sets T1
 
-    double getC() const { return m_C; }
-    void setC(const double& value) { m_C = value; }
+    double getC() const { return m_C; }             ///< C
+    void setC(const double& value) { m_C = value; } ///< sets C
 
-    double getR1() const { return m_R1; }
-    void setR1(const double& value) { m_R1 = value; }
-    double getR2() const { return m_R2; }
-    void setR2(const double& value) { m_R2 = value; }
-    double getR3() const { return m_R3; }
-    void setR3(const double& value) { m_R3 = value; }
+    double getR1() const { return m_R1; }             ///< R1
+    void setR1(const double& value) { m_R1 = value; } ///< sets R1
+    double getR2() const { return m_R2; }             ///< R2
+    void setR2(const double& value) { m_R2 = value; } ///< sets R2
+    double getR3() const { return m_R3; }             ///< R3
+    void setR3(const double& value) { m_R3 = value; } ///< sets R3
 
-    double getK() const { return m_K; }
-    void setK(const double& value) { m_K = value; }
+    double getK() const { return m_K; }             ///< K
+    void setK(const double& value) { m_K = value; } ///< sets K
 
-    double getF1() const { return m_F1; }
-    void setF1(const double& value) { m_F1 = value; }
-    double getF2() const { return m_F2; }
-    void setF2(const double& value) { m_F2 = value; }
-    double getF3() const { return m_F3; }
-    void setF3(const double& value) { m_F3 = value; }
+    double getF1() const { return m_F1; }             ///< F1
+    void setF1(const double& value) { m_F1 = value; } ///< sets F1
+    double getF2() const { return m_F2; }             ///< F2
+    void setF2(const double& value) { m_F2 = value; } ///< sets F2
+    double getF3() const { return m_F3; }             ///< F3
+    void setF3(const double& value) { m_F3 = value; } ///< sets F3
 
-    double getALPHA_S() const { return m_ALPHA_S; }
-    void setALPHA_S(const double& value) { m_ALPHA_S = value; }
-    double getALPHA_G() const { return m_ALPHA_G; }
-    void setALPHA_G(const double& value) { m_ALPHA_G = value; }
+    double getALPHA_S() const { return m_ALPHA_S; }             ///< ALPHA_S
+    void setALPHA_S(const double& value) { m_ALPHA_S = value; } ///< sets ALPHA_S
+    double getALPHA_G() const { return m_ALPHA_G; }             ///< ALPHA_G
+    void setALPHA_G(const double& value) { m_ALPHA_G = value; } ///< sets ALPHA_G
 
-    double getEY() const { return m_EY; }
-    void setEY(const double& value) { m_EY = value; }
-    double getEZ() const { return m_EZ; }
-    void setEZ(const double& value) { m_EZ = value; }
+    double getEY() const { return m_EY; }             ///< EY
+    void setEY(const double& value) { m_EY = value; } ///< sets EY
+    double getEZ() const { return m_EZ; }             ///< EZ
+    void setEZ(const double& value) { m_EZ = value; } ///< sets EZ
 
-    double getW1() const { return m_W1; }
-    void setW1(const double& value) { m_W1 = value; }
-    double getW2() const { return m_W2; }
-    void setW2(const double& value) { m_W2 = value; }
-    double getW3() const { return m_W3; }
-    void setW3(const double& value) { m_W3 = value; }
+    double getW1() const { return m_W1; }             ///< W1
+    void setW1(const double& value) { m_W1 = value; } ///< sets W1
+    double getW2() const { return m_W2; }             ///< W2
+    void setW2(const double& value) { m_W2 = value; } ///< sets W2
+    double getW3() const { return m_W3; }             ///< W3
+    void setW3(const double& value) { m_W3 = value; } ///< sets W3
 
-    double getA() const { return m_A; }
-    void setA(const double& value) { m_A = value; }
+    double getA() const { return m_A; }             ///< A
+    void setA(const double& value) { m_A = value; } ///< sets A
 
-    double getG() const { return m_G; }
-    void setG(const double& value) { m_G = value; }
+    double getG() const { return m_G; }             ///< G
+    void setG(const double& value) { m_G = value; } ///< sets G
 
-    double getGH() const { return m_GH; }
-    void setGH(const double& value) { m_GH = value; }
+    double getGH() const { return m_GH; }             ///< GH
+    void setGH(const double& value) { m_GH = value; } ///< sets GH
 
-    double getU() const { return m_U; }
-    void setU(const double& value) { m_U = value; }
+    double getU() const { return m_U; }             ///< U
+    void setU(const double& value) { m_U = value; } ///< sets U
     /// @}
 
 private:

@@ -1,34 +1,6 @@
 /**
  * @file
  * @brief Shows the progress of a long operation to the user.
- *
- * `qelProgressCtrl` is what working code calls, from anywhere and without an object at hand. It passes each call on to
- * the output windows that are switched on. One is built in, a small dialog with a title, a bar and a percentage
- * (`qelProgressCtrlWindow`); a host may add windows of its own, derived from it.
- *
- * @code
- * qelProgressCtrl::m_ProgressCtrlWindowController->defaultWindow().switchOn();  // once, by the host
- *
- * qelProgressCtrl::activate(L"Numbering of parts");
- * for (int i = 0; i < parts; ++i)
- * {
- *     number(i);
- *     qelProgressCtrl::setPercentage(100 * (i + 1) / parts);
- *     pumpMessages();                                                           // the host's own
- * }
- * qelProgressCtrl::reset();
- * @endcode
- *
- * - **Percentages** are whole numbers from 0 to 100 and do not run backwards unless forced; others are refused.
- * - **Messages**: the dialog is modeless, has no owner and belongs to the thread that opened it. It answers the user
- *   only while that thread's message loop runs: the library runs none of its own.
- * - **The user** ends the dialog with OK or Cancel (the Escape key, where the host's loop offers it the keys). Nobody
- *   is told: the window counts as active until reset() or the next activate(), and calls in between do no harm.
- * - **Scale**: a handful of windows. A percentage that has not changed costs a comparison.
- * - **Ownership**: windows that are added belong to the caller and must live as long as they are in the list.
- * - **Failure**: results are numbers as each member says; nothing is thrown. Only a progress bar that cannot be made is
- *   shown to the user, in a message box that waits for an answer.
- * - **Threads**: no locks; keep all use on the thread that opened the dialog.
  */
 #ifndef QEL_PROGRESS_CTRL_H
 #define QEL_PROGRESS_CTRL_H
@@ -38,11 +10,51 @@
 #include "qelString.h"
 
 /**
- * @brief An output window; as it stands, the built-in dialog.
+ * @brief An output window of qelProgressCtrl; as it stands, the built-in dialog.
+ * @ingroup progress
  *
+ * @par Purpose
+ * A small dialog with a title, a bar and a percentage. A host that shows progress in another way derives from this
+ * class.
+ *
+ * @par Example
+ * @code
+ * class StatusLine : public qelProgressCtrlWindow
+ * {
+ * public:
+ *     int activate(qelString title) override { return setTitle(title); }
+ *     int reset() override { return setTitle(L""); }
+ *     int setPercentage(int percent, int) override { return setTitle(qelString::integerToString(percent) + L" %"); }
+ *     int setTitle(const qelString& text) override
+ *     {
+ *         m_text = text; // the host would show it
+ *         return 1;
+ *     }
+ *     qelString m_text;
+ * };
+ *
+ * static StatusLine line;                          // outlives its place in the list
+ * qelProgressCtrl::appendOutputWindow(&line);      // == 1, behind the built-in window
+ * line.switchOn();
+ * qelProgressCtrl::setPercentage(40);              // == 1, one window has answered
+ * line.m_text;                                     // == L"40 %"
+ * qelProgressCtrl::m_ProgressCtrlWindowController->windows()[1] = nullptr;
+ * @endcode
+ *
+ * @par Ownership
  * All objects of this class share one dialog: one that opens it takes it over from the one that had it, which keeps
  * counting as active and from then on writes to the other's dialog. A copy of an active window shares its dialog
  * likewise. Destroying a window leaves the dialog alone; reset() it first.
+ *
+ * @par Threads
+ * The dialog belongs to the thread that opened it; keep all use there.
+ *
+ * @par Cost
+ * Opening makes a window; a percentage that has not changed costs a comparison.
+ *
+ * @par Failure
+ * Results are numbers as each member says; nothing is thrown. A progress bar that cannot be made is shown to the user,
+ * in a message box that waits for an answer.
  */
 class QEL_API qelProgressCtrlWindow
 {
@@ -50,9 +62,13 @@ public:
     /// Switched off, not active, at 0 percent and without a title.
     qelProgressCtrlWindow();
 
+    /// Copies switch, title, percentage and activity; opens no dialog.
     qelProgressCtrlWindow(const qelProgressCtrlWindow& other);
+
+    /// Leaves the dialog alone.
     virtual ~qelProgressCtrlWindow();
 
+    /// Takes over switch, title, percentage and activity.
     qelProgressCtrlWindow& operator=(const qelProgressCtrlWindow& other);
 
     /// @name What a window of the host's own replaces
@@ -81,12 +97,16 @@ public:
     /// @name State
     /// @{
 
-    /// Each copies out what was set last and returns the activity.
+    /// Copies out the title set last and returns the activity.
     int getTitle(qelString& title) const;
+
+    /// Copies out the percentage set last and returns the activity.
     int getPercentage(int& percent) const;
 
     /// The activity: 1 from activate() to reset(), whether the user has ended the dialog or not.
     int isActive() const;
+
+    /// The same as isActive().
     int getActivity() const;
 
     /// For windows that show their progress in another way; makes and closes no dialog.
@@ -94,13 +114,15 @@ public:
 
     /// Whether the window takes part in the calls of qelProgressCtrl: 1 or 0.
     int getOn() const;
+
+    /// The window takes part from now on.
     void switchOn();
+
+    /// The window takes no part any more; what it shows stays.
     void switchOff();
     /// @}
 
 private:
-    bool isShown() const;
-
     int m_on;          ///< 1 when switched on
     qelString m_title; ///< the last one set
     int m_percentage;  ///< 0 to 100
@@ -109,7 +131,32 @@ private:
 
 static_assert(sizeof(qelProgressCtrlWindow) == 40, "virtual table, switch, title, percentage, activity");
 
-/// The list of output windows; there is one, see qelProgressCtrl::m_ProgressCtrlWindowController.
+/**
+ * @brief The list of output windows; there is one, see qelProgressCtrl::m_ProgressCtrlWindowController.
+ * @ingroup progress
+ *
+ * @par Purpose
+ * Holds the built-in window and those of the host, in the order of the calls.
+ *
+ * @par Example
+ * @code
+ * qelProgressCtrlWindowController* list = qelProgressCtrl::m_ProgressCtrlWindowController;
+ * list->windows()[0] == &list->defaultWindow();      // == true
+ * list->defaultWindow().getOn();                  // == 0
+ * @endcode
+ *
+ * @par Ownership
+ * Windows that are added belong to the caller and must live as long as they are in the list.
+ *
+ * @par Threads
+ * There is no lock; as qelProgressCtrl.
+ *
+ * @par Cost
+ * Made for a handful of windows: adding one looks through the list.
+ *
+ * @par Failure
+ * Results are numbers as each member says.
+ */
 class QEL_API qelProgressCtrlWindowController
 {
 public:
@@ -136,10 +183,53 @@ private:
 static_assert(sizeof(qelProgressCtrlWindowController) == 64, "a list and a window");
 
 /**
- * @brief Progress for working code; all members are static.
+ * @brief Shows the progress of a long operation to the user; all members are static.
+ * @ingroup progress
  *
- * Each goes through the windows in the order of the list and passes over null entries and windows that are switched
- * off.
+ * @par Purpose
+ * What working code calls, from anywhere and without an object at hand. Each call goes through the windows in the order
+ * of the list and passes over null entries and windows that are switched off. One window is built in, a small dialog
+ * with a title, a bar and a percentage (qelProgressCtrlWindow), switched off at first; a host may add windows of its
+ * own, derived from it.
+ *
+ * @par Example
+ * @code
+ * qelProgressCtrl::m_ProgressCtrlWindowController->defaultWindow().switchOn(); // once, by the host
+ *
+ * qelProgressCtrl::activate(L"Numbering of parts");                            // == 1, one window
+ * for (int part = 1; part <= 200; ++part)
+ * {
+ *     number(part);
+ *     qelProgressCtrl::setPercentage(100 * part / 200);
+ *     pumpMessages();                                                          // the host's own
+ * }
+ * int percent = 0;
+ * qelProgressCtrl::getPercentage(percent);                                     // == 1
+ * percent;                                                                     // == 100
+ * qelProgressCtrl::reset();                                                    // == 1
+ * @endcode
+ *
+ * @par Ownership
+ * Windows that are added belong to the caller and must live as long as they are in the list.
+ *
+ * @par Threads
+ * No locks; keep all use on the thread that opened the dialog.
+ *
+ * @par Cost
+ * A call to each window that is switched on; a percentage that has not changed costs a comparison.
+ *
+ * @par Failure
+ * Results are numbers as each member says; nothing is thrown. Only a progress bar that cannot be made is shown to the
+ * user, in a message box that waits for an answer.
+ *
+ * @par Percentages
+ * They are whole numbers from 0 to 100 and do not run backwards unless forced; others are refused.
+ *
+ * @par Messages and the user
+ * The dialog is modeless, has no owner and belongs to the thread that opened it. It answers the user only while that
+ * thread's message loop runs: the library runs none of its own. The user ends the dialog with OK or Cancel (the Escape
+ * key, where the host's loop offers it the keys). Nobody is told: the window counts as active until reset() or the next
+ * activate(), and calls in between do no harm.
  */
 class QEL_API qelProgressCtrl
 {
@@ -152,16 +242,28 @@ public:
     /// @name To all windows
     /// Each returns how many windows answered with anything but 0.
     /// @{
+
+    /// qelProgressCtrlWindow::activate() of each.
     static int activate(qelString title);
+
+    /// qelProgressCtrlWindow::reset() of each.
     static int reset();
+
+    /// qelProgressCtrlWindow::setTitle() of each.
     static int setTitle(const qelString& title);
+
+    /// qelProgressCtrlWindow::setPercentage() of each.
     static int setPercentage(int percent, int force = 0);
     /// @}
 
     /// @name From the first window
     /// Each returns 1, or 0 and leaves its argument alone when no window is switched on.
     /// @{
+
+    /// Copies out its title.
     static int getTitle(qelString& title);
+
+    /// Copies out its percentage.
     static int getPercentage(int& percent);
     /// @}
 

@@ -1,25 +1,6 @@
 /**
  * @file
  * @brief Matching of whole texts against a pattern.
- *
- * @code
- * qelRegExWrapper profile;
- * profile.setRegularExpression(L"(HE[ABM]|IPE) *(\\d+)");
- * qelArray<qelString> parts;
- * if (profile.match(L"HEA 200", parts)) { ... }   // parts are "HEA 200", "HEA" and "200"
- * @endcode
- *
- * The syntax is that of ECMAScript as Boost.Xpressive reads it; `docs/patterns.md` lists it, what differs, and which
- * patterns are dangerous.
- *
- * - **Scale**: texts of any length and patterns of up to some thousand characters. The pattern is compiled on every
- *   call and nothing is kept between calls.
- * - **Limits**: a call that needs more than 50 million steps or 256 MiB of stack gives up and does not match, so that
- *   no pattern can hang or end the process.
- * - **Ownership**: a wrapper keeps one text, shared with whoever gave it; results are texts of their own.
- * - **Failure**: an invalid pattern, a limit and running out of memory all look like a text that does not match;
- *   nothing is thrown.
- * - **Threads**: one at a time.
  */
 #ifndef QEL_REG_EX_WRAPPER_H
 #define QEL_REG_EX_WRAPPER_H
@@ -28,17 +9,54 @@
 #include "qelExport.h"
 #include "qelString.h"
 
-/// @brief One pattern; see the head of this file.
+/**
+ * @brief Matches whole texts against a pattern.
+ * @ingroup text
+ *
+ * @par Purpose
+ * Checks a text against a pattern and takes out its parts. The syntax is that of ECMAScript as Boost.Xpressive reads
+ * it; @ref page_docs_patterns "docs/patterns.md" lists it, what differs, and which patterns are dangerous.
+ *
+ * @par Example
+ * @code
+ * qelRegExWrapper profile;
+ * profile.setRegularExpression(L"(HE[ABM]|IPE) *(\\d+)");
+ *
+ * qelArray<qelString> parts;
+ * profile.match(L"HEA 200", parts); // == true
+ * parts.length();                   // == 3, the whole text and the groups
+ * parts[1];                         // == L"HEA"
+ * parts[2];                         // == L"200"
+ * @endcode
+ *
+ * @par Ownership
+ * A wrapper keeps one text, shared with whoever gave it; results are texts of their own.
+ *
+ * @par Threads
+ * One at a time, as for qelString.
+ *
+ * @par Cost
+ * The pattern is compiled on every call and nothing is kept between calls: made for texts of any length and patterns of
+ * up to some thousand characters. A call that needs more than 50 million steps or 256 MiB of stack gives up, so that no
+ * pattern can hang or end the process.
+ *
+ * @par Failure
+ * An invalid pattern, a limit and memory that cannot be had all look like a text that does not match; nothing is
+ * thrown.
+ */
 class QEL_API qelRegExWrapper
 {
 public:
     /// The empty pattern, which matches the empty text only.
     qelRegExWrapper();
 
-    /// Share the pattern of `other`. O(1).
+    /// Shares the pattern of `other`. O(1).
     qelRegExWrapper(const qelRegExWrapper& other);
+
+    /// Shares the pattern of `other`. O(1).
     qelRegExWrapper& operator=(const qelRegExWrapper& other);
 
+    /// Gives up its share of the pattern.
     ~qelRegExWrapper();
 
     /// Stores the pattern. Nothing is checked here: an invalid pattern matches no text.

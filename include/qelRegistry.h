@@ -1,33 +1,6 @@
 /**
  * @file
  * @brief The library's single way to the Windows registry.
- *
- * Reads text and 32-bit numbers from the machine's and the user's hive, and answers on top of that what the product
- * asks again and again: which culture and language the user interface has, where binaries and data lie, and which
- * connection string is registered under a name. Where both hives are asked, the user's settings override those of the
- * installation.
- *
- * @code
- * const qelString models = qelRegistry::getPathData() + L"\\Models";
- *
- * qelString folder = L"C:\\Temp";  // what stays when nothing is registered
- * qelRegistry::getRegValue(L"Software\\Kelvara\\Plotting", L"Spool", folder);
- * @endcode
- *
- * - **Keys** are paths relative to the hive, without its name: `Software\Kelvara\Orvalis\2020`. The empty value name is
- *   a key's default value.
- * - **Text** is read whatever the type of the value: environment references are not expanded, and other data come as
- *   their raw bytes taken for 16-bit units, up to the first 0 unit. A text has at most 4095 units; a value of more than
- *   8192 bytes is not read, and of 4096 units without a terminator the last is dropped.
- * - **Numbers** are values of 4 bytes, whatever their type; a shorter value is completed with zeros, a longer one is
- *   not read.
- * - **Rights**: keys are opened for reading. Only where `create` is not 0 and the key cannot be opened is it asked for
- *   with all rights, and created where it does not exist; no member ever writes a value.
- * - **Failure**: nothing is thrown or logged. A missing key or value or a refused access gives the result 0 and leaves
- *   the value as the caller set it, or else gives the fallback that the member names.
- * - **Cost**: every call goes to the registry, nothing is kept between calls, every key is closed again. Ask once and
- *   keep the answer where it is needed often.
- * - **Threads**: as `qelString`; getCurrentCultureId() and getCurrentLanguage() can be called on any thread.
  */
 #ifndef QEL_REGISTRY_H
 #define QEL_REGISTRY_H
@@ -35,7 +8,51 @@
 #include "qelExport.h"
 #include "qelString.h"
 
-/// Reading access to the registry; all members are static.
+/**
+ * @brief Reading access to the registry; all members are static.
+ * @ingroup configuration
+ *
+ * @par Purpose
+ * Reads text and 32-bit numbers from the machine's and the user's hive, and answers on top of that what the product
+ * asks again and again: which culture and language the user interface has, where binaries and data lie, and which
+ * connection string is registered under a name. Where both hives are asked, the user's settings override those of the
+ * installation.
+ *
+ * @par Example
+ * @code
+ * // "DataPath" of the installation is "D:\Data\".
+ * qelRegistry::getPathData();                                               // == L"D:\\Data"
+ *
+ * qelString folder = L"C:\\Temp";                                            // stays when nothing is registered
+ * qelRegistry::getRegValue(L"Software\\Kelvara\\Plotting", L"Spool", folder); // == 0
+ * folder;                                                                   // == L"C:\\Temp"
+ * @endcode
+ *
+ * @par Ownership
+ * Results are texts of the caller's own. No key stays open between calls.
+ *
+ * @par Threads
+ * As qelString; getCurrentCultureId() and getCurrentLanguage() can be called on any thread.
+ *
+ * @par Cost
+ * Every call goes to the registry and nothing is kept between calls. Ask once and keep the answer where it is needed
+ * often.
+ *
+ * @par Failure
+ * Nothing is thrown or logged. A missing key or value or a refused access gives the result 0 and leaves the value as
+ * the caller set it, or else gives the fallback that the member names.
+ *
+ * @par Keys and rights
+ * Keys are paths relative to the hive, without its name: `Software\Kelvara\Orvalis\2020`. The empty value name is a
+ * key's default value. Keys are opened for reading. Only where `create` is not 0 and the key cannot be opened is it
+ * asked for with all rights, and created where it does not exist; no member ever writes a value.
+ *
+ * @par Values
+ * Text is read whatever the type of the value: environment references are not expanded, and other data come as their
+ * raw bytes taken for 16-bit units, up to the first 0 unit. A text has at most 4095 units; a value of more than 8192
+ * bytes is not read, and of 4096 units without a terminator the last is dropped. Numbers are values of 4 bytes,
+ * whatever their type; a shorter value is completed with zeros, a longer one is not read.
+ */
 class QEL_API qelRegistry
 {
 public:
@@ -107,7 +124,10 @@ public:
 
 private:
     /// Longest path that Windows accepts, terminator included.
-    static const int kMaxPath = 260;
+    enum : int
+    {
+        kMaxPath = 260
+    };
 
     static const wchar_t RegPathEnvironment[kMaxPath]; ///< key of the installation's values
     static const wchar_t RegDatabase[kMaxPath];        ///< key of the registered connection strings

@@ -1,32 +1,6 @@
 /**
  * @file
  * @brief The library's text type.
- *
- * Every interface that takes or returns text uses `qelString`: UTF-16 text in a representation that copies share and
- * nobody writes to, with the narrow form (process's ANSI code page) made on demand.
- *
- * @code
- * qelString path = qelRegistry::getPathData() + L"\\Kernel\\Data\\model.mdb";
- * path.replace(L"/", L"\\");
- * puts(path.getStringA());
- * @endcode
- *
- * **Why shared text.** Copies of one text travel through the whole application: in and out of functions by value, in
- * lists, in records. Sharing makes a copy one counter increment, at the price of an allocation for every change, since
- * a text is never changed in place. The count lives in the representation (`qelStringRepr::m_refCount`) and is a plain
- * integer, so copies of one text must not be made or destroyed on two threads at once.
- *
- * - **Positions and lengths** count 16-bit units from 0; "not found" is -1. A character outside the basic plane takes
- *   two units.
- * - **Limit**: a text has at most 524,288 units; longer text given to a constructor or an assignment is cut there. The
- *   results of concatenation, replacement and formatting end at 524,287 units: a longer one goes to the C runtime's
- *   invalid-parameter handling, which may end the process; where that returns, the result is the empty text.
- * - **Borrowed pointers** from getStringW() and getStringA() stay valid until this object is next changed or destroyed.
- * - **Scrubbing**: text and narrow forms are overwritten with zeros before their memory is freed.
- * - **Cost**: copying is O(1); length() and isEmpty() measure the text on every call, O(n) and O(1).
- * - **Threads**: several operations work in two buffers that belong to the process (qelStringTempBufferWide and
- *   qelStringTempBuffer) without a lock. Keep all use of the class on one thread at a time.
- * - **Failure**: nothing here reports an error or throws by itself; running out of memory surfaces from the allocation.
  */
 #ifndef QEL_STRING_H
 #define QEL_STRING_H
@@ -41,14 +15,39 @@ struct tm;
 class qelString;
 
 /**
- * A text and the number of `qelString` objects that share it. Only `qelString` makes these, and it never writes to a
- * text once built (qelString::strRev() excepted).
+ * @brief A text and the number of qelString objects that share it.
+ * @ingroup text
+ *
+ * @par Purpose
+ * What a copy of a text shares with the first one. Only qelString makes these, and it never writes to a text once built
+ * (qelString::strRev() excepted).
+ *
+ * @par Example
+ * @code
+ * const qelString profile = L"HEA 200";
+ * const qelString copy = profile;
+ * copy.getStringW() == profile.getStringW(); // == true, one representation for both
+ * @endcode
+ *
+ * @par Ownership
+ * It belongs to the strings that share it and goes with the last of them. Representation and text are one block.
+ *
+ * @par Threads
+ * The count is a plain integer: strings that share a text stay on one thread.
+ *
+ * @par Cost
+ * One allocation a text; sharing is an increment.
+ *
+ * @par Failure
+ * None of its own.
  */
 class QEL_API qelStringRepr
 {
 public:
     /// The library shares representations instead of copying them; a copy refers to the same text.
     qelStringRepr(const qelStringRepr&) = default;
+
+    /// As the copy: refers to the same text from then on.
     qelStringRepr& operator=(const qelStringRepr&) = default;
 
     /// Overwrites the text with zeros.
@@ -73,7 +72,51 @@ private:
     int m_refCount;  ///< objects that share this representation
 };
 
-/// @brief Shared, immutable UTF-16 text; see the head of this file for the rules that all members share.
+/**
+ * @brief Shared, immutable UTF-16 text.
+ * @ingroup text
+ *
+ * @par Purpose
+ * Every interface of the library that takes or returns text uses this type. Copies of one text travel through the whole
+ * application, in and out of functions by value, in lists, in records: sharing makes a copy one counter increment, at
+ * the price of an allocation for every change, since a text is never changed in place. The narrow form (process's ANSI
+ * code page) is made on demand.
+ *
+ * @par Example
+ * @code
+ * qelString path = L"D:/Data/model.mdb";
+ * path.replace(L"/", L"\\");             // == 2
+ * path.getStringW();                     // == L"D:\\Data\\model.mdb"
+ * path.find(L"model");                   // == 8
+ * path.mid(3, 4);                        // == L"Data"
+ *
+ * const qelString saved = path + L".bak";
+ * saved.right(8);                        // == L".mdb.bak"
+ * saved.getStringA();                    // == "D:\\Data\\model.mdb.bak"
+ * @endcode
+ *
+ * @par Ownership
+ * A string owns its narrow form and shares its text. Pointers from getStringW() and getStringA() stay valid until this
+ * object is next changed or destroyed. Text and narrow forms are overwritten with zeros before their memory is freed.
+ *
+ * @par Threads
+ * Keep all use of the class on one thread at a time: the count of a shared text is a plain integer, and several
+ * operations work in two buffers that belong to the process (qelStringTempBufferWide and qelStringTempBuffer), without
+ * a lock.
+ *
+ * @par Cost
+ * Copying and isEmpty() are O(1). length() measures the text on every call, O(n). Every change is a new text: one
+ * allocation and O(n), where the member says nothing else.
+ *
+ * @par Failure
+ * Nothing reports an error or throws by itself; memory that cannot be had surfaces from the allocation. A text has at
+ * most 524,288 units: longer text given to a constructor or an assignment is cut there. Results of concatenation,
+ * replacement and formatting end at 524,287 units: a longer one goes to the C runtime's invalid-parameter handling,
+ * which may end the process; where that returns, the result is the empty text.
+ *
+ * @par Positions and lengths
+ * They count 16-bit units from 0; "not found" is -1. A character outside the basic plane takes two units.
+ */
 class QEL_API qelString
 {
 public:
@@ -101,6 +144,8 @@ public:
 
     /// A copy of `text`; null or empty gives the empty text.
     qelString(const wchar_t* text);
+
+    /// @overload
     qelString(const unsigned short* text);
 
     /// The text of `text` in the ANSI code page; null or empty gives the empty text.
@@ -109,6 +154,7 @@ public:
     /// Shares the text of `other`. O(1).
     qelString(const qelString& other);
 
+    /// Gives up its share of the text; the last one to do so scrubs and frees it.
     ~qelString();
 
     /// Shares the text of `other`. O(1).
@@ -116,6 +162,8 @@ public:
 
     /// Takes a copy of `text`, which may point into this string's own text; null or empty gives the empty text.
     qelString& operator=(const wchar_t* text);
+
+    /// @overload
     qelString& operator=(const unsigned short* text);
 
     /// As the `char` constructor; `text` may be this string's own narrow form.
@@ -167,16 +215,28 @@ public:
      * changes nothing. The `char` form converts the byte from the ANSI code page first.
      */
     qelString& setAt(int index, const wchar_t& c);
+
+    /// @overload
     qelString& setAt(int index, const unsigned short& c);
+
+    /// @overload
     qelString& setAt(int index, const char& c);
     /// @}
 
     /// @name Comparison
     /// Ordinal: unit by unit as unsigned 16-bit values, without case folding or locale, unless a member says otherwise.
     /// @{
+
+    /// Whether both texts have the same units.
     bool operator==(const qelString& other) const;
+
+    /// Whether a unit or the length differs.
     bool operator!=(const qelString& other) const;
+
+    /// Whether this text comes before `other`.
     bool operator<(const qelString& other) const;
+
+    /// Whether this text comes behind `other`.
     bool operator>(const qelString& other) const;
 
     /// -1, 0 or 1.
@@ -188,6 +248,8 @@ public:
     /// As the C runtime's `_wcsicmp` / `_wcsnicmp`; only the sign of the result has a meaning. A negative `n` compares
     /// all units.
     static int compareNoCase(const qelString& a, const qelString& b);
+
+    /// @overload
     static int compareNoCase(const qelString& a, const qelString& b, int n);
 
     /**
@@ -198,8 +260,10 @@ public:
      */
     static int compareWithNumbers(const qelString& a, const qelString& b);
 
-    /// Comparators for sorting and searching: each argument points to a `qelString`; 0 when either is null.
+    /// compare() for sorting and searching: each argument points to a `qelString`; 0 when either is null.
     static int strCompare(const void* a, const void* b);
+
+    /// compareNoCase() for sorting and searching, likewise.
     static int strCompareNoCase(const void* a, const void* b);
     /// @}
 
@@ -208,10 +272,14 @@ public:
 
     /// The text of this string followed by that of `other`.
     qelString operator+(const qelString& other) const;
+
+    /// Appends the text of `other`, which may be this string.
     const qelString& operator+=(const qelString& other);
 
     /// Drops the first `count` units; less than 1 drops nothing, as many as there are or more leaves the empty text.
     qelString& operator>>=(int count);
+
+    /// A text without the first `count` units, likewise.
     qelString operator>>(int count) const;
     /// @}
 
@@ -224,6 +292,8 @@ public:
 
     /// Position of the last `c`, or -1.
     int find_last_of(wchar_t c) const;
+
+    /// @overload
     int find_last_of(unsigned short c) const;
 
     /**
@@ -251,7 +321,11 @@ public:
      * the ANSI code page.
      */
     int replace(wchar_t from, wchar_t to);
+
+    /// @overload
     int replace(unsigned short from, unsigned short to);
+
+    /// @overload
     int replace(char from, char to);
 
     /**
@@ -265,7 +339,11 @@ public:
 
     /// Removes every `c`; the `char` form converts it from the ANSI code page first.
     void removeAll(const wchar_t& c);
+
+    /// @overload
     void removeAll(const unsigned short& c);
+
+    /// @overload
     void removeAll(const char& c);
     /// @}
 
@@ -280,6 +358,8 @@ public:
 
     /// Up to `count` units from `start`; a start outside the text or a negative count gives the empty text.
     qelString mid(int start, int count) const;
+
+    /// The text from `start` on; a start outside the text gives the empty text.
     qelString mid(int start) const;
 
     /**
@@ -287,23 +367,31 @@ public:
      * or not below the source's length or `count` is below 1. Returns a copy of this string.
      */
     qelString copy(const qelString& source, int start, int count);
+
+    /// Sets this string to the text of `source` from `start` on, likewise.
     qelString copy(const qelString& source, int start);
 
-    /// Removes tabs, line feeds and spaces, but deliberately no carriage return, from the beginning or the end.
+    /// Removes tabs, line feeds and spaces, but deliberately no carriage return, from the beginning.
     void TrimLeft();
+
+    /// The same from the end.
     void TrimRight();
 
-    /// Removes the units that occur in `set` from the beginning or the end; an empty set removes nothing. The text is
-    /// rebuilt even when nothing is removed, and its limit is that of a formatted one.
+    /// Removes the units that occur in `set` from the beginning; an empty set removes nothing. The text is rebuilt even
+    /// when nothing is removed, and its limit is that of a formatted one.
     void TrimLeft(const qelString& set);
+
+    /// The same from the end.
     void TrimRight(const qelString& set);
     /// @}
 
     /// @name Letter case and order
     /// @{
 
-    /// Converts by the C runtime's current locale.
+    /// To upper case by the C runtime's current locale.
     qelString& toUpper();
+
+    /// To lower case, likewise.
     qelString& toLower();
 
     /**
@@ -316,16 +404,23 @@ public:
     /// @name Numbers
     /// Parsing skips leading white space, stops at the first character that does not fit, and gives 0 for no number.
     /// @{
+
+    /// A whole number, base 10. What one past 32 bits gives is the C runtime's choice.
     int toInteger() const;
+
+    /// As toInteger().
     long toLong() const;
 
     /// Deliberately parses the 32-bit range only, then widens.
     long long toIntPtr() const;
 
+    /// A number with point and exponent, as the C runtime reads it in its current locale.
     double toDouble() const;
 
     /// The value in base `radix` (2 to 36; another one gives the empty text). Only base 10 knows a sign.
     static qelString integerToString(int value, int radix = 10);
+
+    /// As integerToString(): both types have 32 bits.
     static qelString longToString(long value, int radix = 10);
 
     /// The value with `digits` significant digits (0 to 1,023; another number gives the empty text), in the form that
@@ -338,11 +433,23 @@ public:
     /// other way round. Narrow results are converted from the ANSI code page. A null format gives the empty text. An
     /// argument may be this string's own text.
     /// @{
+
+    /// Sets this string to the formatted text and returns it.
     qelString& format(const char* fmt, ...);
+
+    /// @overload
     qelString& format(const wchar_t* fmt, ...);
+
+    /// @overload
     qelString& format(const unsigned short* fmt, ...);
+
+    /// As format(), with the arguments in a list, which is used up.
     qelString& vformat(const char* fmt, va_list args);
+
+    /// @overload
     qelString& vformat(const wchar_t* fmt, va_list args);
+
+    /// @overload
     qelString& vformat(const unsigned short* fmt, va_list args);
 
     /**
@@ -362,10 +469,12 @@ public:
     /// Both replace the contents of `tokens` and leave `text` as it is. Every unit of `separators` separates; runs of
     /// separators count as one and no token is empty.
     /// @{
+
+    /// What stands between the separators.
     static void getTokens(qelString& text, qelArray<qelString>& tokens, const qelString& separators);
 
     /**
-     * As above, but between a unit of `quotes` and its next occurrence separators are ordinary text. Quotes stay in the
+     * The same, but between a unit of `quotes` and its next occurrence separators are ordinary text. Quotes stay in the
      * tokens; a doubled quote inside stays doubled; a quote that is not closed runs to the end of the text.
      */
     static void getTokens(qelString& text, qelArray<qelString>& tokens, const qelString& separators, qelString quotes);
@@ -385,6 +494,8 @@ public:
     /// @}
 
 private:
+    class Trimming;
+
     /// The text of `chars[first..last]`; empty when the range is none. An empty array leaves m_rep null.
     qelString(const qelArray<wchar_t>& chars, int first, int last);
 
@@ -399,9 +510,6 @@ private:
 
     /// Releases text and narrow form and takes over `rep`, whose count already covers this string.
     qelString& adopt(qelStringRepr* rep);
-
-    void trimFront(const wchar_t* set, size_t setLength);
-    void trimBack(const wchar_t* set, size_t setLength);
 
     /// Appends every unit of the text to `chars`, which is not cleared first.
     void StringToArr(qelArray<wchar_t>& chars) const;

@@ -1,28 +1,6 @@
 /**
  * @file
  * @brief List of texts that crosses module borders.
- *
- * @code
- * qelStringClassArray names;
- * names.append(L"IPE 300");
- * names.append(L"HEA 200");
- * names.sort(qelString::strCompareNoCase);
- * long at = -1;
- * if (names.bsearch(L"ipe 300", at, qelString::strCompareNoCase)) { ... }   // at is 1
- * @endcode
- *
- * The list keeps a `qelArray<qelString>` behind one pointer, so its layout never changes for callers; lengths, growth
- * and storage follow the rules of qelArray.h.
- *
- * - **Positions** count from 0 and are not checked where a reference is returned.
- * - **Comparators** receive pointers to two `qelString` elements and return a negative, zero or positive number, as
- *   qelString::strCompare() and qelString::strCompareNoCase() do.
- * - **Ownership**: the list owns its texts and shares none of its storage with another list. References to elements end
- *   with the next call that changes the storage.
- * - **Failure**: nothing reports an error; searches return 0 for "not found".
- * - **Cost**: adding at the end O(1) while slots are spare; inserting, removing and linear searches O(n); sorting
- *   O(n log n) comparisons, bsearch() O(log n).
- * - **Threads**: one at a time.
  */
 #ifndef QEL_STRING_CLASS_ARRAY_H
 #define QEL_STRING_CLASS_ARRAY_H
@@ -31,11 +9,47 @@
 #include "qelExport.h"
 #include "qelString.h"
 
-/// @brief List of texts; see the head of this file.
+/**
+ * @brief List of texts that crosses module borders.
+ * @ingroup text
+ *
+ * @par Purpose
+ * Keeps a `qelArray<qelString>` behind one pointer, so its layout never changes for callers, and adds searching and
+ * sorting. Lengths, growth and storage follow the rules of qelArray.
+ *
+ * @par Example
+ * @code
+ * qelStringClassArray names;
+ * names.append(L"IPE 300");
+ * names.append(L"HEA 200");
+ * names.sort(qelString::strCompareNoCase);
+ * names[0];                                                        // == L"HEA 200"
+ *
+ * long at = -1;
+ * names.bsearch(L"ipe 300", at, qelString::strCompareNoCase);      // == 1
+ * at;                                                              // == 1
+ * @endcode
+ *
+ * @par Ownership
+ * The list owns its texts and shares none of its storage with another list. References to elements end with the next
+ * call that changes the storage.
+ *
+ * @par Threads
+ * One at a time, as for qelString.
+ *
+ * @par Cost
+ * Adding at the end O(1) while slots are spare; inserting, removing and linear searches O(n); sorting O(n log n)
+ * comparisons on average, bsearch() O(log n).
+ *
+ * @par Failure
+ * Nothing reports an error; searches return 0 for "not found". Positions count from 0 and are not checked where a
+ * reference is returned.
+ */
 class QEL_API qelStringClassArray
 {
 public:
-    /// Order of two elements, given as pointers to `qelString`.
+    /// Order of two elements, given as pointers to `qelString`: a negative, zero or positive number, as from
+    /// qelString::strCompare() and qelString::strCompareNoCase().
     using Comparator = int (*)(const void*, const void*);
 
     /// @name Life
@@ -47,6 +61,7 @@ public:
     /// A list of its own with the texts, the length and the step of growth of `other`.
     qelStringClassArray(const qelStringClassArray& other);
 
+    /// Releases every text.
     ~qelStringClassArray();
 
     /// Takes over the texts, the length and the step of growth of `other`.
@@ -55,16 +70,26 @@ public:
 
     /// @name Access
     /// @{
+
+    /// The text at `i`; not checked.
     qelString& operator[](long i);
+
+    /// @overload
     const qelString& operator[](long i) const;
 
     /// A copy of the text at `i`; the empty text where no slot exists.
     qelString at(long i) const;
 
-    /// The first and the last text; the list must not be empty.
+    /// The first text; the list must not be empty.
     qelString& first();
+
+    /// @overload
     const qelString& first() const;
+
+    /// The last text; the list must not be empty.
     qelString& last();
+
+    /// @overload
     const qelString& last() const;
 
     /// Assigns the text at `i`; a position at or beyond the length makes the length `i + 1`.
@@ -92,6 +117,7 @@ public:
     /// Removes the first text equal to `s` at or after `start`. 1 when there was one, else 0.
     int remove(const qelString& s, long start = 0);
 
+    /// As removeAt() with position 0.
     qelStringClassArray& removeFirst();
 
     /// Shortens the list by one. Not guarded: an empty list then has the length -1 and does not count as empty.
@@ -126,6 +152,7 @@ public:
      */
     void sort(long from, long to, Comparator compare);
 
+    /// Puts the texts into the opposite order.
     qelStringClassArray& reverse();
 
     /// Exchanges two texts; nothing happens where one of the slots does not exist.
@@ -135,12 +162,26 @@ public:
     /// @name Lengths
     /// As those of qelArray.
     /// @{
+
+    /// Number of texts in use.
     long length() const;
+
+    /// The same as length().
     long logicalLength() const;
+
+    /// 1 when no text is in use, else 0.
     int isEmpty() const;
+
+    /// Sets the number of texts in use; slots beyond it keep their texts.
     void setLogicalLength(long n);
+
+    /// Number of slots that exist.
     long physicalLength() const;
+
+    /// Sets the number of slots, and with it how many texts can stay. O(n).
     void setPhysicalLength(long n);
+
+    /// Step in which slots are added.
     long growLength() const;
 
     /// Takes any value; growing with a step of 0 is a fatal division fault.
@@ -148,8 +189,6 @@ public:
     /// @}
 
 private:
-    bool hasSlot(long i) const;
-
     qelArray<qelString>* m_array; ///< owned, never null
 };
 

@@ -1,36 +1,6 @@
 /**
  * @file
  * @brief A small, one-shot pool of worker threads.
- *
- * A pool starts its workers when it is made, runs the tasks that are queued, and ends when it is waited for. A task is
- * a plain function with one pointer.
- *
- * @code
- * void checkPart(void* part)
- * {
- *     static_cast<Part*>(part)->check();
- * }
- *
- * qelThreadsPool pool;                     // 4 workers
- * for (Part& part : parts)
- * {
- *     pool.QueueTask(checkPart, &part);
- * }
- * pool.WaitForThreadsToFinishWork();       // every part is checked, every worker has ended
- * @endcode
- *
- * - **Scale**: made for a handful of coarse tasks a worker, with at most 64 workers and fewer than 65,536 tasks pending
- *   at any time. The length of the queue is a 16-bit count: a queue of exactly 65,536 tasks, or a multiple, counts as
- *   empty, so workers leave it alone until its length changes and, once waited for, end without running the rest.
- * - **Order**: none is promised. Pending tasks are taken last in, first out.
- * - **One shot**: after the wait a pool runs nothing more; there is no way to start its workers again.
- * - **Ownership**: the pool never owns what a task's argument points to. Code and data of a task must stay until it
- *   has run. While any worker runs, the library stays loaded, whoever frees it.
- * - **Failure**: nothing reports an error. A worker that the system refuses is left out; a pool that gets no lock or no
- *   event starts no worker. Running out of memory surfaces from the allocation and leaves the pool as it was.
- * - **Threads**: any thread may queue tasks, tasks on their own pool included. Only one thread at a time may assign to
- *   a pool or destroy it, and none may use it then. What tasks share with each other is the caller's to protect; they
- *   must not touch one `qelString` on two threads at once.
  */
 #ifndef QEL_THREADS_POOL_H
 #define QEL_THREADS_POOL_H
@@ -42,7 +12,62 @@ namespace qelTasks
 struct TaskNode;
 }
 
-/// @brief Runs tasks on a fixed set of worker threads; see the head of this file for the rules that all members share.
+/**
+ * @brief A small, one-shot pool of worker threads.
+ * @ingroup workers
+ *
+ * @par Purpose
+ * A pool starts its workers when it is made, runs the tasks that are queued, and ends when it is waited for. A task is
+ * a plain function with one pointer. After the wait a pool runs nothing more; there is no way to start its workers
+ * again.
+ *
+ * @par Example
+ * @code
+ * struct Part
+ * {
+ *     double length;
+ *     bool tooLong;
+ * };
+ *
+ * void checkPart(void* argument)
+ * {
+ *     Part* part = static_cast<Part*>(argument);
+ *     part->tooLong = part->length > 12000.0;
+ * }
+ *
+ * Part parts[3] = {{6000.0, false}, {15000.0, false}, {12000.0, false}};
+ * qelThreadsPool pool;               // 4 workers
+ * for (Part& part : parts)
+ * {
+ *     pool.QueueTask(checkPart, &part);
+ * }
+ * pool.WaitForThreadsToFinishWork(); // every part is checked, every worker has ended
+ * parts[1].tooLong;                  // == true
+ * parts[2].tooLong;                  // == false
+ * @endcode
+ *
+ * @par Ownership
+ * The pool never owns what a task's argument points to. Code and data of a task must stay until it has run. While any
+ * worker runs, the library stays loaded, whoever frees it.
+ *
+ * @par Threads
+ * Any thread may queue tasks, tasks on their own pool included. Only one thread at a time may assign to a pool or
+ * destroy it, and none may use it then. What tasks share with each other is the caller's to protect; they must not
+ * touch one qelString on two threads at once.
+ *
+ * @par Cost
+ * One thread a worker, at most 64 workers; a task is queued in O(1). Made for a handful of coarse tasks a worker, with
+ * fewer than 65,536 tasks pending at any time. The length of the queue is a 16-bit count: a queue of exactly 65,536
+ * tasks, or a multiple, counts as empty, so workers leave it alone until its length changes and, once waited for, end
+ * without running the rest.
+ *
+ * @par Failure
+ * Nothing reports an error. A worker that the system refuses is left out; a pool that gets no lock or no event starts
+ * no worker. Memory that cannot be had surfaces from the allocation and leaves the pool as it was.
+ *
+ * @par Order
+ * None is promised. Pending tasks are taken last in, first out.
+ */
 class QEL_API qelThreadsPool
 {
 public:
@@ -91,9 +116,6 @@ public:
     void WaitForThreadsToFinishWork();
 
 private:
-    qelTasks::TaskNode* copyTasks(bool& stopRequested) const;
-    void assignWithinGroup(qelTasks::TaskNode* nodes, bool stopRequested);
-
     int m_threadCount;              ///< number of workers, as given
     void** m_threadHandles;         ///< the workers in the order of their creation; shared with copies
     qelTasks::TaskNode* m_taskList; ///< pending tasks, last one first; null when there are none

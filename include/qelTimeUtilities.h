@@ -1,22 +1,6 @@
 /**
  * @file
  * @brief Distances between calendar times, and times shifted by whole hours.
- *
- * Times are Windows `SYSTEMTIME` records; include windows.h to fill one.
- *
- * @code
- * int days = 0;
- * if (qelTimeUtilities::getDifferenceBetweenTimeAndLocalTimeInDays(saved, days) < 0)
- *     printf("saved %d days ago\n", -days);
- * @endcode
- *
- * Every difference operation returns the comparison of its two times: -1 when the first is earlier, 0 when they are
- * equal, 1 when it is later. The difference is first time minus second time, truncated towards zero to the unit (59.9
- * seconds are 0 minutes, -1.5 hours are -1). A difference that does not fit 32 bits is -2,147,483,648 whatever its
- * sign, which happens to seconds beyond about 68 years.
- *
- * The day of the week of a record is not looked at. A record that is no valid time counts as the beginning of the year
- * 1601 in differences; nothing reports it. Free of state, so any thread may call.
  */
 #ifndef QEL_TIME_UTILITIES_H
 #define QEL_TIME_UTILITIES_H
@@ -25,31 +9,93 @@
 
 struct _SYSTEMTIME;
 
-/// Static operations only.
+/**
+ * @brief Distances between calendar times, and times shifted by whole hours; all members are static.
+ * @ingroup numerics
+ *
+ * @par Purpose
+ * Every difference operation returns the comparison of its two times: -1 when the first is earlier, 0 when they are
+ * equal, 1 when it is later. The difference is first time minus second time, truncated towards zero to the unit (59.9
+ * seconds are 0 minutes, -1.5 hours are -1). Times are Windows `SYSTEMTIME` records; include windows.h to fill one.
+ *
+ * @par Example
+ * @code
+ * SYSTEMTIME saved = {};
+ * saved.wYear = 2020;
+ * saved.wMonth = 2;
+ * saved.wDay = 28;
+ * SYSTEMTIME later = {};
+ * qelTimeUtilities::addTime(saved, 48, later) != 0;                           // == true
+ * later.wMonth;                                                               // == 3
+ * later.wDay;                                                                 // == 1
+ *
+ * int days = 0;
+ * qelTimeUtilities::getDifferenceBetweenTimesInDays(saved, later, days);      // == -1, it is earlier
+ * days;                                                                       // == -2
+ * @endcode
+ *
+ * @par Ownership
+ * Records are the caller's.
+ *
+ * @par Threads
+ * Any; there is no state.
+ *
+ * @par Cost
+ * Constant.
+ *
+ * @par Failure
+ * A record that is no valid time counts as the beginning of the year 1601 in differences; nothing reports it. Its day
+ * of the week is not looked at. A difference that does not fit 32 bits is -2,147,483,648 whatever its sign, which
+ * happens to seconds beyond about 68 years.
+ */
 class QEL_API qelTimeUtilities
 {
 public:
     /// @name Between two times
     /// @{
+
+    /// Sets `difference` to `a` - `b` in whole seconds.
     static int getDifferenceBetweenTimesInSeconds(const _SYSTEMTIME& a, const _SYSTEMTIME& b, int& difference);
+
+    /// Sets `difference` to `a` - `b` in whole minutes.
     static int getDifferenceBetweenTimesInMinutes(const _SYSTEMTIME& a, const _SYSTEMTIME& b, int& difference);
+
+    /// Sets `difference` to `a` - `b` in whole hours.
     static int getDifferenceBetweenTimesInHours(const _SYSTEMTIME& a, const _SYSTEMTIME& b, int& difference);
+
+    /// Sets `difference` to `a` - `b` in whole days.
     static int getDifferenceBetweenTimesInDays(const _SYSTEMTIME& a, const _SYSTEMTIME& b, int& difference);
     /// @}
 
     /// @name Between a time and the current local time
     /// @{
+
+    /// Sets `difference` to `a` - the current local time in whole seconds.
     static int getDifferenceBetweenTimeAndLocalTimeInSeconds(const _SYSTEMTIME& a, int& difference);
+
+    /// Sets `difference` to `a` - the current local time in whole minutes.
     static int getDifferenceBetweenTimeAndLocalTimeInMinutes(const _SYSTEMTIME& a, int& difference);
+
+    /// Sets `difference` to `a` - the current local time in whole hours.
     static int getDifferenceBetweenTimeAndLocalTimeInHours(const _SYSTEMTIME& a, int& difference);
+
+    /// Sets `difference` to `a` - the current local time in whole days.
     static int getDifferenceBetweenTimeAndLocalTimeInDays(const _SYSTEMTIME& a, int& difference);
     /// @}
 
     /// @name Between a time and the current UTC time
     /// @{
+
+    /// Sets `difference` to `a` - the current UTC time in whole seconds.
     static int getDifferenceBetweenTimeAndSystemTimeInSeconds(const _SYSTEMTIME& a, int& difference);
+
+    /// Sets `difference` to `a` - the current UTC time in whole minutes.
     static int getDifferenceBetweenTimeAndSystemTimeInMinutes(const _SYSTEMTIME& a, int& difference);
+
+    /// Sets `difference` to `a` - the current UTC time in whole hours.
     static int getDifferenceBetweenTimeAndSystemTimeInHours(const _SYSTEMTIME& a, int& difference);
+
+    /// Sets `difference` to `a` - the current UTC time in whole days.
     static int getDifferenceBetweenTimeAndSystemTimeInDays(const _SYSTEMTIME& a, int& difference);
     /// @}
 

@@ -1,28 +1,51 @@
 /**
  * @file
  * @brief A clipping mode with two limits along the Z axis.
- *
- * @code
- * qelZClipping::kClipUpperDefault = 50.0;   // for objects made from now on
- * const qelZClipping standard;              // mode 0, limits 50 and -20
- * if (standard != current) { ... }
- * @endcode
- *
- * A plain value in the model's units; copy it freely. Nothing is checked and nothing fails. The two defaults belong to
- * the process and have no lock.
  */
 #ifndef QEL_Z_CLIPPING_H
 #define QEL_Z_CLIPPING_H
 
 #include "qelExport.h"
 
-/// Clipping modes. All but the default one are defined by the modules that use the type.
+/**
+ * @brief Clipping modes.
+ * @ingroup numerics
+ *
+ * All but the default one are defined by the modules that use the type.
+ */
 enum eZClip : int
 {
-    eZClip_Default = 0
+    eZClip_Default = 0 ///< the mode of an object made by default
 };
 
-/// @brief Mode and limits of Z clipping; see the head of this file.
+/**
+ * @brief A clipping mode with two limits along the Z axis.
+ * @ingroup numerics
+ *
+ * @par Purpose
+ * A plain value in the model's units that modules hand on and compare.
+ *
+ * @par Example
+ * @code
+ * const qelZClipping standard;            // mode 0, limits 20 and -20
+ * standard == qelZClipping(eZClip_Default, 20.0, -20.0); // == 1
+ *
+ * qelZClipping::kClipUpperDefault = 50.0; // for objects made from now on
+ * standard != qelZClipping();             // == 1
+ * @endcode
+ *
+ * @par Ownership
+ * None; copy it freely.
+ *
+ * @par Threads
+ * Any for values of their own. The two defaults belong to the process and have no lock.
+ *
+ * @par Cost
+ * 24 bytes; constant.
+ *
+ * @par Failure
+ * None; nothing is checked.
+ */
 class QEL_API qelZClipping
 {
 public:

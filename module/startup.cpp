@@ -4,6 +4,7 @@
 // Nothing here has a destructor: the objects must outlive every caller, and their storage goes with the module.
 
 #include "config/OdbcInstaller.h"
+#include "progress/NotificationRound.h"
 #include "progress/ProgressDialog.h"
 #include "qelDataSourcesUtilities.h"
 #include "qelDebugInterfaces.h"
@@ -24,8 +25,9 @@
 // NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables): the one place for what lives as long as the process
 namespace
 {
-wchar_t wideScratch[qelText::kCapacity];
-char narrowScratch[qelText::kCapacity];
+// One more than they hold: a C runtime that cannot convert a text while formatting puts a 0 right behind the buffer.
+wchar_t wideScratch[qelText::kCapacity + 1];
+char narrowScratch[qelText::kCapacity + 1];
 
 wchar_t emptyText[qelText::kUnitsPerChunk];
 alignas(qelStringRepr) unsigned char emptyRepresentation[sizeof(qelStringRepr)];
@@ -82,7 +84,7 @@ const double qelMathUtilities::PI = acos(-1.0);
 // Made here and not in Lasting: only the class itself may construct it.
 qelProcessEvolutionManager* qelProcessEvolutionManager::m_pProcessEvolutionManager =
     new (static_cast<void*>(processEvolutionManager), qelPlacement()) qelProcessEvolutionManager();
-qelProcessEvolutionManager::Round* qelProcessEvolutionManager::m_rounds = nullptr;
+qelProcessEvolutionManager::Round* qelProcessEvolutionManager::Round::m_innermost = nullptr;
 
 qelProgressCtrlWindowController* qelProgressCtrl::m_ProgressCtrlWindowController = &progressWindowController.make();
 HWND ProgressDialog::m_dialog = nullptr;

@@ -50,6 +50,44 @@ private:
 };
 } // namespace
 
+/// The way that an insertion or removal has gone, as the entries on it remember it.
+class qelBalancedTreeEntry::Descent
+{
+public:
+    using Check = void(qelBalancedTreeEntry*& slot, int& flag);
+
+    /// The slot on the side that compare() named with -1 or 1; the entry remembers the side.
+    static qelBalancedTreeEntry*& turn(qelBalancedTreeEntry& entry, int side)
+    {
+        entry.m_side = side;
+        return followed(entry);
+    }
+
+    /**
+     * Runs `left` or `right` on each entry from the one in `top` down to the slot `end`, by the side on which the
+     * descent went on; `top` last, since only there the change may end and links may change.
+     */
+    static void check(qelBalancedTreeEntry*& top, qelBalancedTreeEntry* const* end, Check& left, Check& right,
+                      int& flag)
+    {
+        if (&top == end)
+        {
+            return;
+        }
+        for (qelBalancedTreeEntry** at = &followed(*top); at != end; at = &followed(**at))
+        {
+            ((*at)->m_side < 0 ? left : right)(*at, flag);
+        }
+        (top->m_side < 0 ? left : right)(top, flag);
+    }
+
+private:
+    static qelBalancedTreeEntry*& followed(qelBalancedTreeEntry& entry)
+    {
+        return entry.m_side < 0 ? entry.m_left : entry.m_right;
+    }
+};
+
 qelBalancedTreeEntry::qelBalancedTreeEntry()
     : m_weight(eBalanced)
     , m_side(0)
@@ -129,11 +167,11 @@ qelBalancedTreeEntry::eError qelBalancedTreeEntry::insert(qelBalancedTreeEntry*&
         {
             top = at;
         }
-        at = &(*at)->turn(side);
+        at = &Descent::turn(**at, side);
     }
     *at = entry;
     flag = 1;
-    checkPath(*top, at, checkLeftInsert, checkRightInsert, flag);
+    Descent::check(*top, at, checkLeftInsert, checkRightInsert, flag);
     return eNoError;
 }
 
@@ -157,7 +195,7 @@ qelBalancedTreeEntry::eError qelBalancedTreeEntry::remove(qelBalancedTreeEntry*&
         {
             top = at;
         }
-        at = &(*at)->turn(side);
+        at = &Descent::turn(**at, side);
     }
 
     qelBalancedTreeEntry* found = *at;
@@ -189,7 +227,7 @@ qelBalancedTreeEntry::eError qelBalancedTreeEntry::remove(qelBalancedTreeEntry*&
     }
     if (flag != 0)
     {
-        checkPath(*top, at, checkLeftRemove, checkRightRemove, flag);
+        Descent::check(*top, at, checkLeftRemove, checkRightRemove, flag);
     }
 
     // Last of all, since `key` may be this entry.
@@ -214,7 +252,7 @@ qelBalancedTreeEntry::eError qelBalancedTreeEntry::inorderPredecessor(qelBalance
         {
             top = at;
         }
-        at = &(*at)->turn(1);
+        at = &Descent::turn(**at, 1);
     }
 
     // The predecessor keeps its own weight by design. Its left side moves up before it takes over the links, so that
@@ -226,7 +264,7 @@ qelBalancedTreeEntry::eError qelBalancedTreeEntry::inorderPredecessor(qelBalance
     predecessor->m_right = replaced->m_right;
     predecessor->m_left = replaced->m_left;
     flag = 1;
-    checkPath(*top, at, checkLeftRemove, checkRightRemove, flag);
+    Descent::check(*top, at, checkLeftRemove, checkRightRemove, flag);
     return eNoError;
 }
 
@@ -323,20 +361,6 @@ void qelBalancedTreeEntry::checkRightRemove(qelBalancedTreeEntry*& slot, int& fl
     }
 }
 
-void qelBalancedTreeEntry::checkPath(qelBalancedTreeEntry*& top, qelBalancedTreeEntry* const* end, Check& left,
-                                     Check& right, int& flag)
-{
-    if (&top == end)
-    {
-        return;
-    }
-    for (qelBalancedTreeEntry** at = &top->followed(); at != end; at = &(*at)->followed())
-    {
-        ((*at)->m_side < 0 ? left : right)(*at, flag);
-    }
-    (top->m_side < 0 ? left : right)(top, flag);
-}
-
 void qelBalancedTreeEntry::rotateLeft(qelBalancedTreeEntry*& slot)
 {
     qelBalancedTreeEntry* entry = slot;
@@ -379,17 +403,6 @@ void qelBalancedTreeEntry::setWeightStatusToChilds(eWeight left, eWeight right)
     {
         m_right->m_weight = right;
     }
-}
-
-qelBalancedTreeEntry*& qelBalancedTreeEntry::turn(int side)
-{
-    m_side = side;
-    return followed();
-}
-
-qelBalancedTreeEntry*& qelBalancedTreeEntry::followed()
-{
-    return m_side < 0 ? m_left : m_right;
 }
 
 qelBalancedTree::qelBalancedTree()

@@ -25,6 +25,40 @@ bool occursIn(wchar_t c, const wchar_t* text)
 {
     return c != 0 && wcschr(text, c) != nullptr;
 }
+
+void split(const qelString& code, qelArray<wchar_t>& characters)
+{
+    const long length = code.length();
+    characters.setLogicalLength(length);
+    if (length > 0)
+    {
+        memcpy(&characters[0], code.getStringW(), static_cast<size_t>(length) * sizeof(wchar_t));
+    }
+}
+
+/// What appending the characters one by one to an empty text gives: a NUL adds nothing, and a text that would outgrow
+/// the limit fails and is empty again.
+qelString join(const qelArray<wchar_t>& characters)
+{
+    const long positions = characters.length();
+    qelNumbering::TextBuffer code(static_cast<size_t>(positions));
+    size_t length = 0;
+    for (long i = 0; i < positions; ++i)
+    {
+        if (characters[i] == 0)
+        {
+            continue;
+        }
+        code.text()[length++] = characters[i];
+        if (length == qelText::kCapacity)
+        {
+            qelText::refuseTooLong();
+            length = 0;
+        }
+    }
+    code.text()[length] = 0;
+    return qelString(code.text());
+}
 } // namespace
 
 qelIncrementalCounter::qelIncrementalCounter()
@@ -47,7 +81,7 @@ int qelIncrementalCounter::setDataFrom(const StructIncrementalCounter& source)
 
 void qelIncrementalCounter::reset()
 {
-    setCharacters(m_data.startValue);
+    split(m_data.startValue, m_characters);
     m_counterString = m_data.startValue;
     m_callCount = 0;
 }
@@ -59,7 +93,7 @@ qelString qelIncrementalCounter::getCounterString() const
 
 void qelIncrementalCounter::setCounterString(const qelString& code)
 {
-    setCharacters(code);
+    split(code, m_characters);
     m_counterString = code;
 }
 
@@ -86,7 +120,7 @@ qelIncrementalCounter::eIncrementStatus qelIncrementalCounter::increment()
                                                          carry));
         }
     }
-    rebuildCounterString();
+    m_counterString = join(m_characters);
     return status;
 }
 
@@ -112,38 +146,4 @@ wchar_t qelIncrementalCounter::incrementAtPosition(wchar_t current, qelString ex
         return current;
     }
     return m_numericOnly == 1 ? L'0' : static_cast<wchar_t>(first);
-}
-
-void qelIncrementalCounter::setCharacters(const qelString& code)
-{
-    const long length = code.length();
-    m_characters.setLogicalLength(length);
-    if (length > 0)
-    {
-        memcpy(&m_characters[0], code.getStringW(), static_cast<size_t>(length) * sizeof(wchar_t));
-    }
-}
-
-// The result is what appending the characters one by one to an empty text gives: a NUL adds nothing, and a text that
-// would outgrow the limit fails and is empty again.
-void qelIncrementalCounter::rebuildCounterString()
-{
-    const long positions = m_characters.length();
-    qelNumbering::TextBuffer code(static_cast<size_t>(positions));
-    size_t length = 0;
-    for (long i = 0; i < positions; ++i)
-    {
-        if (m_characters[i] == 0)
-        {
-            continue;
-        }
-        code.text()[length++] = m_characters[i];
-        if (length == qelText::kCapacity)
-        {
-            qelText::refuseTooLong();
-            length = 0;
-        }
-    }
-    code.text()[length] = 0;
-    m_counterString = code.text();
 }

@@ -32,6 +32,41 @@ qelString join(const qelString& a, const qelString& b, const qelString& c)
     end[lengthC] = 0;
     return qelString(joined.text());
 }
+
+wchar_t lowestSymbol(const StructNumberingDataRange& range)
+{
+    return range.firstSymbol[0];
+}
+
+/// The running code that comes after `code`.
+qelString next(const qelString& code, const StructNumberingDataRange& range, eNumberingType type)
+{
+    const int lowest = lowestSymbol(range);
+    const int count = range.symbolCount;
+    const auto length = static_cast<size_t>(code.length());
+    qelNumbering::TextBuffer moved(length);
+    memcpy(moved.text(), code.getStringW(), length * sizeof(wchar_t));
+    moved.text()[length] = 0;
+
+    bool carry = true;
+    for (size_t i = length; i > 0 && carry; --i)
+    {
+        wchar_t& symbol = moved.text()[i - 1];
+        int value = symbol - lowest + 1;
+        carry = value >= count;
+        if (count > 0)
+        {
+            value %= count; // keeps the sign: a symbol below the range stays below it
+        }
+        symbol = static_cast<wchar_t>(lowest + value);
+    }
+    if (!carry)
+    {
+        return qelString(moved.text());
+    }
+    const wchar_t leading[] = {static_cast<wchar_t>(type == kNumeric ? lowest + 1 : lowest), 0};
+    return qelString(leading) + moved.text();
+}
 } // namespace
 
 qelNumberCreator::qelNumberCreator()
@@ -151,13 +186,13 @@ void qelNumberCreator::reset()
 qelString qelNumberCreator::getNextNumber()
 {
     const qelString code(m_current);
-    moveOn();
+    m_current = next(code, m_dataRange, m_numberingType);
     return join(m_prefix, code, m_suffix);
 }
 
 int qelNumberCreator::checkNumber(const qelString& number) const
 {
-    const int lowest = lowestSymbol();
+    const int lowest = lowestSymbol(m_dataRange);
     for (const wchar_t* at = number.getStringW(); *at != 0; ++at)
     {
         // As a distance: the end of the range may not fit an int.
@@ -168,38 +203,4 @@ int qelNumberCreator::checkNumber(const qelString& number) const
         }
     }
     return 1;
-}
-
-wchar_t qelNumberCreator::lowestSymbol() const
-{
-    return m_dataRange.firstSymbol[0];
-}
-
-void qelNumberCreator::moveOn()
-{
-    const int lowest = lowestSymbol();
-    const int count = m_dataRange.symbolCount;
-    const auto length = static_cast<size_t>(m_current.length());
-    qelNumbering::TextBuffer next(length);
-    memcpy(next.text(), m_current.getStringW(), length * sizeof(wchar_t));
-    next.text()[length] = 0;
-
-    bool carry = true;
-    for (size_t i = length; i > 0 && carry; --i)
-    {
-        wchar_t& symbol = next.text()[i - 1];
-        int value = symbol - lowest + 1;
-        carry = value >= count;
-        if (count > 0)
-        {
-            value %= count; // keeps the sign: a symbol below the range stays below it
-        }
-        symbol = static_cast<wchar_t>(lowest + value);
-    }
-    m_current = next.text();
-    if (carry)
-    {
-        const wchar_t leading[] = {static_cast<wchar_t>(m_numberingType == kNumeric ? lowest + 1 : lowest), 0};
-        m_current = qelString(leading) + m_current;
-    }
 }

@@ -2,6 +2,14 @@
 
 #include "progress/ProgressDialog.h"
 
+namespace
+{
+bool isShown(int activity)
+{
+    return activity == 1;
+}
+} // namespace
+
 qelProgressCtrlWindow::qelProgressCtrlWindow()
     : m_on(0)
     , m_percentage(0)
@@ -25,7 +33,7 @@ int qelProgressCtrlWindow::activate(qelString title)
 
 int qelProgressCtrlWindow::reset()
 {
-    if (isShown())
+    if (isShown(m_activity))
     {
         ProgressDialog::close();
     }
@@ -43,7 +51,7 @@ int qelProgressCtrlWindow::setPercentage(int percent, int force)
         return 0;
     }
     m_percentage = percent;
-    if (isShown())
+    if (isShown(m_activity))
     {
         ProgressDialog::setPercentage(percent);
     }
@@ -53,7 +61,7 @@ int qelProgressCtrlWindow::setPercentage(int percent, int force)
 int qelProgressCtrlWindow::setTitle(const qelString& title)
 {
     m_title = title;
-    if (isShown())
+    if (isShown(m_activity))
     {
         ProgressDialog::setTitle(m_title.getStringW());
     }
@@ -100,9 +108,4 @@ void qelProgressCtrlWindow::switchOn()
 void qelProgressCtrlWindow::switchOff()
 {
     m_on = 0;
-}
-
-bool qelProgressCtrlWindow::isShown() const
-{
-    return m_activity == 1;
 }

@@ -5,6 +5,15 @@
 #include <string.h>
 #include <wchar.h>
 
+namespace
+{
+/// Wine's runtimes do not tell that nothing could be written.
+int countOrFailure(FILE* file, bool failedBefore, int count)
+{
+    return !failedBefore && ferror(file) != 0 ? -1 : count;
+}
+} // namespace
+
 #if defined(_UCRT) || defined(_MSC_VER)
 
 int qelRuntimeGaps::dupenv(char** buffer, size_t* length, const char* name)
@@ -51,12 +60,16 @@ int qelRuntimeGaps::wsearchenv(const wchar_t* name, const wchar_t* variable, wch
 
 int qelRuntimeGaps::print(FILE* file, const char* format, va_list args)
 {
-    return __stdio_common_vfprintf(_CRT_INTERNAL_LOCAL_PRINTF_OPTIONS, file, format, nullptr, args);
+    const bool failedBefore = ferror(file) != 0;
+    const int count = __stdio_common_vfprintf(_CRT_INTERNAL_LOCAL_PRINTF_OPTIONS, file, format, nullptr, args);
+    return countOrFailure(file, failedBefore, count);
 }
 
 int qelRuntimeGaps::print(FILE* file, const wchar_t* format, va_list args)
 {
-    return __stdio_common_vfwprintf(_CRT_INTERNAL_LOCAL_PRINTF_OPTIONS, file, format, nullptr, args);
+    const bool failedBefore = ferror(file) != 0;
+    const int count = __stdio_common_vfwprintf(_CRT_INTERNAL_LOCAL_PRINTF_OPTIONS, file, format, nullptr, args);
+    return countOrFailure(file, failedBefore, count);
 }
 
 #else
@@ -137,11 +150,6 @@ int searchFolders(errno_t (*search)(const Char*, const Char*, Char*, size_t), co
     const Char none = 0;
     const int code = search(name, variable == nullptr ? &none : variable, result, capacity);
     return code == 0 && result != nullptr && *result == 0 ? fail(ERANGE) : code;
-}
-
-int countOrFailure(FILE* file, bool failedBefore, int count)
-{
-    return !failedBefore && ferror(file) != 0 ? -1 : count;
 }
 } // namespace
 

@@ -6,7 +6,8 @@
 //   buffer of no capacity in _wcsupr_s and _wcslwr_s. Its _searchenv_s and _wsearchenv_s find a folder for the empty
 //   name, stop at a null variable, and call it success when the path of a file in the current folder is too long.
 // - MinGW's vfprintf and vfwprintf have a format language of their own; print() has the platform's.
-//   Wine's do not tell that nothing could be written.
+//
+// Wine's print functions, of either runtime, do not tell that nothing could be written: print() does.
 #ifndef QEL_RUNTIME_GAPS_H
 #define QEL_RUNTIME_GAPS_H
 

@@ -15,6 +15,11 @@ int report(const void* hit, const qelString* elements, long& index)
     index = static_cast<long>(static_cast<const qelString*>(hit) - elements);
     return 1;
 }
+
+bool hasSlot(const qelArray<qelString>& elements, long i)
+{
+    return i >= 0 && i < elements.physicalLength();
+}
 } // namespace
 
 qelStringClassArray::qelStringClassArray(long physical, long grow)
@@ -51,7 +56,7 @@ const qelString& qelStringClassArray::operator[](long i) const
 
 qelString qelStringClassArray::at(long i) const
 {
-    return hasSlot(i) ? (*m_array)[i] : qelString();
+    return hasSlot(*m_array, i) ? (*m_array)[i] : qelString();
 }
 
 qelString& qelStringClassArray::first()
@@ -199,7 +204,7 @@ qelStringClassArray& qelStringClassArray::reverse()
 
 qelStringClassArray& qelStringClassArray::swap(long i, long j)
 {
-    if (hasSlot(i) && hasSlot(j))
+    if (hasSlot(*m_array, i) && hasSlot(*m_array, j))
     {
         const qelString kept((*m_array)[i]);
         (*m_array)[i] = (*m_array)[j];
@@ -246,9 +251,4 @@ long qelStringClassArray::growLength() const
 void qelStringClassArray::setGrowLength(long n)
 {
     m_array->setGrowLength(n);
-}
-
-bool qelStringClassArray::hasSlot(long i) const
-{
-    return i >= 0 && i < physicalLength();
 }

@@ -23,6 +23,47 @@ size_t countInside(const wchar_t* text, int start, int count)
 }
 } // namespace
 
+/// Takes the units that belong to a set from one end of a text.
+class qelString::Trimming
+{
+public:
+    static void front(qelString& trimmed, const wchar_t* set, size_t setLength)
+    {
+        if (trimmed.isEmpty() != 0)
+        {
+            return;
+        }
+        const wchar_t* text = trimmed.m_rep->m_data;
+        const wchar_t* end = text + qelText::measureOwn(text);
+        while (text < end && qelText::contains(set, setLength, *text))
+        {
+            ++text;
+        }
+        keep(trimmed, text, static_cast<size_t>(end - text));
+    }
+
+    static void back(qelString& trimmed, const wchar_t* set, size_t setLength)
+    {
+        if (trimmed.isEmpty() != 0)
+        {
+            return;
+        }
+        const wchar_t* text = trimmed.m_rep->m_data;
+        size_t kept = qelText::measureOwn(text);
+        while (kept > 0 && qelText::contains(set, setLength, text[kept - 1]))
+        {
+            --kept;
+        }
+        keep(trimmed, text, kept);
+    }
+
+private:
+    static void keep(qelString& trimmed, const wchar_t* text, size_t length)
+    {
+        trimmed.adopt(qelText::fits(length) ? represent(text, length) : m_repEmpty);
+    }
+};
+
 qelString qelString::left(int n) const
 {
     if (n < 0)
@@ -72,53 +113,22 @@ qelString qelString::copy(const qelString& source, int start)
 
 void qelString::TrimLeft()
 {
-    trimFront(defaultTrimSet, defaultTrimSetLength);
+    Trimming::front(*this, defaultTrimSet, defaultTrimSetLength);
 }
 
 void qelString::TrimRight()
 {
-    trimBack(defaultTrimSet, defaultTrimSetLength);
+    Trimming::back(*this, defaultTrimSet, defaultTrimSetLength);
 }
 
 void qelString::TrimLeft(const qelString& set)
 {
-    trimFront(set.m_rep->m_data, qelText::measureOwn(set.m_rep->m_data));
+    Trimming::front(*this, set.m_rep->m_data, qelText::measureOwn(set.m_rep->m_data));
 }
 
 void qelString::TrimRight(const qelString& set)
 {
-    trimBack(set.m_rep->m_data, qelText::measureOwn(set.m_rep->m_data));
-}
-
-void qelString::trimFront(const wchar_t* set, size_t setLength)
-{
-    if (isEmpty() != 0)
-    {
-        return;
-    }
-    const wchar_t* text = m_rep->m_data;
-    const wchar_t* end = text + qelText::measureOwn(text);
-    while (text < end && qelText::contains(set, setLength, *text))
-    {
-        ++text;
-    }
-    const auto kept = static_cast<size_t>(end - text);
-    adopt(qelText::fits(kept) ? represent(text, kept) : m_repEmpty);
-}
-
-void qelString::trimBack(const wchar_t* set, size_t setLength)
-{
-    if (isEmpty() != 0)
-    {
-        return;
-    }
-    const wchar_t* text = m_rep->m_data;
-    size_t kept = qelText::measureOwn(text);
-    while (kept > 0 && qelText::contains(set, setLength, text[kept - 1]))
-    {
-        --kept;
-    }
-    adopt(qelText::fits(kept) ? represent(text, kept) : m_repEmpty);
+    Trimming::back(*this, set.m_rep->m_data, qelText::measureOwn(set.m_rep->m_data));
 }
 
 void qelString::StringToArr(qelArray<wchar_t>& chars) const

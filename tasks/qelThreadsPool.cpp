@@ -7,6 +7,58 @@ using qelTasks::TaskList;
 using qelTasks::TaskNode;
 using qelTasks::WorkerGroup;
 
+namespace
+{
+/// The list and the flag for a copy of the pool whose own are given. The caller owns the nodes.
+TaskNode* copyTasks(WorkerGroup& group, TaskNode* const& list, const bool& listStop, bool& stopRequested)
+{
+    // The copy can be much longer than the list: it is not made under the lock.
+    TaskList tasks;
+    uint16_t count = 0;
+    {
+        const Lock lock(group.lock());
+        stopRequested = listStop;
+        count = qelTasks::countNodes(list);
+        const TaskNode* node = list;
+        for (int i = 0; i < count; ++i)
+        {
+            tasks.push(node->task);
+            node = node->next;
+        }
+    }
+    tasks.reverse();
+
+    // Deliberately n passes over ever fewer tasks: nobody runs the list of a copy.
+    TaskList copy;
+    for (int length = count; length > 0; --length)
+    {
+        const TaskNode* node = tasks.head();
+        for (int i = 0; i < length; ++i)
+        {
+            copy.push(node->task);
+            node = node->next;
+        }
+    }
+    return copy.release();
+}
+
+/// Gives a pool the copied nodes and flag of another one that shares its group.
+void assignWithin(WorkerGroup& group, TaskNode*& list, TaskNode* nodes, bool& listStop, bool stopRequested)
+{
+    TaskNode* old = nullptr;
+    {
+        const Lock lock(group.lock());
+        old = group.replace(&list, nodes);
+        listStop = stopRequested;
+        if (stopRequested)
+        {
+            group.requestStop(&list);
+        }
+    }
+    qelTasks::freeNodes(old);
+}
+} // namespace
+
 qelThreadsPool::qelThreadsPool(int threadCount)
     : m_threadCount(threadCount)
     , m_threadHandles(nullptr)
@@ -29,8 +81,9 @@ qelThreadsPool::qelThreadsPool(const qelThreadsPool& other)
     , m_workEvent(other.m_workEvent)
     , m_stopRequested(false)
 {
-    m_taskList = other.copyTasks(m_stopRequested);
-    WorkerGroup::of(m_threadHandles)->join();
+    WorkerGroup* group = WorkerGroup::of(m_threadHandles);
+    m_taskList = copyTasks(*group, other.m_taskList, other.m_stopRequested, m_stopRequested);
+    group->join();
 }
 
 qelThreadsPool& qelThreadsPool::operator=(const qelThreadsPool& other)
@@ -42,14 +95,15 @@ qelThreadsPool& qelThreadsPool::operator=(const qelThreadsPool& other)
 
     // Built first: when memory runs out, this pool is as it was.
     bool stopRequested = false;
-    TaskNode* nodes = other.copyTasks(stopRequested);
+    WorkerGroup* group = WorkerGroup::of(other.m_threadHandles);
+    TaskNode* nodes = copyTasks(*group, other.m_taskList, other.m_stopRequested, stopRequested);
     if (m_threadHandles == other.m_threadHandles)
     {
-        assignWithinGroup(nodes, stopRequested);
+        assignWithin(*group, m_taskList, nodes, m_stopRequested, stopRequested);
         return *this;
     }
 
-    WorkerGroup::of(other.m_threadHandles)->join();
+    group->join();
     WorkerGroup::of(m_threadHandles)->leave(&m_taskList);
     qelTasks::freeNodes(m_taskList);
     m_threadCount = other.m_threadCount;
@@ -103,53 +157,4 @@ void qelThreadsPool::WaitForThreadsToFinishWork()
     {
         WaitForMultipleObjects(count, started, TRUE, INFINITE);
     }
-}
-
-/// The list and the flag for a copy of this pool. The caller owns the nodes.
-TaskNode* qelThreadsPool::copyTasks(bool& stopRequested) const
-{
-    // The copy can be much longer than the list: it is not made under the lock.
-    TaskList tasks;
-    uint16_t count = 0;
-    {
-        const Lock lock(WorkerGroup::of(m_threadHandles)->lock());
-        stopRequested = m_stopRequested;
-        count = qelTasks::countNodes(m_taskList);
-        const TaskNode* node = m_taskList;
-        for (int i = 0; i < count; ++i)
-        {
-            tasks.push(node->task);
-            node = node->next;
-        }
-    }
-    tasks.reverse();
-
-    // Deliberately n passes over ever fewer tasks: nobody runs the list of a copy.
-    TaskList copy;
-    for (int length = count; length > 0; --length)
-    {
-        const TaskNode* node = tasks.head();
-        for (int i = 0; i < length; ++i)
-        {
-            copy.push(node->task);
-            node = node->next;
-        }
-    }
-    return copy.release();
-}
-
-void qelThreadsPool::assignWithinGroup(TaskNode* nodes, bool stopRequested)
-{
-    WorkerGroup* group = WorkerGroup::of(m_threadHandles);
-    TaskNode* old = nullptr;
-    {
-        const Lock lock(group->lock());
-        old = group->replace(&m_taskList, nodes);
-        m_stopRequested = stopRequested;
-        if (stopRequested)
-        {
-            group->requestStop(&m_taskList);
-        }
-    }
-    qelTasks::freeNodes(old);
 }

@@ -9,26 +9,29 @@ source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 usage()
 {
     cat <<'END'
-usage: demo.sh
+usage: demo.sh [--preset PRESET]
 
 Builds the library and its example host for 64-bit Windows, prepares what an installation of the application leaves on
 a machine (registry values, a configuration file, an ODBC driver and database files), and runs the host under Wine: it
 looks up data sources and connects to their databases for real, numbers a part list, prints section values, writes and
 shows the files that support asks a customer for, and shows the progress of a long operation in a dialog. A picture of
-that dialog is left in build/linux-mingw-release/demo/progress.png.
+that dialog is left in build/PRESET/demo/progress.png.
 
-  --help     show this text
+  --preset PRESET  build with this preset for Linux instead of linux-mingw-release
+  --help           show this text
 
 Installs the packages of tools/packages.txt that are missing (with sudo where need be). Everything else stays in
 build/. Exit status: 0 when everything came out as it should.
 END
 }
 
-case ${1:-} in
-    '') ;;
-    --help) usage; exit 0 ;;
-    *) usage >&2; exit 2 ;;
-esac
+while [ $# -gt 0 ]; do
+    case $1 in
+        --help) usage; exit 0 ;;
+        --preset) [ $# -ge 2 ] || { usage >&2; exit 2; }; use_preset "$2"; shift 2 ;;
+        *) usage >&2; exit 2 ;;
+    esac
+done
 
 demo=$qel_build/demo
 drive=$demo/drive_d # the D: of the demo

@@ -1,12 +1,22 @@
-# What test.sh, demo.sh, bench.sh and run-wine.sh share; sourced, not run.
+# What test.sh, demo.sh, compare-abis.sh, bench.sh and run-wine.sh share; sourced, not run.
 #
 # Everything these scripts make lies in one build folder: the build itself, the Wine prefixes, the home folder and the
 # temporary files of the programs they run. Nothing is left elsewhere, and no process outlives the script.
 # shellcheck shell=bash
 
 qel_source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-qel_preset=linux-mingw-release
-qel_build=$qel_source/build/$qel_preset
+# The presets of Linux whose programs are run, the library's own first.
+# shellcheck disable=SC2034
+qel_presets=(linux-mingw-release linux-visualcpp-release)
+
+# Lets everything below work in the build folder of a preset.
+use_preset()
+{
+    qel_preset=$1
+    qel_build=$qel_source/build/$qel_preset
+}
+
+use_preset "${qel_presets[0]}"
 
 display_pid=
 step_pid=
@@ -167,16 +177,23 @@ start_server()
         fail "Wine does not start: see $qel_build/wine.log"
 }
 
+# Ends Wine and its display, where they run.
+end_wine()
+{
+    if [ -n "$display_pid" ]; then
+        wineserver -k 2>/dev/null || true
+        kill "$display_pid" 2>/dev/null || true
+        display_pid=
+    fi
+}
+
 # Ends every process that this script started; runs whenever it ends.
 end_everything()
 {
     local result=$?
     trap '' INT TERM HUP
     [ -z "$step_pid" ] || kill -TERM -- "-$step_pid" 2>/dev/null || true
-    if [ -n "$display_pid" ]; then
-        wineserver -k 2>/dev/null || true
-        kill "$display_pid" 2>/dev/null || true
-    fi
+    end_wine
     wait
     exit "$result"
 }

@@ -8,12 +8,14 @@ source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 usage()
 {
     cat <<'END'
-usage: test.sh [-R REGEX]
+usage: test.sh [--preset PRESET] [-R REGEX]
 
-Builds the library and its tests for 64-bit Windows and runs the tests under Wine, with a display of their own.
+Builds the library and its tests for 64-bit Windows, by MinGW-w64 and then with Visual C++'s ABI, and runs the tests of
+both builds under Wine, with a display of their own. At the end tools/compare-abis.sh compares the two.
 
-  -R REGEX   run only the test programs whose names match
-  --help     show this text
+  --preset PRESET  build and test only with this preset for Linux; nothing is compared then
+  -R REGEX         run only the test programs whose names match; nothing is compared then
+  --help           show this text
 
 Installs the packages of tools/packages.txt that are missing (with sudo where need be). Everything else stays in
 build/. Exit status: 0 when every test has passed.
@@ -51,10 +53,34 @@ count_tests()
     ' log_file="$1/LastTest.log" "$failed_programs" "$1/LastTest.log"
 }
 
+# Builds with the preset $1 and runs its tests, of which only those count that match the filter where there is one. Sets
+# result and tests_found.
+test_preset()
+{
+    use_preset "$1"
+    lock_build
+    configure_and_build all
+    start_wine "$qel_build/wine"
+
+    say "Running the tests ($qel_preset)"
+    cd "$qel_source"
+    local logs=$qel_build/Testing/Temporary
+    rm -f "$logs/LastTest.log" "$logs/LastTestsFailed.log"
+    run_step ctest --preset "$qel_preset" --no-tests=ignore "${filter[@]}" || result=1
+    if [ -f "$logs/LastTest.log" ]; then
+        tests_found=1
+        count_tests "$logs"
+    fi
+    end_wine
+    exec 9>&-
+}
+
 filter=()
+presets=("${qel_presets[@]}")
 while [ $# -gt 0 ]; do
     case $1 in
         --help) usage; exit 0 ;;
+        --preset) [ $# -ge 2 ] || { usage >&2; exit 2; }; presets=("$2"); shift 2 ;;
         -R) [ $# -ge 2 ] || { usage >&2; exit 2; }; filter=(-R "$2"); shift 2 ;;
         *) usage >&2; exit 2 ;;
     esac
@@ -62,15 +88,13 @@ done
 
 end_everything_on_exit
 install_packages
-lock_build
-configure_and_build all
-start_wine "$qel_build/wine"
-
-say "Running the tests"
-cd "$qel_source"
-logs=$qel_build/Testing/Temporary
-rm -f "$logs/LastTest.log" "$logs/LastTestsFailed.log"
 result=0
-run_step ctest --preset "$qel_preset" --no-tests=error "${filter[@]}" || result=$?
-[ ! -f "$logs/LastTest.log" ] || count_tests "$logs"
+tests_found=0
+for preset in "${presets[@]}"; do
+    test_preset "$preset"
+done
+[ "$tests_found" -eq 1 ] || fail "no test was run"
+if [ ${#presets[@]} -gt 1 ] && [ ${#filter[@]} -eq 0 ]; then
+    run_step "$qel_source/tools/compare-abis.sh" || result=1
+fi
 exit "$result"

@@ -5,8 +5,7 @@
 #include "qelFileAccess.h"
 
 #include <string.h>
-
-#include <sstream>
+#include <wchar.h>
 
 namespace
 {
@@ -55,6 +54,19 @@ qelString readText(const std::wstring& file)
         throw Refusal{L"is no text"};
     }
     return text;
+}
+
+/// Takes the next line off the text. False when nothing is left.
+bool takeLine(const wchar_t*& rest, std::wstring& line)
+{
+    if (*rest == 0)
+    {
+        return false;
+    }
+    const size_t length = wcscspn(rest, L"\n");
+    line.assign(rest, length);
+    rest += rest[length] == 0 ? length : length + 1;
+    return true;
 }
 
 std::vector<std::wstring> split(const std::wstring& line)
@@ -208,13 +220,14 @@ bool readParts(const std::wstring& file, std::vector<Part>& parts)
     std::wstring place = file;
     try
     {
-        std::wistringstream lines(readText(file).getStringW());
+        const qelString text = readText(file);
+        const wchar_t* rest = text.getStringW();
         std::wstring line;
-        if (!std::getline(lines, line) || line != kHeading)
+        if (!takeLine(rest, line) || line != kHeading)
         {
             throw Refusal{std::wstring(L"is no part list: its first line should be\n") + kHeading};
         }
-        for (int number = 2; std::getline(lines, line); ++number)
+        for (int number = 2; takeLine(rest, line); ++number)
         {
             place = file + L", line " + std::to_wstring(number);
             if (!line.empty())

@@ -9,7 +9,6 @@
 
 #include <windows.h>
 
-#include <filesystem>
 #include <set>
 
 namespace
@@ -90,7 +89,11 @@ std::set<const Component*> Component::s_living;
 
 std::wstring fullPath(const std::wstring& folder, const wchar_t* name)
 {
-    return std::filesystem::absolute(std::filesystem::path(folder) / name).wstring();
+    const std::wstring path = folder.empty() ? name : folder + L"\\" + name;
+    // With room for the terminator at first, without it in the end.
+    std::wstring full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
+    full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+    return full;
 }
 
 bool show(const wchar_t* title, const std::wstring& path)

@@ -11,7 +11,6 @@
 #include <windows.h>
 
 #include <atomic>
-#include <thread>
 
 namespace
 {
@@ -94,7 +93,7 @@ bool isCancelLetter(wchar_t character)
 }
 
 /// For scripts that feed this program through a pipe.
-void watchPipe(HANDLE input)
+DWORD WINAPI watchPipe(void* input)
 {
     char character = 0;
     DWORD read = 0;
@@ -106,6 +105,7 @@ void watchPipe(HANDLE input)
             cancelWanted = true;
         }
     }
+    return 0;
 }
 
 void watchForCancel()
@@ -115,7 +115,11 @@ void watchForCancel()
     if (GetFileType(input) == FILE_TYPE_PIPE)
     {
         // Ends with the program.
-        std::thread(watchPipe, input).detach();
+        const HANDLE thread = CreateThread(nullptr, 0, watchPipe, input, 0, nullptr);
+        if (thread != nullptr)
+        {
+            CloseHandle(thread);
+        }
     }
 }
 
