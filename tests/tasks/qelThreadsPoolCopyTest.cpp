@@ -393,7 +393,6 @@ TEST(qelThreadsPoolAssign, ToTheOriginalKeepsItServed)
 
 TEST(qelThreadsPoolAssign, OfAWaitedCopyToTheOriginalStopsIt)
 {
-    std::atomic<bool> returned(false);
     qelThreadsPool pool(2);
     qelThreadsPool copy(pool);
     std::thread waiter([&] { copy.WaitForThreadsToFinishWork(); });

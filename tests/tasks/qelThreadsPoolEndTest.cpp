@@ -8,7 +8,6 @@
 #include <thread>
 
 using qelTest::comesTrue;
-using qelTest::eventOf;
 using qelTest::Gate;
 using qelTest::giveWorkersTime;
 using qelTest::HeapCount;
