@@ -9,10 +9,9 @@ function(qel_reproducible_dll target)
     target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:/Brepro>)
     target_link_options(${target} PRIVATE /Brepro /DYNAMICBASE /HIGHENTROPYVA /NXCOMPAT)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-      # As for GCC below. The linker would write where the PDB lies.
+      # As for GCC below.
       target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:
         /clang:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=. /clang:-ffile-prefix-map=${CMAKE_BINARY_DIR}=build>)
-      target_link_options(${target} PRIVATE /pdbaltpath:%_PDB%)
     endif()
   else()
     # The compiler would write source and build paths into assertions and debug information.

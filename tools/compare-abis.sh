@@ -12,13 +12,12 @@ usage: compare-abis.sh
 
 Runs tools/demo.sh with the presets linux-mingw-release and linux-visualcpp-release and compares the output of every
 command of the example host, and every file that it wrote, byte by byte. So it does with abiCheck, a program that drives
-every class of the library. Times, durations, process numbers, addresses
-and the system's own modules are left aside: they differ from run to run, or because the two builds use different C
-runtimes. It also checks that they really do.
+every class of the library. Times, durations, process numbers, addresses and the system's own modules are left aside:
+they differ from run to run, or because the two builds use different C runtimes. It also checks that they really do.
 
   --help     show this text
 
-Everything stays in build/. Exit status: 0 when there is no difference.
+Installs the packages of tools/packages.txt that are missing (with sudo where need be). Everything else stays in build/. Exit status: 0 when there is no difference.
 END
 }
 

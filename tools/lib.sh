@@ -1,4 +1,4 @@
-# What test.sh, demo.sh, compare-abis.sh, bench.sh and run-wine.sh share; sourced, not run.
+# What the scripts share; sourced, not run.
 #
 # Everything these scripts make lies in one build folder: the build itself, the Wine prefixes, the home folder and the
 # temporary files of the programs they run. Nothing is left elsewhere, and no process outlives the script.

@@ -44,6 +44,7 @@ def expected_files(source, abi, configuration):
             "CHANGELOG.md",
             "CONTRIBUTING.md",
             "README.md",
+            "docs/html/index.html",
         },
     }
 
@@ -61,7 +62,7 @@ def files_of(path, top):
 def differences(name, found, expected):
     for missing in sorted(expected - found):
         yield f"{name}: {missing} is missing: cmake/Install.cmake should install it"
-    # Pages for a browser are there when the target docs has made them.
+    # Doxygen names its pages.
     for extra in sorted(file for file in found - expected if not file.startswith("docs/html/")):
         yield f"{name}: {extra} should not be there, or tests/package/check_package.py should expect it"
 
@@ -80,7 +81,9 @@ def paths_of_the_build(name, data, places):
     """The folders of this machine that a file names, in either width of characters."""
     for place in places:
         for encoding in ("utf-8", "utf-16-le"):
-            if str(place).encode(encoding) in data:
+            # Behind a letter, a digit or a colon it is the end of another path, such as /usr/src for /src.
+            before = rb"(?<![0-9A-Za-z:])" if encoding == "utf-8" else rb"(?<![0-9A-Za-z:]\0)"
+            if re.search(before + re.escape(str(place).encode(encoding)), data):
                 yield f"{name} names the folder {place}, which no other machine has"
                 break
     if name.endswith(".cmake"):
