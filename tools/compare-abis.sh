@@ -17,7 +17,8 @@ they differ from run to run, or because the two builds use different C runtimes.
 
   --help     show this text
 
-Installs the packages of tools/packages.txt that are missing (with sudo where need be). Everything else stays in build/. Exit status: 0 when there is no difference.
+Installs the packages of tools/packages.txt that are missing (with sudo where need be). Everything else stays in
+build/. Exit status: 0 when there is no difference.
 END
 }
 
