@@ -49,7 +49,8 @@ compiled()
         /^ *"command":/ { wanted = $0 ~ object }
         /^ *"file":/ && wanted && split($0, part, "\"") && index(part[4], folder) == 1 {
             print substr(part[4], length(folder) + 1)
-        }' "$qel_build/compile_commands.json" | grep '\.cpp$' | grep -Ev '^(build|tools/solver-accuracy)/' | sort -u | xargs ls -S
+        }' "$qel_build/compile_commands.json" |
+        grep '\.cpp$' | grep -Ev '^(build|tools/solver-accuracy)/' | sort -u | xargs ls -S
 }
 
 if [ ${#files[@]} -gt 0 ]; then
