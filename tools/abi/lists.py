@@ -1,4 +1,4 @@
-"""The lists of interface/: what they hold and how they are written.
+"""The lists of abi/: what they hold and how they are written.
 
 One fact a line, so that a difference reads like a change: a block for each type, its members below it.
 """
@@ -11,7 +11,7 @@ TITLES = {
     "virtual-slots": "Virtual tables: slot, declaration = the function that stands there.",
 }
 NAMES = tuple(TITLES)
-NOTE = "Read from the built DLL and its debug information by tools/interface.py, which also renews this list."
+NOTE = "Read from the built DLL and its debug information by tools/abi.py, which also renews this list."
 
 
 def export_lines(exports, spelled):

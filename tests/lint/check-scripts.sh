@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Checks the scripts of a source tree without running them: bash by shellcheck, Python by its compiler.
 #
-# usage: checkScripts.sh FOLDER-FOR-COMPILED-FILES
+# usage: check-scripts.sh FOLDER-FOR-COMPILED-FILES
 set -euo pipefail
 
 compiled=$1

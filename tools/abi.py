@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compares the interface of the built DLL with the lists of interface/."""
+"""Compares the interface of the built DLL with the lists of abi/."""
 
 import argparse
 import sys
@@ -8,7 +8,7 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True
 SOURCE = Path(__file__).resolve().parent.parent
-sys.path.insert(0, str(SOURCE / "tools" / "interface"))
+sys.path.insert(0, str(SOURCE / "tools" / "abi"))
 
 from agreement import disagreements  # noqa: E402
 from build import Build  # noqa: E402
@@ -17,18 +17,18 @@ from exported import Declared  # noqa: E402
 from lists import read, read_lines, write  # noqa: E402
 
 HEADERS = SOURCE / "include"
-LISTS = SOURCE / "interface"
+LISTS = SOURCE / "abi"
 ABIS = {"mingw": "MinGW-w64", "visualcpp": "Visual C++"}
 DESCRIPTION = """\
 Compares what hosts are built against (exported names, sizes, offsets, values, virtual tables), as the DLL in BUILD/bin
-and its debug information have it, with the lists checked in below interface/. Says of each difference whether it breaks
+and its debug information have it, with the lists checked in below abi/. Says of each difference whether it breaks
 hosts. Exit status: 0 when there is none.
 
 Without BUILD, the release builds for Linux that are there."""
 
 
 def arguments():
-    parser = argparse.ArgumentParser(prog="interface.py", description=DESCRIPTION,
+    parser = argparse.ArgumentParser(prog="abi.py", description=DESCRIPTION,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("builds", metavar="BUILD", nargs="*", type=Path, help="build folder")
     group = parser.add_mutually_exclusive_group()
@@ -42,7 +42,7 @@ def present_builds():
     found = [folder for folder in sorted((SOURCE / "build").glob("linux-*-release")) if
              (folder / "bin" / "VarnelQELRoots.dll").exists()]
     if not found:
-        sys.exit("interface.py: there is no build; run tools/test.sh, or name one")
+        sys.exit("abi.py: there is no build; run tools/test.sh, or name one")
     return found
 
 
@@ -62,7 +62,7 @@ def check(folder, build):
     for breaks, title in ((True, "Breaks hosts that were built before"), (False, "Does not break hosts")):
         report(title, [change for change in found if change.breaks == breaks])
     print("\nWas it not meant? Then change the code back. Was it? docs/binary-compatibility.md says what else to do;\n"
-          f"the lists are renewed with\n    tools/interface.py --renew {shown(folder)}")
+          f"the lists are renewed with\n    tools/abi.py --renew {shown(folder)}")
     return False
 
 
@@ -97,7 +97,7 @@ def check_agreement():
     print("The lists of the two ABIs do not agree:\n")
     print("\n".join(f"  - {line}" for line in found))
     print("\nHosts of both are built from the same sources, so level it. An export that only Visual C++ makes belongs\n"
-          "into interface/visualcpp-only.txt, with the reason. When one set of lists is merely old, renew both.")
+          "into abi/visualcpp-only.txt, with the reason. When one set of lists is merely old, renew both.")
     return False
 
 
@@ -120,4 +120,4 @@ if __name__ == "__main__":
     try:
         sys.exit(main())
     except (OSError, ValueError) as error:
-        sys.exit(f"interface.py: {error}")
+        sys.exit(f"abi.py: {error}")

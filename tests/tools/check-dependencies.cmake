@@ -19,7 +19,7 @@ set(subsystems strings files config numbering progress numeric tasks)
 set(offered strings/Text.h strings/CodePage.h module/Module.h)
 
 # The one source that is built on a library of C++.
-set(usesCppLibrary strings/PatternSearch.cpp)
+set(usesCppLibrary src/strings/PatternSearch.cpp)
 
 set(errors)
 
@@ -27,7 +27,7 @@ set(errors)
 function(find_home header result)
   get_filename_component(name ${header} NAME_WE)
   foreach(folder IN LISTS subsystems)
-    if(EXISTS ${SOURCE_DIR}/${folder}/${name}.cpp)
+    if(EXISTS ${SOURCE_DIR}/src/${folder}/${name}.cpp)
       set(${result} ${folder} PARENT_SCOPE)
       return()
     endif()
@@ -67,7 +67,7 @@ endfunction()
 
 set(count 0)
 foreach(folder IN LISTS subsystems)
-  file(GLOB files RELATIVE ${SOURCE_DIR} ${SOURCE_DIR}/${folder}/*.cpp ${SOURCE_DIR}/${folder}/*.h)
+  file(GLOB files RELATIVE ${SOURCE_DIR} ${SOURCE_DIR}/src/${folder}/*.cpp ${SOURCE_DIR}/src/${folder}/*.h)
   foreach(file IN LISTS files)
     check_file(${file} ${folder})
     math(EXPR count "${count} + 1")

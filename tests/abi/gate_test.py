@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests of tools/interface.py: each kind of change to the interface is noticed, and judged as hosts would."""
+"""Tests of tools/abi.py: each kind of change to the interface is noticed, and judged as hosts would."""
 
 import sys
 import unittest
@@ -7,7 +7,7 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True
 SOURCE = Path(__file__).resolve().parent.parent.parent
-sys.path.insert(0, str(SOURCE / "tools" / "interface"))
+sys.path.insert(0, str(SOURCE / "tools" / "abi"))
 
 from agreement import disagreements  # noqa: E402
 from changes import changes  # noqa: E402
@@ -16,8 +16,8 @@ from lists import read, read_lines  # noqa: E402
 from model import plain  # noqa: E402
 from names import common, readable  # noqa: E402
 
-MINGW = SOURCE / "interface" / "mingw"
-VISUAL_CPP = SOURCE / "interface" / "visualcpp"
+MINGW = SOURCE / "abi" / "mingw"
+VISUAL_CPP = SOURCE / "abi" / "visualcpp"
 
 
 class Lists(unittest.TestCase):
@@ -151,7 +151,7 @@ class VirtualTables(Lists):
 class Agreement(unittest.TestCase):
     def setUp(self):
         self.mingw, self.visual_cpp = read(MINGW), read(VISUAL_CPP)
-        self.known = read_lines(SOURCE / "interface" / "visualcpp-only.txt")
+        self.known = read_lines(SOURCE / "abi" / "visualcpp-only.txt")
 
     def found(self):
         return disagreements(self.mingw, self.visual_cpp, self.known)
