@@ -16,7 +16,6 @@
  * @brief Where every array of the process gets its storage.
  * @ingroup text
  *
- * @par Purpose
  * One allocator for all modules: what one of them allocates, another one may free.
  *
  * @par Example
@@ -25,18 +24,6 @@
  * qelMemoryControllerController::deallocateArray(block);
  * block == nullptr;                                                                        // == true
  * @endcode
- *
- * @par Ownership
- * A block belongs to the caller until it is given back.
- *
- * @par Threads
- * Any.
- *
- * @par Cost
- * One allocation, one release.
- *
- * @par Failure
- * Memory that cannot be had is `std::bad_alloc`.
  */
 class QEL_API qelMemoryControllerController
 {
@@ -55,7 +42,6 @@ public:
  * @brief Selects the library's own form of placement new.
  * @ingroup text
  *
- * @par Purpose
  * Elements are made in storage that is there already, without a header of the C++ library.
  *
  * @par Example
@@ -70,12 +56,6 @@ public:
  *
  * @par Ownership
  * The storage stays the caller's, who destroys the object before it goes.
- *
- * @par Threads
- * Any.
- *
- * @par Cost
- * That of the constructor.
  *
  * @par Failure
  * What the constructor throws; the storage must suit the object in size and alignment.
@@ -99,7 +79,6 @@ inline void operator delete(void*, void*, qelPlacement) noexcept {}
  * @brief Storage of a qelArray, out of qelMemoryControllerController.
  * @ingroup text
  *
- * @par Purpose
  * The default of the array's last parameter. A class with the same two members takes its place where elements are to
  * live elsewhere.
  *
@@ -112,15 +91,6 @@ inline void operator delete(void*, void*, qelPlacement) noexcept {}
  *
  * @par Ownership
  * Storage belongs to the caller until it is given back; its elements are made and destroyed by the caller.
- *
- * @par Threads
- * Any.
- *
- * @par Cost
- * One allocation, one release.
- *
- * @par Failure
- * Memory that cannot be had is `std::bad_alloc`.
  */
 template <class T> class qelArrayMemoryController
 {
@@ -144,7 +114,6 @@ public:
  * @brief Element policy of a qelArray for objects; the default.
  * @ingroup text
  *
- * @par Purpose
  * Every slot holds a constructed element (plain types start at zero), kept elements are assigned one by one, old ones
  * destroyed.
  *
@@ -154,12 +123,6 @@ public:
  * counts.setLogicalLength(3);
  * counts[2];                // == 0
  * @endcode
- *
- * @par Ownership
- * None; the slots belong to the array.
- *
- * @par Threads
- * Those of the array.
  *
  * @par Cost
  * One constructor, assignment or destructor an element.
@@ -202,7 +165,6 @@ public:
  * @brief Element policy of a qelArray for plain values.
  * @ingroup text
  *
- * @par Purpose
  * New slots are left as they come and kept elements are copied as bytes: for numbers and plain records in large lists.
  * Other types do not compile.
  *
@@ -213,17 +175,8 @@ public:
  * lengths[0];                                                         // == 6000.0
  * @endcode
  *
- * @par Ownership
- * None; the slots belong to the array.
- *
- * @par Threads
- * Those of the array.
- *
  * @par Cost
  * One copy of memory; making and destroying elements costs nothing.
- *
- * @par Failure
- * None.
  */
 template <class T> class qelArrayMemCopyReallocator
 {
@@ -250,7 +203,6 @@ public:
  * @brief Growable array.
  * @ingroup text
  *
- * @par Purpose
  * Keeps three lengths apart: the *logical* length (elements in use), the *physical* length (slots that exist) and the
  * *grow* length (the step in which slots are added). Storage grows to the next whole multiple of the grow length and is
  * given back only when it shrinks by a quarter or more, so a list that is refilled again and again keeps its memory.
@@ -270,9 +222,6 @@ public:
  * The array owns its elements. Pointers and references to elements end with the next call that changes the physical
  * length. An argument that is an element of the same array, or the array itself, is treated as if it had been copied
  * before the call.
- *
- * @par Threads
- * One at a time.
  *
  * @par Cost
  * Access O(1); inserting, removing and searching O(n). Growth is linear, in steps of the grow length, never geometric:

@@ -24,7 +24,6 @@ enum eWeight : int
  * @brief Base class of the records in a qelBalancedTree.
  * @ingroup numbering
  *
- * @par Purpose
  * A record derives from this class and says how it compares; the tree links records through the links that they carry.
  *
  * @par Example
@@ -50,12 +49,6 @@ enum eWeight : int
  *
  * @par Threads
  * One at a time for all entries of a tree.
- *
- * @par Cost
- * 32 bytes an entry, its virtual table included.
- *
- * @par Failure
- * The values of eError.
  */
 class QEL_API qelBalancedTreeEntry
 {
@@ -126,7 +119,6 @@ static_assert(sizeof(qelBalancedTreeEntry) == 32, "virtual table, weight and sid
  * @brief Search tree over records of the caller's own class.
  * @ingroup numbering
  *
- * @par Purpose
  * Keeps records in order and finds them again. Insertion keeps the tree balanced (AVL); removal does not, by design.
  *
  * @par Example
@@ -158,9 +150,6 @@ static_assert(sizeof(qelBalancedTreeEntry) == 32, "virtual table, weight and sid
  * An entry that was inserted belongs to the tree, is destroyed by it through its virtual destructor, and so must come
  * from `new`. A refused entry stays with the caller. A copy of a tree shares the entries of the first one: destroying
  * both is not supported.
- *
- * @par Threads
- * One at a time.
  *
  * @par Cost
  * Inserting allocates nothing. While nothing is removed, n entries are at most 1.45 * log2(n + 2) levels deep, and

@@ -13,7 +13,6 @@
  * @brief One data source of the catalogue.
  * @ingroup configuration
  *
- * @par Purpose
  * A name, the platform it is meant for, and the connection string.
  *
  * @par Example
@@ -22,18 +21,6 @@
  * bolts.m_Platform;                                                                          // == L"x64"
  * bolts == qelDataSource(L"BOLTS", L"", L"X64");                                             // == true
  * @endcode
- *
- * @par Ownership
- * A plain value of three texts.
- *
- * @par Threads
- * As qelString.
- *
- * @par Cost
- * A copy shares its texts, O(1).
- *
- * @par Failure
- * None; nothing is checked.
  */
 class QEL_API qelDataSource
 {
@@ -67,7 +54,6 @@ static_assert(sizeof(qelDataSource) == 56, "virtual table and three texts");
  * @brief Catalogue of data sources and ODBC drivers.
  * @ingroup configuration
  *
- * @par Purpose
  * The catalogues and models of the application live in ODBC databases. This class knows them by name and platform:
  * three built-in ones, whose connection strings come from the registry, and those of the configuration file
  * "DatabaseConfiguration.xml" below the data folder. It also knows which ODBC drivers are installed and writes every

@@ -22,7 +22,6 @@ QEL_API void qelOutputDebugString(const qelString& text);
  * @brief Record of component objects and their ends; all members are static.
  * @ingroup files
  *
- * @par Purpose
  * Component classes report their construction and destruction; at the end of a context the objects that it leaves
  * behind can be counted and listed. The listing goes to qelOutputDebugString(), which shows it only in a build with the
  * CMake option `QEL_DEBUG_OUTPUT`.
@@ -61,7 +60,6 @@ public:
     /**
      * @brief An object that was reported.
      *
-     * @par Purpose
      * What the record keeps of an object. No member hands one out.
      *
      * @par Example
@@ -72,15 +70,6 @@ public:
      *
      * @par Ownership
      * Its addresses are only compared; it shares the class name.
-     *
-     * @par Threads
-     * As qelString.
-     *
-     * @par Cost
-     * 40 bytes an object.
-     *
-     * @par Failure
-     * None.
      */
     struct DebugInfo
     {
@@ -141,7 +130,6 @@ static_assert(sizeof(qelDebugInterfaces::DebugInfo) == 40, "two addresses, a nam
  * @brief Messages to the user; all members are static.
  * @ingroup files
  *
- * @par Purpose
  * A box with a text and an OK button, for what the user has to know at once.
  *
  * @par Example
@@ -150,14 +138,8 @@ static_assert(sizeof(qelDebugInterfaces::DebugInfo) == 40, "two addresses, a nam
  * qelWinMessage::messageBox(L"The list of parts is complete.");
  * @endcode
  *
- * @par Ownership
- * None.
- *
  * @par Threads
  * Any; the text is used on one thread at a time. The box belongs to the calling thread.
- *
- * @par Cost
- * It waits for the user.
  *
  * @par Failure
  * Where no box can be shown the call returns at once; nothing is reported.

@@ -11,7 +11,6 @@
  * @brief Rounding of floating-point values; all members are static.
  * @ingroup numerics
  *
- * @par Purpose
  * Rounds to decimals or to multiples of a step, and takes representation noise away.
  *
  * @par Example
@@ -20,15 +19,6 @@
  * qelDouble::round(7.3, 0, 5.0);      // == 5.0, the nearest multiple of 5
  * qelDouble::longRound(2.99999, 0.0); // == 3, without the noise
  * @endcode
- *
- * @par Ownership
- * None.
- *
- * @par Threads
- * Any; there is no state.
- *
- * @par Cost
- * Constant.
  *
  * @par Failure
  * Nothing fails and nothing is reported; what lies outside the 32-bit range counts as -2,147,483,648 where a member

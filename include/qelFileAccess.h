@@ -15,7 +15,6 @@
  * @brief One open file: text in ANSI, UTF-8 or UTF-16, or raw bytes.
  * @ingroup files
  *
- * @par Purpose
  * Reads and writes configuration files, lists and reports through the C runtime's streams. A file is opened in the
  * constructor, with its encoding fixed, and stays open until close() or the destructor.
  *

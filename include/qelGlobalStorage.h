@@ -13,7 +13,6 @@ class qelString;
  * @brief What the modules of the process share through this library.
  * @ingroup configuration
  *
- * @par Purpose
  * One place where every module finds the host platform's support paths.
  *
  * @par Example
@@ -28,9 +27,6 @@ class qelString;
  *
  * @par Threads
  * There is no lock: set it before other threads read it.
- *
- * @par Cost
- * None.
  *
  * @par Failure
  * None; the pointer is null until it is set.

@@ -13,7 +13,6 @@
  * @brief Configuration of a qelIncrementalCounter, for callers to keep and copy.
  * @ingroup numbering
  *
- * @par Purpose
  * Says where a code begins, which characters it is made of, and how many codes there are. A new record is empty and all
  * 0.
  *
@@ -30,18 +29,6 @@
  * counter.increment();
  * counter.getCounterString();       // == L"0008"
  * @endcode
- *
- * @par Ownership
- * A plain value; the counter takes a copy.
- *
- * @par Threads
- * As qelString.
- *
- * @par Cost
- * A copy shares its texts, O(1).
- *
- * @par Failure
- * None; nothing is checked.
  */
 struct QEL_API StructIncrementalCounter
 {
@@ -66,7 +53,6 @@ static_assert(sizeof(StructIncrementalCounter) == 104, "three integers and five 
  * @brief Running codes such as 0007, A, Z, AA or 1B, one step a call.
  * @ingroup numbering
  *
- * @par Purpose
  * Marks and names in sequence. Every position of the code runs through `range` characters from the last character of
  * `firstCharacter` on, leaves out the excluded ones, and then starts over and carries to the left. A carry out of the
  * first position adds one.
@@ -89,9 +75,6 @@ static_assert(sizeof(StructIncrementalCounter) == 104, "three integers and five 
  *
  * @par Ownership
  * A counter owns its configuration and its code; copies are independent.
- *
- * @par Threads
- * One at a time, as for qelString.
  *
  * @par Cost
  * A step is O(length of the code), and one allocation for the new text.

@@ -14,7 +14,6 @@
  * @brief Diagnostic log of time-stamped lines, file versions, and a listing of the modules in the process.
  * @ingroup files
  *
- * @par Purpose
  * Lines that survive a crash: every line opens the file, writes and closes it again, so when a call returns, its line
  * has left the process and is there for other programs, whatever happens to the process next. An instance writes to one
  * file while the switch of the process is on (setLogStatus()), which it is not at first; the static members need no

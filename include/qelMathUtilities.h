@@ -12,7 +12,6 @@
  * @brief Real roots of polynomials up to degree four.
  * @ingroup numerics
  *
- * @par Purpose
  * Coefficients go from the highest power down. Every solver first empties `roots` (its storage stays), writes the roots
  * in the order in which it finds them, never sorted, and returns their number. One absolute tolerance, 1e-9, decides
  * what counts as zero.
@@ -25,9 +24,6 @@
  * qelDouble::round(roots[1], 9, 0.0);                  // == 1.0
  * qelDouble::round(roots[2], 9, 0.0);                  // == 2.0
  * @endcode
- *
- * @par Ownership
- * The list of roots is the caller's.
  *
  * @par Threads
  * Any, with one list of roots each.

@@ -33,7 +33,6 @@ enum SetCodeTag : int
  * @brief Symbols of a running code and where it starts.
  * @ingroup numbering
  *
- * @par Purpose
  * What qelNumberCreator::overrideDataRange() takes over. A new record is empty and all 0.
  *
  * @par Example
@@ -48,18 +47,6 @@ enum SetCodeTag : int
  * marks.getNextNumber();                                            // == L"Z"
  * marks.getNextNumber();                                            // == L"AA"
  * @endcode
- *
- * @par Ownership
- * A plain value; the number creator takes a copy.
- *
- * @par Threads
- * As qelString.
- *
- * @par Cost
- * A copy shares its texts, O(1).
- *
- * @par Failure
- * None; nothing is checked.
  */
 struct QEL_API StructNumberingDataRange
 {
@@ -77,7 +64,6 @@ static_assert(sizeof(StructNumberingDataRange) == 80, "two integers and four tex
  * @brief Numbers of the form prefix + running code + suffix, one after the other.
  * @ingroup numbering
  *
- * @par Purpose
  * Part and position numbers. The running code is made of the `symbolCount` symbols from the first character of
  * `firstSymbol` on, counts from right to left and grows at the front without end.
  *
@@ -97,12 +83,6 @@ static_assert(sizeof(StructNumberingDataRange) == 80, "two integers and four tex
  * parts.getNextNumber();                     // == L"P99"
  * parts.getNextNumber();                     // == L"P100"
  * @endcode
- *
- * @par Ownership
- * A number creator owns all it was given.
- *
- * @par Threads
- * One at a time, as for qelString.
  *
  * @par Cost
  * A number is O(its length), with one allocation for the result and one for the next running code.

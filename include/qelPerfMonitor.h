@@ -13,7 +13,6 @@
  * @brief A developer's stopwatch that writes to a log.
  * @ingroup files
  *
- * @par Purpose
  * Times one stretch of work after the other, from some 100 milliseconds up. The log is a qelLogfile: it is written only
  * while qelLogfile::setLogStatus() has it on, and no line ends are added, so that a start and its end stand on one line
  * of the file.

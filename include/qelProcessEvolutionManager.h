@@ -14,7 +14,6 @@
  * @brief One registered process of qelProcessEvolutionManager.
  * @ingroup progress
  *
- * @par Purpose
  * What qelProcessEvolutionManager::getProcessInfo() tells of a process.
  *
  * @par Example
@@ -30,12 +29,6 @@
  *
  * @par Ownership
  * A plain value; later changes of the process do not reach it.
- *
- * @par Threads
- * As qelString.
- *
- * @par Cost
- * A copy shares its text, O(1).
  *
  * @par Failure
  * A process that is not there gives zeros and the empty text.
@@ -53,7 +46,6 @@ static_assert(sizeof(ProcessInfo) == 24, "two numbers and a text");
  * @brief What a display of progress implements.
  * @ingroup progress
  *
- * @par Purpose
  * The register of processes tells it whatever happens to them.
  *
  * @par Example
@@ -83,12 +75,6 @@ static_assert(sizeof(ProcessInfo) == 24, "two numbers and a text");
  *
  * @par Threads
  * Called on the thread that calls the register.
- *
- * @par Cost
- * One virtual call an event.
- *
- * @par Failure
- * A display has no way to report one.
  */
 class ProgressDisplayProtocol
 {
@@ -114,7 +100,6 @@ protected:
  * @brief The process-wide register of running operations and of the displays that show their progress.
  * @ingroup progress
  *
- * @par Purpose
  * An operation ("process") registers under an action text, gets a key and reports its percentage; the register passes
  * every change on to all displays. The first process is the main process, later ones are its sub-processes. The user's
  * wish to cancel goes the other way: a display asks for it, the working code looks for it.

@@ -11,7 +11,6 @@
  * @brief The name of the host product and the path derived from it; all members are static.
  * @ingroup configuration
  *
- * @par Purpose
  * The host names its product once; other modules ask for the name and for the path made of it.
  *
  * @par Example

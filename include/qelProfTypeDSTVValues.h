@@ -39,7 +39,6 @@ enum eDSTVType : int
  * @brief Cross-section dimensions of a steel profile and its profile code.
  * @ingroup numerics
  *
- * @par Purpose
  * Hands the values of one profile from module to module. Dimensions carry the parameter names of the DSTV standard for
  * steel-construction data exchange, in whatever units the model uses; the class neither converts nor checks them.
  *
@@ -53,17 +52,8 @@ enum eDSTVType : int
  * profile.getProftypeString(); // == L"I"
  * @endcode
  *
- * @par Ownership
- * None; a plain value, copy it freely.
- *
- * @par Threads
- * Any for values of their own; getProftypeString() as qelString.
- *
  * @par Cost
  * 240 bytes; access is inline.
- *
- * @par Failure
- * None.
  */
 class QEL_API qelProfTypeDSTVValues
 {

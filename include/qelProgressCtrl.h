@@ -13,7 +13,6 @@
  * @brief An output window of qelProgressCtrl; as it stands, the built-in dialog.
  * @ingroup progress
  *
- * @par Purpose
  * A small dialog with a title, a bar and a percentage. A host that shows progress in another way derives from this
  * class.
  *
@@ -135,7 +134,6 @@ static_assert(sizeof(qelProgressCtrlWindow) == 40, "virtual table, switch, title
  * @brief The list of output windows; there is one, see qelProgressCtrl::m_ProgressCtrlWindowController.
  * @ingroup progress
  *
- * @par Purpose
  * Holds the built-in window and those of the host, in the order of the calls.
  *
  * @par Example
@@ -186,7 +184,6 @@ static_assert(sizeof(qelProgressCtrlWindowController) == 64, "a list and a windo
  * @brief Shows the progress of a long operation to the user; all members are static.
  * @ingroup progress
  *
- * @par Purpose
  * What working code calls, from anywhere and without an object at hand. Each call goes through the windows in the order
  * of the list and passes over null entries and windows that are switched off. One window is built in, a small dialog
  * with a title, a bar and a percentage (qelProgressCtrlWindow), switched off at first; a host may add windows of its

@@ -13,7 +13,6 @@
  * @brief Matches whole texts against a pattern.
  * @ingroup text
  *
- * @par Purpose
  * Checks a text against a pattern and takes out its parts. The syntax is that of ECMAScript as Boost.Xpressive reads
  * it; @ref page_docs_patterns "docs/patterns.md" lists it, what differs, and which patterns are dangerous.
  *
@@ -31,9 +30,6 @@
  *
  * @par Ownership
  * A wrapper keeps one text, shared with whoever gave it; results are texts of their own.
- *
- * @par Threads
- * One at a time, as for qelString.
  *
  * @par Cost
  * The pattern is compiled on every call and nothing is kept between calls: made for texts of any length and patterns of

@@ -12,7 +12,6 @@
  * @brief Reading access to the registry; all members are static.
  * @ingroup configuration
  *
- * @par Purpose
  * Reads text and 32-bit numbers from the machine's and the user's hive, and answers on top of that what the product
  * asks again and again: which culture and language the user interface has, where binaries and data lie, and which
  * connection string is registered under a name. Where both hives are asked, the user's settings override those of the

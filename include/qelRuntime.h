@@ -18,7 +18,6 @@ class qelString;
  * @ingroup text
  * @brief The C runtime's bounds-checked functions and a few file functions, through one place (qelRuntime.h).
  *
- * @par Purpose
  * Modules that call the runtime through these functions all use the runtime of this library, so streams, environment
  * and error texts are the same for all of them.
  *
@@ -44,9 +43,6 @@ class qelString;
  * @par Threads
  * Any: the functions keep nothing between calls. A buffer or stream is used by one thread at a time, and the
  * environment must not change while a function reads it. Where a qelString is taken, its rule counts.
- *
- * @par Cost
- * That of the runtime's function and a call.
  *
  * @par Failure
  * Where nothing else is said, 0 for success, else the runtime's error code, unchanged: EINVAL (22) for an argument that

@@ -18,7 +18,6 @@ class qelString;
  * @brief A text and the number of qelString objects that share it.
  * @ingroup text
  *
- * @par Purpose
  * What a copy of a text shares with the first one. Only qelString makes these, and it never writes to a text once built
  * (qelString::strRev() excepted).
  *
@@ -34,12 +33,6 @@ class qelString;
  *
  * @par Threads
  * The count is a plain integer: strings that share a text stay on one thread.
- *
- * @par Cost
- * One allocation a text; sharing is an increment.
- *
- * @par Failure
- * None of its own.
  */
 class QEL_API qelStringRepr
 {
@@ -76,7 +69,6 @@ private:
  * @brief Shared, immutable UTF-16 text.
  * @ingroup text
  *
- * @par Purpose
  * Every interface of the library that takes or returns text uses this type. Copies of one text travel through the whole
  * application, in and out of functions by value, in lists, in records: sharing makes a copy one counter increment, at
  * the price of an allocation for every change, since a text is never changed in place. The narrow form (process's ANSI

@@ -13,7 +13,6 @@
  * @brief List of texts that crosses module borders.
  * @ingroup text
  *
- * @par Purpose
  * Keeps a `qelArray<qelString>` behind one pointer, so its layout never changes for callers, and adds searching and
  * sorting. Lengths, growth and storage follow the rules of qelArray.
  *
@@ -33,9 +32,6 @@
  * @par Ownership
  * The list owns its texts and shares none of its storage with another list. References to elements end with the next
  * call that changes the storage.
- *
- * @par Threads
- * One at a time, as for qelString.
  *
  * @par Cost
  * Adding at the end O(1) while slots are spare; inserting, removing and linear searches O(n); sorting O(n log n)

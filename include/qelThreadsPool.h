@@ -16,7 +16,6 @@ struct TaskNode;
  * @brief A small, one-shot pool of worker threads.
  * @ingroup workers
  *
- * @par Purpose
  * A pool starts its workers when it is made, runs the tasks that are queued, and ends when it is waited for. A task is
  * a plain function with one pointer. After the wait a pool runs nothing more; there is no way to start its workers
  * again.

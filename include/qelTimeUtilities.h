@@ -13,7 +13,6 @@ struct _SYSTEMTIME;
  * @brief Distances between calendar times, and times shifted by whole hours; all members are static.
  * @ingroup numerics
  *
- * @par Purpose
  * Every difference operation returns the comparison of its two times: -1 when the first is earlier, 0 when they are
  * equal, 1 when it is later. The difference is first time minus second time, truncated towards zero to the unit (59.9
  * seconds are 0 minutes, -1.5 hours are -1). Times are Windows `SYSTEMTIME` records; include windows.h to fill one.
@@ -33,15 +32,6 @@ struct _SYSTEMTIME;
  * qelTimeUtilities::getDifferenceBetweenTimesInDays(saved, later, days);      // == -1, it is earlier
  * days;                                                                       // == -2
  * @endcode
- *
- * @par Ownership
- * Records are the caller's.
- *
- * @par Threads
- * Any; there is no state.
- *
- * @par Cost
- * Constant.
  *
  * @par Failure
  * A record that is no valid time counts as the beginning of the year 1601 in differences; nothing reports it. Its day

@@ -22,7 +22,6 @@ enum eZClip : int
  * @brief A clipping mode with two limits along the Z axis.
  * @ingroup numerics
  *
- * @par Purpose
  * A plain value in the model's units that modules hand on and compare.
  *
  * @par Example
@@ -34,17 +33,8 @@ enum eZClip : int
  * standard != qelZClipping();             // == 1
  * @endcode
  *
- * @par Ownership
- * None; copy it freely.
- *
  * @par Threads
  * Any for values of their own. The two defaults belong to the process and have no lock.
- *
- * @par Cost
- * 24 bytes; constant.
- *
- * @par Failure
- * None; nothing is checked.
  */
 class QEL_API qelZClipping
 {
