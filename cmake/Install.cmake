@@ -49,6 +49,7 @@ set(qel_headers
   include/qelRegExWrapper.h
   include/qelRegistry.h
   include/qelRuntime.h
+  include/qelStandardLibrary.h
   include/qelString.h
   include/qelStringClassArray.h
   include/qelThreadsPool.h

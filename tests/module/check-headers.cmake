@@ -2,12 +2,15 @@
 # the macros that hosts set for it, and all of them before it.
 #
 # Needs COMPILER (GCC or Clang for Windows) and INCLUDE_DIR. FLAGS are more flags for the compiler, in one string.
+# LIBRARY_FLAGS stand in front of them where the one header is included that uses the C++ library: all others are compiled
+# without them.
 # EVERY_COMBINATION tries all combinations of the macros, not only none and all of them.
 
 cmake_minimum_required(VERSION 3.25)
 
 separate_arguments(FLAGS UNIX_COMMAND "${FLAGS}")
-set(flags ${FLAGS} -std=c++17 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+separate_arguments(LIBRARY_FLAGS UNIX_COMMAND "${LIBRARY_FLAGS}")
+set(flags -std=c++17 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
   -Wold-style-cast -Wcast-qual -Wcast-align -Wnon-virtual-dtor -Woverloaded-virtual -Wundef -Werror
   -DQEL_USE_DLL -I${INCLUDE_DIR})
 set(failures 0)
@@ -16,7 +19,7 @@ set(waiting)
 
 # Compilations run two at a time: one waits here for the next one.
 function(compile what)
-  set(command ${COMPILER} ${flags} ${ARGN})
+  set(command ${COMPILER} ${ARGN} ${FLAGS} ${flags})
   if(NOT waiting_what)
     set(waiting_what "${what}" PARENT_SCOPE)
     set(waiting "${command}" PARENT_SCOPE)
@@ -54,7 +57,11 @@ endif()
 
 foreach(header IN LISTS headers)
   foreach(unicode "" "-DUNICODE;-D_UNICODE")
-    compile("${header} alone ${unicode}" ${unicode} -include ${header} ${CMAKE_CURRENT_LIST_DIR}/HeaderAlone.cpp)
+    set(library)
+    if(header STREQUAL "qelStandardLibrary.h")
+      set(library ${LIBRARY_FLAGS})
+    endif()
+    compile("${header} alone ${unicode}" ${library} ${unicode} -include ${header} ${CMAKE_CURRENT_LIST_DIR}/HeaderAlone.cpp)
   endforeach()
 endforeach()
 
@@ -69,7 +76,7 @@ foreach(unicode "" "-DUNICODE;-D_UNICODE")
       set(macros ${unicode} ${lean} ${nominmax})
       list(LENGTH macros count)
       if(EVERY_COMBINATION OR count EQUAL 0 OR count EQUAL 4)
-        compile("after windows.h: ${macros}" ${macros} -include windows.h ${all} ${source})
+        compile("after windows.h: ${macros}" ${LIBRARY_FLAGS} ${macros} -include windows.h ${all} ${source})
       endif()
     endforeach()
   endforeach()
@@ -77,7 +84,7 @@ endforeach()
 
 # The headers in front include nothing of Windows, so that only a name of theirs could disturb windows.h.
 foreach(macros "" "-DUNICODE;-D_UNICODE;-DWIN32_LEAN_AND_MEAN;-DNOMINMAX")
-  compile("before windows.h: ${macros}" ${macros} ${all} -include windows.h ${source})
+  compile("before windows.h: ${macros}" ${LIBRARY_FLAGS} ${macros} ${all} -include windows.h ${source})
 endforeach()
 finish()
 

@@ -20,6 +20,7 @@ int checks();
 #define CHECK(condition) check((condition), #condition, __FILE__, __LINE__)
 
 void checkStrings();
+void checkStandardLibrary();
 void checkArrays();
 void checkRuntime();
 void checkFiles();

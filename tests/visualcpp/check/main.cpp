@@ -67,6 +67,7 @@ int checks()
 int main()
 {
     checkStrings();
+    checkStandardLibrary();
     checkArrays();
     checkRuntime();
     checkFiles();

@@ -2,6 +2,7 @@
 
 #include <string>
 
+template class std::basic_string<char>;
 template class std::basic_string<wchar_t>;
 
 namespace
