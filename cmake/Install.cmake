@@ -1,5 +1,5 @@
-# What is installed, in four components: runtime, development, symbols and documentation. Every path is relative to the
-# place of installation, and no installed file knows where it was built or where it lies.
+# What is installed, in five components: runtime, tools, development, symbols and documentation. Every path is relative
+# to the place of installation, and no installed file knows where it was built or where it lies.
 include(CMakePackageConfigHelpers)
 include(CheckCXXSourceCompiles)
 
@@ -65,6 +65,7 @@ set(qel_pages
   docs/data-sources.md
   docs/debugging.md
   docs/demo.md
+  docs/diagnose.md
   docs/diagnostics.md
   docs/embedding.md
   docs/files-and-registry.md
@@ -85,6 +86,10 @@ set(qel_pages
 install(TARGETS VarnelQELRoots EXPORT VarnelQELRootsTargets
   RUNTIME DESTINATION bin COMPONENT runtime
   ARCHIVE DESTINATION lib COMPONENT development)
+
+if(TARGET qelDiagnose)
+  install(TARGETS qelDiagnose RUNTIME DESTINATION bin COMPONENT tools)
+endif()
 
 install(FILES ${qel_headers} DESTINATION include COMPONENT development)
 

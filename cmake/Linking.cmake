@@ -1,5 +1,6 @@
-# Link settings of the DLL: runtime inside, hardened image, and the same bytes from every build folder.
-function(qel_reproducible_dll target)
+# Link settings of what is shipped: runtime inside, hardened image, and the same bytes from every build folder. The
+# image prefers to lie at the address BASE.
+function(qel_reproducible_image target base)
   if(MSVC)
     # The compiler's own runtime inside, the C runtime from the system: streams and buffers that cross the border of the
     # DLL belong to the same C runtime as the host's.
@@ -20,6 +21,6 @@ function(qel_reproducible_dll target)
     # The linker derives the image base from the output path unless it is given one.
     target_link_options(${target} PRIVATE -static
       -Wl,--dynamicbase,--high-entropy-va,--nxcompat
-      -Wl,--no-insert-timestamp,--image-base=0x2A0000000)
+      -Wl,--no-insert-timestamp,--image-base=${base})
   endif()
 endfunction()

@@ -16,6 +16,8 @@
 #ifndef QEL_VERSION_H
 #define QEL_VERSION_H
 
+// NOLINTBEGIN(cppcoreguidelines-macro-usage,modernize-macro-to-enum): the preprocessor asks for them and joins them
+
 /// Grows with a change that hosts must be adapted to or compiled anew for.
 #define QEL_VERSION_MAJOR 1
 
@@ -34,5 +36,6 @@
 #define QEL_VERSION_AS_TEXT(number) QEL_VERSION_AS_LITERAL(number)
 #define QEL_VERSION_AS_LITERAL(number) #number
 /// @endcond
+// NOLINTEND(cppcoreguidelines-macro-usage,modernize-macro-to-enum)
 
 #endif

@@ -11,9 +11,9 @@ usage()
 usage: compare-abis.sh
 
 Runs tools/demo.sh with the presets linux-mingw-release and linux-visualcpp-release and compares the output of every
-command of the example host, and every file that it wrote, byte by byte. So it does with abiCheck, a program that drives
-every class of the library. Times, durations, process numbers, addresses and the system's own modules are left aside:
-they differ from run to run, or because the two builds use different C runtimes. It also checks that they really do.
+command, and every file that was written, byte by byte. So it does with abiCheck, a program that drives every class of
+the library. Times, durations, process numbers, addresses and the system's own modules are left aside: they differ from
+run to run, or because the two builds use different C runtimes. It also checks that they really do.
 
   --help     show this text
 
@@ -61,8 +61,8 @@ normalise()
         s/(Start|End) = ([^:]*) : [0-9]+/\1 = \2 : CLOCK/g
         s/-> [0-9]+ \(Diff = [0-9]+\)/-> CLOCK (Diff = DURATION)/
         s/PID : [0-9]+/PID : NUMBER/
-        /^0x[0-9a-f]{8}  .*[A-Z]:\\windows\\/d
-        s/^0x[0-9a-f]{8}  0x[0-9a-f]+ +/BASE  SIZE  /
+        /^0x[0-9a-f]{8,16}  .*[A-Z]:\\windows\\/d
+        s/^0x[0-9a-f]{8,16}  0x[0-9a-f]+ +/BASE  SIZE  /
     ' "$1"
 }
 
@@ -88,10 +88,10 @@ runtime_of()
     x86_64-w64-mingw32-objdump -p "$1" | sed -nE 's/.*DLL Name: (msvcrt|ucrtbase)\.dll.*/\1/p' | tr '\n' ' '
 }
 
-# Whether DLL and host of the preset $1 both import the C runtime $2, and no other.
+# Whether DLL and programs of the preset $1 both import the C runtime $2, and no other.
 expect_runtime()
 {
-    printf 'VarnelQELRoots.dll: %s \nhost.exe: %s \n' "$2" "$2" | diff - "$result/$1.runtimes" ||
+    printf '%s: '"$2"' \n' VarnelQELRoots.dll host.exe qelDiagnose.exe | diff - "$result/$1.runtimes" ||
         fail "the build of $1 does not use the C runtime that it is meant for"
 }
 
@@ -102,7 +102,7 @@ for preset in "${qel_presets[@]}"; do
     run_demo
     run_check
     collect "$result/$preset"
-    for image in VarnelQELRoots.dll host.exe; do
+    for image in VarnelQELRoots.dll host.exe qelDiagnose.exe; do
         printf '%s: %s\n' "$image" "$(runtime_of "$qel_build/bin/$image")"
     done >"$result/$preset.runtimes"
 done

@@ -20,6 +20,5 @@ const int kUsageError = 2;
 
 extern const Command diagnoseCommand;
 extern const Command progressCommand;
-extern const Command sourcesCommand;
 extern const Command numberCommand;
 extern const Command sectionCommand;

@@ -8,7 +8,10 @@ namespace
 {
 // NOLINTNEXTLINE(cppcoreguidelines-interfaces-global-init): where the commands are is known before what they hold
 const Command* const commands[] = {
-    &diagnoseCommand, &sourcesCommand, &numberCommand, &sectionCommand, &progressCommand,
+    &diagnoseCommand,
+    &numberCommand,
+    &sectionCommand,
+    &progressCommand,
 };
 
 std::wstring usage()

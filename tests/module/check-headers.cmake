@@ -2,8 +2,8 @@
 # the macros that hosts set for it, and all of them before it.
 #
 # Needs COMPILER (GCC or Clang for Windows) and INCLUDE_DIR. FLAGS are more flags for the compiler, in one string.
-# LIBRARY_FLAGS stand in front of them where the one header is included that uses the C++ library: all others are compiled
-# without them.
+# LIBRARY_FLAGS stand in front of them where the one header is included that uses the C++ library: all others are
+# compiled without them.
 # EVERY_COMBINATION tries all combinations of the macros, not only none and all of them.
 
 cmake_minimum_required(VERSION 3.25)
@@ -61,7 +61,8 @@ foreach(header IN LISTS headers)
     if(header STREQUAL "qelStandardLibrary.h")
       set(library ${LIBRARY_FLAGS})
     endif()
-    compile("${header} alone ${unicode}" ${library} ${unicode} -include ${header} ${CMAKE_CURRENT_LIST_DIR}/HeaderAlone.cpp)
+    compile("${header} alone ${unicode}" ${library} ${unicode}
+      -include ${header} ${CMAKE_CURRENT_LIST_DIR}/HeaderAlone.cpp)
   endforeach()
 endforeach()
 

@@ -31,6 +31,7 @@ def expected_files(source, abi, configuration):
     """What each component should hold. Every header and every page on the disk belongs in the package."""
     return {
         "runtime": {"bin/VarnelQELRoots.dll"},
+        "tools": {"bin/qelDiagnose.exe"},
         "development": {f"include/{path.name}" for path in (source / "include").iterdir()} | VIEWS[abi] | {
             LIBRARIES[abi],
             CMAKE + "VarnelQELRootsConfig.cmake",

@@ -17,6 +17,7 @@ vcpkg_cmake_configure(
   OPTIONS
     -DQEL_BUILD_TESTS=OFF
     -DQEL_BUILD_EXAMPLES=OFF
+    -DQEL_BUILD_DIAGNOSE=OFF
     -DQEL_WARNINGS_AS_ERRORS=OFF
     -DCMAKE_INSTALL_DOCDIR=share/${PORT}/doc
     # Where a cross build looks for Boost; a build on Windows finds it by its package.
