@@ -87,6 +87,13 @@ install(TARGETS VarnelQELRoots EXPORT VarnelQELRootsTargets
   RUNTIME DESTINATION bin COMPONENT runtime
   ARCHIVE DESTINATION lib COMPONENT development)
 
+# Wherever the DLL goes, so do the terms of what is inside it.
+install(CODE "set(BUILD_DIR \"${PROJECT_BINARY_DIR}\")
+set(SOURCE_DIR \"${PROJECT_SOURCE_DIR}\")
+include(\"${PROJECT_SOURCE_DIR}/packaging/notices.cmake\")" COMPONENT runtime)
+install(FILES ${PROJECT_BINARY_DIR}/THIRD-PARTY-NOTICES.md
+  DESTINATION ${qel_documentation_folder} COMPONENT runtime OPTIONAL)
+
 if(TARGET qelDiagnose)
   install(TARGETS qelDiagnose RUNTIME DESTINATION bin COMPONENT tools)
 endif()

@@ -21,6 +21,8 @@ function(qel_reproducible_image target base)
     # The linker derives the image base from the output path unless it is given one.
     target_link_options(${target} PRIVATE -static
       -Wl,--dynamicbase,--high-entropy-va,--nxcompat
-      -Wl,--no-insert-timestamp,--image-base=${base})
+      -Wl,--no-insert-timestamp,--image-base=${base}
+      # Tells which archives went in, for the notices of their makers.
+      -Wl,-Map=${CMAKE_BINARY_DIR}/${target}.map)
   endif()
 endfunction()

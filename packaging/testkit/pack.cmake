@@ -1,7 +1,7 @@
 # Makes the ZIP of the test kit from what has been built.
 #
-# Needs BUILD_DIR, TESTS (the names of the test programs of the build, with commas), NAME (of the ZIP and the folder in
-# it) FOLDER (for the ZIP) and, where there is one, STRIP (the tool).
+# Needs BUILD_DIR, SOURCE_DIR, TESTS (the names of the test programs of the build, with commas), NAME (of the ZIP and of
+# the folder in it), FOLDER (for the ZIP) and, where there is one, STRIP (the tool).
 cmake_minimum_required(VERSION 3.25)
 
 set(kit ${BUILD_DIR}/testkit/${NAME})
@@ -14,6 +14,11 @@ foreach(name README.txt known-differences.txt programs.txt)
   file(WRITE ${kit}/${name} "${text}")
 endforeach()
 file(COPY ${CMAKE_CURRENT_LIST_DIR}/run-tests.cmd DESTINATION ${kit})
+
+include(${CMAKE_CURRENT_LIST_DIR}/../notices.cmake)
+if(EXISTS ${BUILD_DIR}/THIRD-PARTY-NOTICES.md)
+  file(COPY ${BUILD_DIR}/THIRD-PARTY-NOTICES.md DESTINATION ${kit})
+endif()
 
 # The library, what runs the tests, and what some tests start or load beside themselves.
 foreach(file VarnelQELRoots.dll testkit.exe qelTasksBusyExit.exe qelTasksBusyModule.dll)

@@ -19,6 +19,9 @@ import zipfile
 CMAKE = "lib/cmake/VarnelQELRoots/"
 LIBRARIES = {"mingw": "lib/libVarnelQELRoots.dll.a", "visualcpp": "lib/VarnelQELRoots.lib"}
 VIEWS = {"mingw": {"bin/VarnelQELRoots.dll-gdb.py"}, "visualcpp": set()}
+# Of what the DLL carries inside.
+TERMS = {"mingw": (b"Boost Software License - Version 1.0", b"GCC RUNTIME LIBRARY EXCEPTION", b"the mingw-w64 project"),
+         "visualcpp": (b"Boost Software License - Version 1.0", b"LLVM Exceptions")}
 SYMBOLS = {"mingw": "bin/VarnelQELRoots.dll.debug", "visualcpp": "bin/VarnelQELRoots.pdb"}
 
 
@@ -30,7 +33,7 @@ def version_of_header(source):
 def expected_files(source, abi, configuration):
     """What each component should hold. Every header and every page on the disk belongs in the package."""
     return {
-        "runtime": {"bin/VarnelQELRoots.dll"},
+        "runtime": {"bin/VarnelQELRoots.dll", "THIRD-PARTY-NOTICES.md"},
         "tools": {"bin/qelDiagnose.exe"},
         "development": {f"include/{path.name}" for path in (source / "include").iterdir()} | VIEWS[abi] | {
             LIBRARIES[abi],
@@ -117,6 +120,11 @@ def check(arguments):
     for name in ("VarnelQELRoots.dll", pathlib.PurePosixPath(SYMBOLS[arguments.abi]).name):
         if whole.get(f"bin/{name}") != (arguments.build / "bin" / name).read_bytes():
             yield f"the package's {name} is not the one that the tests run on"
+
+    notices = whole.get("THIRD-PARTY-NOTICES.md", b"")
+    for terms in TERMS[arguments.abi]:
+        if terms not in notices:
+            yield f"THIRD-PARTY-NOTICES.md lacks the {terms.decode()}"
 
     config = CMAKE + "VarnelQELRootsConfigVersion.cmake"
     manifest = "packaging/vcpkg/ports/varnelqelroots/vcpkg.json"
