@@ -12,6 +12,8 @@
 #include <stdint.h>
 #include <string.h>
 
+class qelString;
+
 /**
  * @brief Where every array of the process gets its storage.
  * @ingroup text
@@ -104,9 +106,12 @@ public:
     /// Returns storage whose elements are already destroyed, and sets the pointer to null.
     static void deallocate(T*& storage)
     {
-        auto* block = reinterpret_cast<unsigned char*>(storage);
-        qelMemoryControllerController::deallocateArray(block);
-        storage = nullptr;
+        if (storage != nullptr)
+        {
+            auto* block = reinterpret_cast<unsigned char*>(storage);
+            qelMemoryControllerController::deallocateArray(block);
+            storage = nullptr;
+        }
     }
 };
 
@@ -125,7 +130,7 @@ public:
  * @endcode
  *
  * @par Cost
- * One constructor, assignment or destructor an element.
+ * One constructor, assignment or destructor an element; texts that are kept move as bytes.
  *
  * @par Failure
  * What an element throws passes through. Slots that were made by then are not destroyed, and their storage is lost.
@@ -200,6 +205,17 @@ public:
 };
 
 /**
+ * Whether kept elements of a policy move to other storage as bytes, in place of one constructor, assignment and
+ * destructor each. Only for classes of the library whose objects may lie anywhere: those of hosts see every call.
+ * @relates qelArray
+ */
+template <class Reallocator> inline constexpr bool qelArrayMovesBytes = false;
+
+/// A text is two pointers, and nothing points at them.
+/// @relates qelArray
+template <> inline constexpr bool qelArrayMovesBytes<qelArrayObjectCopyReallocator<qelString>> = true;
+
+/**
  * @brief Growable array.
  * @ingroup text
  *
@@ -219,9 +235,9 @@ public:
  * @endcode
  *
  * @par Ownership
- * The array owns its elements. Pointers and references to elements end with the next call that changes the physical
- * length. An argument that is an element of the same array, or the array itself, is treated as if it had been copied
- * before the call.
+ * The array owns its elements. Pointers and references to elements, begin() and end() among them, end with the next
+ * call that changes the physical length, and with assignment. An argument that is the array itself, one of its elements
+ * or directly part of one is treated as if it had been copied before the call.
  *
  * @par Cost
  * Access O(1); inserting, removing and searching O(n). Growth is linear, in steps of the grow length, never geometric:
@@ -267,23 +283,20 @@ public:
     ~qelArray() { freeStorage(); }
 
     /**
-     * Takes over the elements, the logical and the grow length of `other` into storage of exactly that many slots.
-     * Assigning an array to itself changes nothing. O(n).
+     * Frees the storage and takes over the elements, the logical and the grow length of `other` into storage of exactly
+     * that many slots. Where memory for these lacks, the array is left empty. Assigning an array to itself changes
+     * nothing. O(n).
      */
     qelArray& operator=(const qelArray& other)
     {
-        if (this != &other)
+        if (owns(&other))
         {
-            // The old storage goes last: `other` may be part of one of its elements.
-            T* oldElements = m_elements;
-            const long oldPhysicalLength = m_physicalLength;
-            const long kept = other.m_logicalLength;
-            m_elements = kept > 0 ? fresh(kept) : nullptr;
-            m_growLength = other.m_growLength;
-            m_physicalLength = kept > 0 ? kept : 0;
-            m_logicalLength = kept;
-            Reallocator::copy(m_elements, other.m_elements, kept);
-            release(oldElements, oldPhysicalLength);
+            const qelArray copied(other);
+            takeOver(copied);
+        }
+        else if (this != &other)
+        {
+            takeOver(other);
         }
         return *this;
     }
@@ -317,6 +330,17 @@ public:
     T& last() { return m_elements[m_logicalLength - 1]; }
     /// @overload
     const T& last() const { return m_elements[m_logicalLength - 1]; }
+
+    /// From here to end() stand the elements in use, for range-based `for` and the algorithms of the C++ library.
+    T* begin() { return m_elements; }
+    /// @overload
+    const T* begin() const { return m_elements; }
+
+    /// Behind the last element in use; the same as begin() for a length below 1. A pointer taken earlier does not follow
+    /// the logical length.
+    T* end() { return m_elements + (m_logicalLength < 0 ? 0 : m_logicalLength); }
+    /// @overload
+    const T* end() const { return m_elements + (m_logicalLength < 0 ? 0 : m_logicalLength); }
 
     /**
      * Searches from `start` (a negative start counts as 0) for an element equal to `value`. Returns true and stores
@@ -378,7 +402,7 @@ public:
         {
             m_elements[i] = value;
         }
-        else if (i >= m_physicalLength && owns(&value))
+        else if (i >= m_physicalLength && mustBeCopied(value))
         {
             const T copied(value);
             extendTo(i, copied);
@@ -390,7 +414,20 @@ public:
     }
 
     /// Adds one element at the end. O(1) while slots are spare, O(n) when the storage grows.
-    void append(const T& value) { setAt(m_logicalLength, value); }
+    void append(const T& value)
+    {
+        // As unsigned numbers, negative lengths are no slots either.
+        const auto at = static_cast<unsigned long>(m_logicalLength);
+        if (at < static_cast<unsigned long>(m_physicalLength))
+        {
+            m_logicalLength = static_cast<long>(at + 1);
+            m_elements[at] = value;
+        }
+        else
+        {
+            setAt(m_logicalLength, value);
+        }
+    }
 
     /// Adds all elements of `other` in order; `other` may be this array.
     void append(const qelArray& other)
@@ -416,7 +453,7 @@ public:
      */
     void insertAt(long i, const T& value)
     {
-        if (owns(&value))
+        if (mustBeCopied(value))
         {
             const T copied(value);
             insertOutsider(i, copied);
@@ -441,23 +478,15 @@ public:
     }
 
 private:
-    /// setLogicalLength(); more elements than a length can count are left to the allocation to refuse.
+    /// As setLogicalLength(). Where slots lack, adds them up to a whole multiple of the grow length.
     void useElements(long long n)
     {
         if (n > m_physicalLength)
         {
-            reallocate(n > LONG_MAX ? -1 : growthTarget(static_cast<long>(n)));
+            const long long target = ((n - 1) / m_growLength + 1) * m_growLength;
+            reallocate(target < n ? n : target); // a negative grow length rounds down
         }
         m_logicalLength = static_cast<long>(n);
-    }
-
-    /// `needed` rounded up to a whole multiple of the grow length.
-    long growthTarget(long needed) const
-    {
-        const long long step = m_growLength;
-        const long long target = ((needed - 1LL) / step + 1) * step;
-        // A negative step or a target past 32 bits must not end in too few slots.
-        return target < needed || target > LONG_MAX ? needed : static_cast<long>(target);
     }
 
     void extendTo(long i, const T& value)
@@ -493,33 +522,49 @@ private:
         }
     }
 
-    void reallocate(long n)
+    /// operator=() for an array that does not go with this one's storage.
+    void takeOver(const qelArray& other)
     {
-        const long kept = m_logicalLength < n ? m_logicalLength : n;
-        T* elements = fresh(n);
-        Reallocator::copy(elements, m_elements, kept);
-        release(m_elements, m_physicalLength);
+        freeStorage();
+        setPhysicalLength(other.m_logicalLength);
+        m_logicalLength = other.m_logicalLength;
+        m_growLength = other.m_growLength;
+        Reallocator::copy(m_elements, other.m_elements, m_logicalLength);
+    }
+
+    /// Moves the elements in use into storage of `n` slots; more than a length counts are for the allocation to refuse.
+    void reallocate(long long n)
+    {
+        const long slots = n > LONG_MAX ? -1 : static_cast<long>(n);
+        const long kept = m_logicalLength < slots ? m_logicalLength : slots;
+        T* elements = MemoryController::allocate(slots);
+        if constexpr (qelArrayMovesBytes<Reallocator>)
+        {
+            const long moved = kept < 0 ? 0 : kept;
+            if (moved > 0)
+            {
+                memcpy(static_cast<void*>(elements), static_cast<const void*>(m_elements),
+                       static_cast<size_t>(moved) * sizeof(T));
+            }
+            Reallocator::construct(elements + moved, slots - moved);
+            Reallocator::destroy(m_elements + moved, m_physicalLength - moved);
+        }
+        else
+        {
+            Reallocator::construct(elements, slots);
+            Reallocator::copy(elements, m_elements, kept);
+            Reallocator::destroy(m_elements, m_physicalLength);
+        }
+        MemoryController::deallocate(m_elements);
         m_elements = elements;
-        m_physicalLength = n;
+        m_physicalLength = slots;
         m_logicalLength = kept;
-    }
-
-    static T* fresh(long count)
-    {
-        T* elements = MemoryController::allocate(count);
-        Reallocator::construct(elements, count);
-        return elements;
-    }
-
-    static void release(T*& elements, long count)
-    {
-        Reallocator::destroy(elements, count);
-        MemoryController::deallocate(elements);
     }
 
     void freeStorage()
     {
-        release(m_elements, m_physicalLength);
+        Reallocator::destroy(m_elements, m_physicalLength);
+        MemoryController::deallocate(m_elements);
         m_logicalLength = 0;
         m_physicalLength = 0;
     }
@@ -531,6 +576,9 @@ private:
         const auto begin = reinterpret_cast<uintptr_t>(m_elements);
         return at >= begin && at < begin + static_cast<uintptr_t>(m_physicalLength) * sizeof(T);
     }
+
+    /// Whether a value has to be copied before elements move. Plain ones always are: that is cheaper than to look.
+    bool mustBeCopied(const T& value) const { return __is_trivially_copyable(T) || owns(&value); }
 
     long m_logicalLength;  ///< elements in use
     long m_physicalLength; ///< slots that exist

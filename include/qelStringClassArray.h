@@ -30,12 +30,13 @@
  * @endcode
  *
  * @par Ownership
- * The list owns its texts and shares none of its storage with another list. References to elements end with the next
- * call that changes the storage.
+ * The list owns its texts and shares none of its storage with another list. References and pointers to elements, begin()
+ * and end() among them, end with the next call that changes the physical length, and with assignment.
  *
  * @par Cost
  * Adding at the end O(1) while slots are spare; inserting, removing and linear searches O(n); sorting O(n log n)
- * comparisons on average, bsearch() O(log n).
+ * comparisons on average, bsearch() O(log n). With the comparators of qelString, sort() takes memory for as many texts
+ * again while it lasts, where that is to be had.
  *
  * @par Failure
  * Nothing reports an error; searches return 0 for "not found". Positions count from 0 and are not checked where a
@@ -87,6 +88,18 @@ public:
 
     /// @overload
     const qelString& last() const;
+
+    /// From here to end() stand the texts in use, for range-based `for` and the algorithms of the C++ library.
+    qelString* begin() { return m_array->begin(); }
+
+    /// @overload
+    const qelString* begin() const { return m_array->begin(); }
+
+    /// Behind the last text in use; the same as begin() for a length below 1.
+    qelString* end() { return m_array->end(); }
+
+    /// @overload
+    const qelString* end() const { return m_array->end(); }
 
     /// Assigns the text at `i`; a position at or beyond the length makes the length `i + 1`.
     qelStringClassArray& setAt(long i, const qelString& s);

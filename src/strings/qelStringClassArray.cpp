@@ -1,19 +1,129 @@
 #include "qelStringClassArray.h"
 
-#include <search.h>
+#include "strings/Text.h"
+
 #include <stdlib.h>
 
 namespace
 {
-/// What the search functions of the runtime found, as a position.
-int report(const void* hit, const qelString* elements, long& index)
+using Comparator = qelStringClassArray::Comparator;
+
+/// Moves texts as bytes, which they survive: nothing points at them.
+void move(void* to, const void* from, size_t count = 1)
 {
-    if (hit == nullptr)
+    memmove(to, from, count * sizeof(qelString));
+}
+
+void exchange(qelString& a, qelString& b)
+{
+    unsigned char kept[sizeof(qelString)];
+    move(kept, &a);
+    move(&a, &b);
+    move(&b, kept);
+}
+
+/// Length of the runs that are sorted by insertion before they are merged.
+const size_t kRun = 8;
+
+void sortRun(qelString* first, const qelString* end, Comparator compare)
+{
+    for (qelString* next = first + 1; next < end; ++next)
     {
-        return 0;
+        qelString* to = next;
+        while (to > first && compare(to - 1, next) > 0)
+        {
+            --to;
+        }
+        unsigned char kept[sizeof(qelString)];
+        move(kept, next);
+        move(to + 1, to, static_cast<size_t>(next - to));
+        move(to, kept);
     }
-    index = static_cast<long>(static_cast<const qelString*>(hit) - elements);
-    return 1;
+}
+
+/// Merges the sorted runs from `left` to `middle` and from there to `end`.
+void mergeRuns(const qelString* left, const qelString* middle, const qelString* end, qelString* to, Comparator compare)
+{
+    const qelString* right = middle;
+    while (left < middle && right < end)
+    {
+        move(to++, compare(left, right) > 0 ? right++ : left++);
+    }
+    move(to, left, static_cast<size_t>(middle - left));
+    move(to + (middle - left), right, static_cast<size_t>(end - right));
+}
+
+/// Sorts with the help of room for as many texts again.
+void mergeSort(qelString* texts, qelString* room, size_t count, Comparator compare)
+{
+    const auto runEnd = [count](size_t first, size_t run) { return count - first < run ? count : first + run; };
+    for (size_t first = 0; first < count; first += kRun)
+    {
+        sortRun(texts + first, texts + runEnd(first, kRun), compare);
+    }
+    qelString* from = texts;
+    qelString* to = room;
+    for (size_t run = kRun; run < count; run *= 2)
+    {
+        for (size_t first = 0; first < count; first += 2 * run)
+        {
+            const size_t middle = runEnd(first, run);
+            mergeRuns(from + first, from + middle, from + runEnd(middle, run), to + first, compare);
+        }
+        qelString* merged = to;
+        to = from;
+        from = merged;
+    }
+    if (from != texts)
+    {
+        move(texts, from, count);
+    }
+}
+
+void sortTexts(qelString* texts, size_t count, Comparator compare)
+{
+    // A comparator of the caller's sees which texts the runtime compares, and in which order; the library's own do not
+    // care, and merging asks them less often.
+    const bool isOwn = compare == qelString::strCompare || compare == qelString::strCompareNoCase;
+    void* room = isOwn ? malloc(count * sizeof(qelString)) : nullptr;
+    if (room == nullptr)
+    {
+        qsort(texts, count, sizeof(qelString), compare);
+        return;
+    }
+    mergeSort(texts, static_cast<qelString*>(room), count, compare);
+    free(room);
+}
+
+/// Position of the first text from `start` on that equals the key, or -1.
+long findEqual(const qelArray<qelString>& texts, const qelString& key, long start)
+{
+    // The first units decide nearly always: those of the key's first chunk, up to the terminator, take no call.
+    const __m128i beginning = qelText::chunk(key.getStringW());
+    const unsigned long end = qelText::unitsEqualTo(beginning, 0);
+    const unsigned long decisive = (end ^ (end - 1)) & qelText::kAllUnits;
+    for (long i = start < 0 ? 0 : start; i < texts.length(); ++i)
+    {
+        const unsigned long equal = qelText::equalUnits(qelText::chunk(texts[i].getStringW()), beginning);
+        if ((equal & decisive) == decisive && texts[i] == key)
+        {
+            return i;
+        }
+    }
+    return -1;
+}
+
+/// Position of the first text from `start` on that the comparator calls equal to the key, or -1.
+long findFirst(const qelArray<qelString>& texts, const qelString& key, Comparator compare, long start)
+{
+    for (long i = start < 0 ? 0 : start; i < texts.length(); ++i)
+    {
+        if (compare(&key, &texts[i]) == 0)
+        {
+            return i;
+        }
+    }
+    return -1;
 }
 
 bool hasSlot(const qelArray<qelString>& elements, long i)
@@ -136,7 +246,7 @@ qelStringClassArray& qelStringClassArray::removeFirst()
 
 qelStringClassArray& qelStringClassArray::removeLast()
 {
-    // Not guarded against an empty list, whose length callers know to become -1.
+    // Deliberately not guarded: the length of an empty list becomes -1.
     m_array->setLogicalLength(length() - 1);
     return *this;
 }
@@ -149,7 +259,9 @@ int qelStringClassArray::contains(const qelString& s, long start) const
 
 int qelStringClassArray::find(const qelString& s, long& index, long start) const
 {
-    return m_array->find(s, index, start) ? 1 : 0;
+    const long at = findEqual(*m_array, s, start);
+    index = at < 0 ? index : at;
+    return at < 0 ? 0 : 1;
 }
 
 int qelStringClassArray::bsearch(const qelString& key, long& index, Comparator compare) const
@@ -159,22 +271,20 @@ int qelStringClassArray::bsearch(const qelString& key, long& index, Comparator c
     {
         return 0;
     }
-    const qelString* elements = &m_array->first();
-    return report(::bsearch(&key, elements, static_cast<size_t>(length()), sizeof(qelString), compare), elements,
-                  index);
+    const void* hit = ::bsearch(&key, begin(), static_cast<size_t>(length()), sizeof(qelString), compare);
+    if (hit == nullptr)
+    {
+        return 0;
+    }
+    index = static_cast<long>(static_cast<const qelString*>(hit) - begin());
+    return 1;
 }
 
 int qelStringClassArray::lfind(const qelString& key, long& index, Comparator compare, long start) const
 {
-    index = -1;
-    const long from = start < 0 ? 0 : start;
-    if (from >= length())
-    {
-        return 0;
-    }
-    const qelString* elements = &m_array->first();
-    auto count = static_cast<unsigned int>(length() - from);
-    return report(::_lfind(&key, elements + from, &count, sizeof(qelString), compare), elements, index);
+    index =
+        compare == qelString::strCompare ? findEqual(*m_array, key, start) : findFirst(*m_array, key, compare, start);
+    return index < 0 ? 0 : 1;
 }
 
 void qelStringClassArray::sort(Comparator compare)
@@ -188,8 +298,7 @@ void qelStringClassArray::sort(long from, long to, Comparator compare)
     const long last = to < physicalLength() ? to : physicalLength() - 1;
     if (length() > 0 && first < last)
     {
-        // The runtime moves the elements as bytes, which a text survives: it keeps no pointer to itself.
-        qsort(&(*m_array)[first], static_cast<size_t>(last - first) + 1, sizeof(qelString), compare);
+        sortTexts(begin() + first, static_cast<size_t>(last - first) + 1, compare);
     }
 }
 
@@ -197,7 +306,7 @@ qelStringClassArray& qelStringClassArray::reverse()
 {
     for (long i = 0, j = length() - 1; i < j; ++i, --j)
     {
-        swap(i, j);
+        exchange((*m_array)[i], (*m_array)[j]);
     }
     return *this;
 }
@@ -206,9 +315,7 @@ qelStringClassArray& qelStringClassArray::swap(long i, long j)
 {
     if (hasSlot(*m_array, i) && hasSlot(*m_array, j))
     {
-        const qelString kept((*m_array)[i]);
-        (*m_array)[i] = (*m_array)[j];
-        (*m_array)[j] = kept;
+        exchange((*m_array)[i], (*m_array)[j]);
     }
     return *this;
 }

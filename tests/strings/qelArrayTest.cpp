@@ -1,6 +1,7 @@
 #include "qelArray.h"
 #include "qelString.h"
 #include "support/ImportHook.h"
+#include "support/StringInternals.h"
 
 #include <gtest/gtest.h>
 
@@ -8,10 +9,16 @@
 #include <malloc.h>
 #include <stdlib.h>
 
+#include <algorithm>
+#include <functional>
 #include <initializer_list>
+#include <iterator>
 #include <new>
+#include <numeric>
 #include <random>
 #include <set>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace
@@ -762,6 +769,299 @@ TEST(qelArrayObjects, AnArrayInsideAnElementMayBeTheArgument)
     EXPECT_EQ(Tracked::errors, 0);
 }
 
+/// What happened to elements and storage, in order.
+std::vector<std::string> events;
+
+/// An element that writes down what it goes through.
+class Witness
+{
+public:
+    Witness(int value = 0)
+        : m_value(value)
+    {
+        events.push_back("construct");
+    }
+
+    Witness(const Witness& other)
+        : m_value(other.m_value)
+    {
+        events.push_back("copy " + std::to_string(m_value));
+    }
+
+    Witness& operator=(const Witness& other)
+    {
+        m_value = other.m_value;
+        events.push_back("assign " + std::to_string(m_value));
+        return *this;
+    }
+
+    ~Witness() { events.push_back("destroy " + std::to_string(m_value)); }
+
+    int value() const { return m_value; }
+
+private:
+    int m_value;
+};
+
+/// Storage that is written down, too, and counted.
+template <class T> class WitnessedStorage
+{
+public:
+    static T* allocate(long count)
+    {
+        events.push_back("allocate " + std::to_string(count));
+        mostBlocks = std::max(mostBlocks, ++blocks);
+        return static_cast<T*>(malloc(static_cast<size_t>(count) * sizeof(T)));
+    }
+
+    static void deallocate(T*& storage)
+    {
+        if (storage != nullptr)
+        {
+            events.push_back("free");
+            --blocks;
+            free(storage);
+            storage = nullptr;
+        }
+    }
+
+    static int blocks;
+    static int mostBlocks;
+};
+
+template <class T> int WitnessedStorage<T>::blocks = 0;
+template <class T> int WitnessedStorage<T>::mostBlocks = 0;
+
+using Witnesses = qelArray<Witness, qelArrayObjectCopyReallocator<Witness>, WitnessedStorage<Witness>>;
+using Events = std::vector<std::string>;
+
+TEST(qelArrayOrder, AssignmentFreesTheOldElementsBeforeItMakesTheNewOnes)
+{
+    Witnesses source;
+    source.setGrowLength(3);
+    source.append(1);
+    source.append(2);
+    {
+        Witnesses target(0, 1);
+        target.append(7);
+        target.append(8);
+        events.clear();
+        WitnessedStorage<Witness>::mostBlocks = 0;
+        target = source;
+        EXPECT_EQ(events, Events({"destroy 7", "destroy 8", "free", "allocate 2", "construct", "construct", "assign 1",
+                                  "assign 2"}));
+        EXPECT_EQ(WitnessedStorage<Witness>::mostBlocks, 2) << "the source's and one of the target's";
+        EXPECT_EQ(target.growLength(), 3);
+        events.clear();
+        target = Witnesses();
+        EXPECT_EQ(events, Events({"destroy 1", "destroy 2", "free"}));
+    }
+    EXPECT_EQ(WitnessedStorage<Witness>::blocks, 1);
+}
+
+TEST(qelArrayOrder, CopyConstructionMakesOneBlock)
+{
+    Witnesses source(0, 1);
+    source.append(1);
+    source.append(2);
+    events.clear();
+    {
+        const Witnesses copy(source);
+        EXPECT_EQ(events, Events({"allocate 2", "construct", "construct", "assign 1", "assign 2"}));
+        events.clear();
+    }
+    EXPECT_EQ(events, Events({"destroy 1", "destroy 2", "free"}));
+}
+
+TEST(qelArrayOrder, ReallocationAssignsToNewElementsBeforeItDestroysTheOldOnes)
+{
+    Witnesses array(2, 1);
+    array.append(1);
+    events.clear();
+    array.setPhysicalLength(3);
+    EXPECT_EQ(events, Events({"allocate 3", "construct", "construct", "construct", "assign 1", "destroy 1", "destroy 0",
+                              "free"}));
+    const Witness seven(7);
+    array.setLogicalLength(3);
+    events.clear();
+    array.append(seven);
+    EXPECT_EQ(events, Events({"allocate 4", "construct", "construct", "construct", "construct", "assign 1", "assign 0",
+                              "assign 0", "destroy 1", "destroy 0", "destroy 0", "free", "assign 7"}));
+}
+
+TEST(qelArrayOrder, AnElementOfTheArrayIsCopiedOnlyWhereItWouldGo)
+{
+    Witnesses array(3, 1);
+    array.append(1);
+    array.append(2);
+    events.clear();
+    array.append(array[0]);
+    EXPECT_EQ(events, Events({"assign 1"}));
+    events.clear();
+    array.append(array[1]);
+    EXPECT_EQ(events,
+              Events({"copy 2", "allocate 4", "construct", "construct", "construct", "construct", "assign 1",
+                      "assign 2", "assign 1", "destroy 1", "destroy 2", "destroy 1", "free", "assign 2", "destroy 2"}));
+}
+
+/// A policy of a host's own, for a type that the library's policy moves as bytes.
+class CountingPolicy
+{
+public:
+    static void construct(qelString* storage, long count)
+    {
+        constructed += count;
+        qelArrayObjectCopyReallocator<qelString>::construct(storage, count);
+    }
+
+    static void copy(qelString* to, const qelString* from, long count)
+    {
+        copied += count;
+        qelArrayObjectCopyReallocator<qelString>::copy(to, from, count);
+    }
+
+    static void destroy(qelString* storage, long count)
+    {
+        destroyed += count;
+        qelArrayObjectCopyReallocator<qelString>::destroy(storage, count);
+    }
+
+    static long constructed;
+    static long copied;
+    static long destroyed;
+};
+
+long CountingPolicy::constructed;
+long CountingPolicy::copied;
+long CountingPolicy::destroyed;
+
+TEST(qelArrayOrder, APolicyOfAHostSeesEveryElement)
+{
+    qelArray<qelString, CountingPolicy> array(3);
+    array.append(L"a");
+    array.append(L"b");
+    CountingPolicy::constructed = 0;
+    CountingPolicy::copied = 0;
+    CountingPolicy::destroyed = 0;
+    array.setPhysicalLength(10);
+    EXPECT_EQ(CountingPolicy::constructed, 10);
+    EXPECT_EQ(CountingPolicy::copied, 2);
+    EXPECT_EQ(CountingPolicy::destroyed, 3);
+    EXPECT_STREQ(array[1].getStringW(), L"b");
+}
+
+TEST(qelArrayTexts, MoveAsTheyAreWhenTheStorageIsReplaced)
+{
+    const qelString shared(L"HEA 200");
+    const int before = shareCountOf(shared);
+    {
+        qelArray<qelString> array;
+        array.append(shared);
+        array.append(L"IPE 300");
+        const char* narrow = array[1].getStringA();
+        array.setPhysicalLength(100);
+        EXPECT_EQ(shareCountOf(shared), before + 1);
+        EXPECT_EQ(array[0].getStringW(), shared.getStringW());
+        EXPECT_EQ(charCacheOf(array[1]), narrow) << "not dropped, and made anew when it is next asked for";
+        EXPECT_STREQ(narrow, "IPE 300");
+        array.setLogicalLength(100);
+        EXPECT_TRUE(std::all_of(array.begin() + 2, array.end(), [](const qelString& text) { return text.isEmpty(); }));
+    }
+    EXPECT_EQ(shareCountOf(shared), before);
+}
+
+TEST(qelArrayTexts, AreGivenUpWhenTheStorageShrinks)
+{
+    const qelString shared(L"HEA 200");
+    const int before = shareCountOf(shared);
+    qelArray<qelString> array;
+    for (int i = 0; i < 8; ++i)
+    {
+        array.append(shared);
+    }
+    array.setLogicalLength(6);
+    EXPECT_EQ(shareCountOf(shared), before + 8) << "spare slots hold theirs";
+    array.setPhysicalLength(3);
+    EXPECT_EQ(shareCountOf(shared), before + 3);
+    array.removeAt(0);
+    array.setLogicalLength(-1);
+    array.setPhysicalLength(10);
+    EXPECT_EQ(array.length(), -1);
+    EXPECT_EQ(shareCountOf(shared), before) << "none was in use";
+    array.setLogicalLength(10);
+    EXPECT_EQ(array[0].isEmpty(), 1);
+}
+
+TYPED_TEST(qelArrayBothPolicies, RangeForVisitsTheElementsInUse)
+{
+    TypeParam array = filled<TypeParam>({1, 2, 3, 4});
+    array.setLogicalLength(3);
+    for (int& element : array)
+    {
+        element *= 10;
+    }
+    Values seen;
+    const TypeParam& constant = array;
+    for (const int& element : constant)
+    {
+        seen.push_back(element);
+    }
+    EXPECT_EQ(seen, Values({10, 20, 30}));
+    array.setLogicalLength(4);
+    EXPECT_EQ(array[3], 4) << "a spare slot is not visited";
+}
+
+TYPED_TEST(qelArrayBothPolicies, BeginAndEndSpanTheElements)
+{
+    TypeParam array = filled<TypeParam>({1, 2, 3});
+    const TypeParam& constant = array;
+    EXPECT_EQ(array.begin(), &array[0]);
+    EXPECT_EQ(array.end(), &array[2] + 1);
+    EXPECT_EQ(constant.begin(), &array[0]);
+    EXPECT_EQ(constant.end(), array.end());
+    EXPECT_EQ(std::distance(std::begin(array), std::end(array)), 3);
+    static_assert(std::is_same<decltype(constant.begin()), const int*>::value, "const arrays are not written to");
+}
+
+TYPED_TEST(qelArrayBothPolicies, AnArrayWithoutElementsIsAnEmptyRange)
+{
+    const TypeParam none;
+    EXPECT_EQ(none.begin(), none.end());
+    TypeParam spare(5);
+    EXPECT_EQ(spare.begin(), spare.end());
+    spare.removeAt(0);
+    ASSERT_EQ(spare.length(), -1);
+    EXPECT_EQ(spare.begin(), spare.end()) << "a length below 0 is no range that runs backwards";
+}
+
+TYPED_TEST(qelArrayBothPolicies, ServesTheAlgorithmsOfTheStandardLibrary)
+{
+    TypeParam array = filled<TypeParam>({5, 3, 9, 1, 7});
+    const TypeParam& constant = array;
+    EXPECT_EQ(std::accumulate(constant.begin(), constant.end(), 0), 25);
+    EXPECT_EQ(std::find(constant.begin(), constant.end(), 9) - constant.begin(), 2);
+    EXPECT_EQ(std::find(constant.begin(), constant.end(), 8), constant.end());
+    std::sort(array.begin(), array.end());
+    EXPECT_EQ(valuesOf(array), Values({1, 3, 5, 7, 9}));
+    std::sort(array.begin(), array.end(), std::greater<int>());
+    EXPECT_EQ(valuesOf(array), Values({9, 7, 5, 3, 1}));
+    EXPECT_EQ(std::vector<int>(constant.begin(), constant.end()), Values({9, 7, 5, 3, 1}));
+}
+
+TEST(qelArrayTexts, AreSortedByTheStandardLibrary)
+{
+    qelArray<qelString> array;
+    for (const wchar_t* text : {L"IPE 300", L"HEB 100", L"HEA 200"})
+    {
+        array.append(text);
+    }
+    std::sort(array.begin(), array.end());
+    EXPECT_STREQ(array[0].getStringW(), L"HEA 200");
+    EXPECT_STREQ(array[1].getStringW(), L"HEB 100");
+    EXPECT_STREQ(array[2].getStringW(), L"IPE 300");
+    EXPECT_EQ(std::find(array.begin(), array.end(), qelString(L"HEB 100")), &array[1]);
+}
+
 TEST(qelArrayPlainValues, AreMovedAsBytes)
 {
     Doubles array;
@@ -858,7 +1158,6 @@ TEST_F(qelArrayStorage, ComesFromTheControllerInWholeElements)
 TEST_F(qelArrayStorage, WithoutMemoryTheArrayStaysAsItWas)
 {
     void (*const operations[])(qelArray<int>&, const qelArray<int>&) = {
-        [](qelArray<int>& array, const qelArray<int>& other) { array = other; },
         [](qelArray<int>& array, const qelArray<int>& other) { array.append(other); },
         [](qelArray<int>& array, const qelArray<int>&) { array.append(9); },
         [](qelArray<int>& array, const qelArray<int>&) { array.append(array[0]); },
@@ -878,6 +1177,20 @@ TEST_F(qelArrayStorage, WithoutMemoryTheArrayStaysAsItWas)
         EXPECT_EQ(array.physicalLength(), 8);
         EXPECT_EQ(array.growLength(), 8);
     }
+}
+
+TEST_F(qelArrayStorage, AssignmentWithoutMemoryLeavesAnEmptyArray)
+{
+    qelArray<int> array = filled<qelArray<int>>({1, 2, 3});
+    qelArray<int> other(0, 5);
+    other.append(7);
+    nextAllocationFails = true;
+    EXPECT_THROW(array = other, std::bad_alloc);
+    EXPECT_EQ(array.length(), 0);
+    EXPECT_EQ(array.physicalLength(), 0);
+    EXPECT_EQ(array.growLength(), 8);
+    array = other;
+    EXPECT_EQ(valuesOf(array), Values({7}));
 }
 
 TEST_F(qelArrayStorage, ControllerAllocatesCountTimesSize)
@@ -908,10 +1221,12 @@ TEST_F(qelArrayStorage, ControllerRefusesSizesThatCannotBe)
 {
     const unsigned long long size = 1;
     const unsigned long long wraps = 0x4000000000000001ULL;
+    const unsigned long long half = 0x2000000000000000ULL;
     const long negative = -1;
     const long four = 4;
     EXPECT_THROW(qelMemoryControllerController::allocateArray(negative, size), std::bad_alloc);
     EXPECT_THROW(qelMemoryControllerController::allocateArray(four, wraps), std::bad_alloc);
+    EXPECT_THROW(qelMemoryControllerController::allocateArray(four, half), std::bad_alloc);
 }
 
 TEST(qelArrayLayout, IsThreeLengthsAndTheStorage)

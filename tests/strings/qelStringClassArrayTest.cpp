@@ -1,12 +1,19 @@
 #include "qelStringClassArray.h"
 #include "strings/TextSupport.h"
+#include "support/ImportHook.h"
 #include "support/StringInternals.h"
 
 #include <gtest/gtest.h>
 
+#include <malloc.h>
+#include <stdlib.h>
+
 #include <algorithm>
 #include <cwchar>
+#include <iterator>
+#include <numeric>
 #include <string>
+#include <utility>
 #include <vector>
 
 using qelTest::isShared;
@@ -57,6 +64,19 @@ int descending(const void* a, const void* b)
 int byFirstUnit(const void* a, const void* b)
 {
     return (*static_cast<const qelString*>(a))[0] - (*static_cast<const qelString*>(b))[0];
+}
+
+std::vector<std::pair<std::wstring, std::wstring>> compared;
+
+int recording(const void* a, const void* b)
+{
+    compared.emplace_back(plain(*static_cast<const qelString*>(a)), plain(*static_cast<const qelString*>(b)));
+    return byFirstUnit(a, b);
+}
+
+void* refuse(size_t)
+{
+    return nullptr;
 }
 
 const qelString* keySeen = nullptr;
@@ -251,6 +271,59 @@ TEST_F(qelStringListAccess, FirstAndLastGiveTheOuterElementsInUse)
     m_list.first() = L"x";
     m_list.last() = L"y";
     EXPECT_EQ((Texts{L"x", L"y"}), texts(m_list));
+}
+
+TEST_F(qelStringListAccess, RangeForVisitsTheTextsInUse)
+{
+    fill(m_list, {L"a", L"b", L"spare"});
+    m_list.removeLast();
+    for (qelString& text : m_list)
+    {
+        text += L"!";
+    }
+    const qelStringClassArray& constant = m_list;
+    Texts seen;
+    for (const qelString& text : constant)
+    {
+        seen.push_back(plain(text));
+    }
+    EXPECT_EQ((Texts{L"a!", L"b!"}), seen);
+    m_list.setLogicalLength(3);
+    EXPECT_EQ(L"spare", plain(m_list.last()));
+}
+
+TEST_F(qelStringListAccess, BeginAndEndSpanTheTexts)
+{
+    fill(m_list, {L"a", L"b", L"c"});
+    const qelStringClassArray& constant = m_list;
+    EXPECT_EQ(&m_list[0], m_list.begin());
+    EXPECT_EQ(&m_list[2] + 1, m_list.end());
+    EXPECT_EQ(&m_list[0], constant.begin());
+    EXPECT_EQ(constant.end(), m_list.end());
+    EXPECT_EQ(3, std::distance(std::begin(constant), std::end(constant)));
+}
+
+TEST_F(qelStringListAccess, AListWithoutTextsIsAnEmptyRange)
+{
+    const qelStringClassArray& constant = m_list;
+    EXPECT_EQ(constant.begin(), constant.end());
+    qelStringClassArray spare(4);
+    EXPECT_EQ(spare.begin(), spare.end());
+    spare.removeLast();
+    ASSERT_EQ(-1, spare.length());
+    EXPECT_EQ(spare.begin(), spare.end());
+}
+
+TEST_F(qelStringListAccess, ServesTheAlgorithmsOfTheStandardLibrary)
+{
+    fill(m_list, {L"ccc", L"a", L"bb"});
+    std::sort(m_list.begin(), m_list.end());
+    EXPECT_EQ((Texts{L"a", L"bb", L"ccc"}), texts(m_list));
+    const qelStringClassArray& constant = m_list;
+    EXPECT_EQ(&m_list[1], std::find(constant.begin(), constant.end(), qelString(L"bb")));
+    EXPECT_EQ(constant.end(), std::find(constant.begin(), constant.end(), qelString(L"d")));
+    EXPECT_EQ(6, std::accumulate(constant.begin(), constant.end(), 0,
+                                 [](int sum, const qelString& text) { return sum + text.length(); }));
 }
 
 TEST_F(qelStringListAccess, SetAtAssignsAndReturnsTheList)
@@ -548,6 +621,67 @@ TEST_F(qelStringListSearch, FailedFindLeavesTheIndexAlone)
     EXPECT_EQ(-5, index);
 }
 
+TEST_F(qelStringListSearch, FindComparesWholeTextsOfEveryLength)
+{
+    // Lengths around those of the chunks in which texts are compared.
+    for (size_t length = 0; length <= 34; ++length)
+    {
+        const std::wstring text(length, L'x');
+        for (size_t at = 0; at <= length; ++at)
+        {
+            std::wstring longer = text;
+            longer.insert(at, 1, L'y');
+            std::wstring other = text;
+            std::wstring shorter = text.substr(0, at);
+            Texts values{longer, text + L'x'};
+            if (at < length)
+            {
+                other[at] = L'y';
+                values.push_back(other);
+                values.push_back(shorter);
+            }
+            qelStringClassArray list;
+            fill(list, values);
+            long index = -5;
+            ASSERT_EQ(0, list.find(text.c_str(), index)) << length << " at " << at;
+            ASSERT_EQ(0, list.lfind(text.c_str(), index, qelString::strCompare)) << length << " at " << at;
+            list.append(text.c_str());
+            ASSERT_EQ(1, list.find(text.c_str(), index)) << length << " at " << at;
+            ASSERT_EQ(list.length() - 1, index);
+            ASSERT_EQ(1, list.lfind(text.c_str(), index, qelString::strCompare)) << length << " at " << at;
+            ASSERT_EQ(list.length() - 1, index);
+        }
+    }
+}
+
+TEST_F(qelStringListSearch, LinearSearchComparesFromTheStartUntilTheFirstHit)
+{
+    fill(m_list, {L"a1", L"b1", L"c1", L"b2"});
+    compared.clear();
+    long index = -5;
+    EXPECT_EQ(1, m_list.lfind(L"bx", index, recording, 1));
+    EXPECT_EQ(1, index);
+    EXPECT_EQ(1, m_list.lfind(L"bx", index, recording, 2));
+    EXPECT_EQ(3, index);
+    EXPECT_EQ((std::vector<std::pair<std::wstring, std::wstring>>{{L"bx", L"b1"}, {L"bx", L"c1"}, {L"bx", L"b2"}}),
+              compared);
+}
+
+TEST_F(qelStringListSearch, BinarySearchGivesTheHitOfTheRuntimeAmongEqualTexts)
+{
+    for (long count = 1; count <= 20; ++count)
+    {
+        qelStringClassArray list;
+        list.setLogicalLength(count);
+        list.setAll(L"same");
+        const qelString key(L"same");
+        const void* hit = ::bsearch(&key, &list[0], static_cast<size_t>(count), sizeof(qelString), counting);
+        long index = -5;
+        EXPECT_EQ(1, list.bsearch(key, index, qelString::strCompare));
+        EXPECT_EQ(static_cast<const qelString*>(hit) - &list[0], index) << count;
+    }
+}
+
 TEST_F(qelStringListSearch, BinarySearchFindsEveryElementOfASortedList)
 {
     Texts values;
@@ -762,6 +896,104 @@ TEST_F(qelStringListOrder, SortGivesTheSameAsAModel)
         list.sort(qelString::strCompare);
         ASSERT_EQ(model, texts(list));
     }
+}
+
+TEST_F(qelStringListOrder, SortWithTheOwnComparatorsGivesTheSameAsAModelAtEveryLength)
+{
+    const auto lower = [](std::wstring text) {
+        std::transform(text.begin(), text.end(), text.begin(),
+                       [](wchar_t c) { return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + 32) : c; });
+        return text;
+    };
+    qelTest::RandomText random(20);
+    for (int count = 0; count <= 150; ++count)
+    {
+        Texts model;
+        for (int i = 0; i < count; ++i)
+        {
+            model.push_back(random.text<wchar_t>(L"abAB", 4));
+        }
+        qelStringClassArray list;
+        fill(list, model);
+        qelStringClassArray folded(list);
+        list.sort(qelString::strCompare);
+        std::sort(model.begin(), model.end());
+        ASSERT_EQ(model, texts(list)) << count;
+
+        folded.sort(qelString::strCompareNoCase);
+        Texts result = texts(folded);
+        const auto isBehind = [&lower](const std::wstring& a, const std::wstring& b) { return lower(a) > lower(b); };
+        ASSERT_EQ(result.end(), std::adjacent_find(result.begin(), result.end(), isBehind)) << count;
+        std::sort(result.begin(), result.end());
+        ASSERT_EQ(model, result) << count;
+    }
+}
+
+TEST_F(qelStringListOrder, SortKeepsEveryTextAndItsCount)
+{
+    const qelString shared(L"b");
+    const int before = shareCountOf(shared);
+    for (int i = 0; i < 50; ++i)
+    {
+        m_list.append(shared);
+        m_list.append(L"a");
+    }
+    m_list.sort(qelString::strCompare);
+    EXPECT_EQ(before + 50, shareCountOf(shared));
+    EXPECT_EQ(L"a", plain(m_list[49]));
+    EXPECT_TRUE(isShared(shared, m_list[50]));
+    m_list = qelStringClassArray();
+    EXPECT_EQ(before, shareCountOf(shared));
+}
+
+TEST_F(qelStringListOrder, SortNeedsNoMemory)
+{
+    Texts model;
+    for (int i = 0; i < 100; ++i)
+    {
+        model.push_back(std::to_wstring(i * 37 % 100 + 100));
+    }
+    fill(m_list, model);
+    {
+        const qelTest::ImportHook noMemory("malloc", &refuse);
+        m_list.sort(qelString::strCompare);
+    }
+    std::sort(model.begin(), model.end());
+    EXPECT_EQ(model, texts(m_list));
+}
+
+TEST_F(qelStringListOrder, ACallersComparatorSeesTheComparisonsOfTheRuntime)
+{
+    qelTest::RandomText random(3);
+    Texts values;
+    for (int i = 0; i < 60; ++i)
+    {
+        values.push_back(random.text<wchar_t>(L"abcdef", 3) + L"x");
+    }
+    fill(m_list, values);
+    qelStringClassArray other(m_list);
+    compared.clear();
+    m_list.sort(recording);
+    const auto seen = compared;
+    compared.clear();
+    qsort(&other[0], 60, sizeof(qelString), recording);
+    EXPECT_EQ(compared, seen);
+    EXPECT_EQ(texts(other), texts(m_list)) << "equal texts lie as the runtime leaves them";
+}
+
+TEST_F(qelStringListOrder, SwapAndReverseMoveTheNarrowFormsAlong)
+{
+    fill(m_list, {L"a", L"b", L"c"});
+    const char* narrow = m_list[0].getStringA();
+    m_list.swap(0, 1);
+    EXPECT_EQ(narrow, charCacheOf(m_list[1]));
+    EXPECT_EQ(nullptr, charCacheOf(m_list[0]));
+    m_list.swap(1, 2);
+    m_list.reverse();
+    EXPECT_EQ(narrow, charCacheOf(m_list[0]));
+    EXPECT_STREQ("a", m_list[0].getStringA());
+    m_list.swap(0, 0);
+    EXPECT_STREQ("a", m_list[0].getStringA());
 }
 
 TEST_F(qelStringListOrder, SortKeepsAllOfEqualElements)
