@@ -4,6 +4,7 @@
 
 namespace
 {
+const wchar_t kElement[] = L"<DataSource";
 const wchar_t kElementEnd[] = L"/>";
 const size_t kElementEndLength = 2;
 
@@ -20,16 +21,21 @@ bool isBlank(wchar_t c)
     return qelText::contains(L"\t\n ", 3, c);
 }
 
-/// A part of a text has no terminator: the scratch buffer, which has room for any of them, lends one.
-qelString toString(const wchar_t* begin, const wchar_t* end)
+/// Makes `text` the part from `begin` to `end`.
+void set(qelString& text, const wchar_t* begin, const wchar_t* end)
 {
     const auto length = static_cast<size_t>(end - begin);
-    memcpy(qelString::qelStringTempBufferWide, begin, length * sizeof(wchar_t));
-    qelString::qelStringTempBufferWide[length] = 0;
-    return qelString::qelStringTempBufferWide;
+    // Platforms are nearly always those of the entry before, whose text will do.
+    if (static_cast<size_t>(text.length()) != length || memcmp(text.getStringW(), begin, length * sizeof(wchar_t)) != 0)
+    {
+        // The part has no terminator: the scratch buffer, which has room for any, lends one.
+        memcpy(qelString::qelStringTempBufferWide, begin, length * sizeof(wchar_t));
+        qelString::qelStringTempBufferWide[length] = 0;
+        text = qelString::qelStringTempBufferWide;
+    }
 }
 
-/// Reads what stands between the first two double quotes behind the first `name` in the element, trimmed; false when
+/// Sets `value` to what stands between the first two double quotes behind the first `name` in the element, trimmed; false when
 /// there is no such thing.
 template <size_t Size>
 bool readAttribute(const wchar_t* element, const wchar_t* end, const wchar_t (&name)[Size], qelString& value)
@@ -49,7 +55,7 @@ bool readAttribute(const wchar_t* element, const wchar_t* end, const wchar_t (&n
     {
         --last;
     }
-    value = toString(begin, last);
+    set(value, begin, last);
     return true;
 }
 } // namespace
@@ -65,11 +71,22 @@ DatabaseConfiguration::DatabaseConfiguration(const qelString& text)
     }
 }
 
+long DatabaseConfiguration::mostEntries() const
+{
+    long count = 0;
+    const wchar_t* position = m_position;
+    while ((position = behind(position, m_end, kElement)) != nullptr)
+    {
+        ++count;
+    }
+    return count;
+}
+
 bool DatabaseConfiguration::next(qelDataSource& entry)
 {
     while (m_position != nullptr)
     {
-        const wchar_t* element = behind(m_position, m_end, L"<DataSource");
+        const wchar_t* element = behind(m_position, m_end, kElement);
         // A "/>" in front of the element belongs to something else and is stepped over with it.
         m_position = behind(element, m_end, kElementEnd);
         if (m_position != nullptr)

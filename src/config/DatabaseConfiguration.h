@@ -17,6 +17,9 @@ public:
     /// The text must outlive this object.
     explicit DatabaseConfiguration(const qelString& text);
 
+    /// How many elements begin: next() does not find more of them.
+    long mostEntries() const;
+
     /// Sets `entry` to the next complete element, values trimmed; false when there is none left.
     bool next(qelDataSource& entry);
 

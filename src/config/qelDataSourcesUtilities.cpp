@@ -24,8 +24,7 @@ const wchar_t kModelDatabase[] = L"\\Kernel\\Data\\model.mdb";
 const wchar_t kDatabaseKey[] = L"DBQ=";
 const int kDatabaseKeyLength = 4;
 
-/// Step in which the list grows while it is read: that of arrays is made for short lists.
-const long kGrowth = 256;
+const long kBuiltInSources = 3;
 
 bool namesBuiltIn(const qelString& connectionString)
 {
@@ -109,14 +108,13 @@ int qelDataSourcesUtilities::readConnectionStrings()
     (void)splitConnectionString(profiles, head, databaseFile);
     const qelString project = head + qelRegistry::getPathData(false) + kModelDatabase;
 
+    const qelString text = readWhole(*m_pDatabaseConfigurationFilePath);
+    DatabaseConfiguration configuration(text);
     // Kept only when it is complete: an entry that is missing would be missing ever after.
-    qelArray<qelDataSource> read(0, kGrowth);
+    qelArray<qelDataSource> read(kBuiltInSources + configuration.mostEntries());
     read.append(qelDataSource(kProfiles, profiles, kBuiltInPlatform));
     read.append(qelDataSource(kMapping, mapping, kBuiltInPlatform));
     read.append(qelDataSource(kCurrentProject, project, kBuiltInPlatform));
-
-    const qelString text = readWhole(*m_pDatabaseConfigurationFilePath);
-    DatabaseConfiguration configuration(text);
     for (qelDataSource entry; configuration.next(entry);)
     {
         (void)Drivers::replaceAlternate(entry.m_ConnectionString);
