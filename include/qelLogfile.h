@@ -93,8 +93,8 @@ public:
     /**
      * Appends a line end, "[hh:mm:ss] " and the message, whether logging is on or not. An empty name stands for
      * "c:\Orvalis.log". The first call in the process empties its file before; files of later calls are deliberately
-     * never emptied, not even when they are used for the first time. Mind the order: the file comes first, and two texts
-     * that are swapped write the name of the log into a file named by the message, emptying what had that name.
+     * never emptied, not even when they are used for the first time. Mind the order: the file comes first. Two texts
+     * that are swapped write the name of the log into a file named by the message, and may empty one of that name.
      */
     static void logToFile(const qelString& fileName, const qelString& message);
 

@@ -35,8 +35,8 @@ void set(qelString& text, const wchar_t* begin, const wchar_t* end)
     }
 }
 
-/// Sets `value` to what stands between the first two double quotes behind the first `name` in the element, trimmed; false when
-/// there is no such thing.
+/// Sets `value` to what stands between the first two double quotes behind the first `name` in the element, trimmed;
+/// false when there is no such thing.
 template <size_t Size>
 bool readAttribute(const wchar_t* element, const wchar_t* end, const wchar_t (&name)[Size], qelString& value)
 {

@@ -135,21 +135,20 @@ int qelDataSourcesUtilities::defaultDriverIsUsedInAllDataSources()
 
 int qelDataSourcesUtilities::testConnection(qelString connectionString)
 {
-    OdbcConnection connection;
-    if (!connection.isReady())
-    {
-        return -1;
-    }
-    if (connection.open(connectionString))
-    {
-        return 1;
-    }
-    return answer(
-        [&] {
-            qelString head;
-            qelString databaseFile;
-            const bool namesFile = splitConnectionString(connectionString, head, databaseFile) == 1;
-            return namesFile && qelFileExists(databaseFile) == 0 ? 0 : -1;
-        },
-        -1);
+    const auto test = [&] {
+        OdbcConnection connection;
+        if (!connection.isReady())
+        {
+            return -1;
+        }
+        if (connection.open(connectionString))
+        {
+            return 1;
+        }
+        qelString head;
+        qelString databaseFile;
+        const bool namesFile = splitConnectionString(connectionString, head, databaseFile) == 1;
+        return namesFile && qelFileExists(databaseFile) == 0 ? 0 : -1;
+    };
+    return answer(test, -1);
 }
