@@ -27,9 +27,6 @@ class qelString;
  *
  * @par Threads
  * There is no lock: set it before other threads read it.
- *
- * @par Failure
- * None; the pointer is null until it is set.
  */
 class QEL_API qelGlobalStorage
 {

@@ -37,14 +37,15 @@
  * @par Threads
  * As qelString. Two threads that make the first call of logToFile() together may both empty the file. Lines that
  * several processes or threads append to one file come out whole and complete, in the order in which they got their
- * turn.
+ * turn. A line whose turn does not come within 20 ms is written without one, and may then tear another.
  *
  * @par Cost
  * Each line opens and closes a file, up to a millisecond: made for an occasional line. Nothing limits or rotates the
- * files. A file that another program keeps locked is waited for at most two seconds a line.
+ * files. A log that another program has locked costs each call 20 ms at most, listModules() with all its rows included.
  *
  * @par Failure
- * A line that cannot be written is lost in silence; nothing is thrown or reported but the results of the members.
+ * A line that cannot be written is lost in silence; nothing is thrown or reported but the results of the members,
+ * which tell less than it seems: a line on a full disk gives 1, and so does a reset() of what cannot be opened.
  *
  * @par Lines
  * They begin with the local time of day in square brackets, hh:mm:ss without a date. appendWithSave() adds no line end,
@@ -69,12 +70,13 @@ public:
     /// Closes a stream that the instance holds, but only while logging is on.
     ~qelLogfile();
 
-    /// Creates or empties the file. 0 while logging is off, else 1, deliberately even when the file cannot be opened.
+    /// Creates or empties the file. 0 while logging is off, else 1, deliberately even when the file cannot be opened or
+    /// is a folder.
     int reset();
 
     /**
      * Appends "[hh:mm:ss] " and the text, as it is: line ends are the caller's. 0 while logging is off or when the file
-     * cannot be opened, else 1, even when the disk turns out to be full.
+     * cannot be opened, else 1: deliberately also when the text cannot be written, as on a full disk.
      */
     int appendWithSave(const qelString& text);
 
@@ -91,7 +93,8 @@ public:
     /**
      * Appends a line end, "[hh:mm:ss] " and the message, whether logging is on or not. An empty name stands for
      * "c:\Orvalis.log". The first call in the process empties its file before; files of later calls are deliberately
-     * never emptied, not even when they are used for the first time.
+     * never emptied, not even when they are used for the first time. Mind the order: the file comes first. Two texts
+     * that are swapped write the name of the log into a file named by the message, and may empty one of that name.
      */
     static void logToFile(const qelString& fileName, const qelString& message);
 

@@ -27,9 +27,6 @@
  * @par Threads
  * There is no lock: set the name before other threads read it.
  *
- * @par Cost
- * Reading is free; setting copies the name.
- *
  * @par Failure
  * A name that is null or too long is an invalid-parameter failure of the C runtime; see setOVProductName().
  */

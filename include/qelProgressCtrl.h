@@ -105,14 +105,21 @@ public:
     /// The activity: 1 from activate() to reset(), whether the user has ended the dialog or not.
     int isActive() const;
 
+#if defined(__GNUC__) || defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wignored-qualifiers" // const is part of the exported name for hosts of Visual C++
+#endif
     /// The same as isActive().
-    int getActivity() const;
+    const int getActivity() const;
+
+    /// Whether the window takes part in the calls of qelProgressCtrl: 1 or 0.
+    const int getOn() const;
+#if defined(__GNUC__) || defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
 
     /// For windows that show their progress in another way; makes and closes no dialog.
     void setActivity(int value);
-
-    /// Whether the window takes part in the calls of qelProgressCtrl: 1 or 0.
-    int getOn() const;
 
     /// The window takes part from now on.
     void switchOn();

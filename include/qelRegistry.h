@@ -14,8 +14,11 @@
  *
  * Reads text and 32-bit numbers from the machine's and the user's hive, and answers on top of that what the product
  * asks again and again: which culture and language the user interface has, where binaries and data lie, and which
- * connection string is registered under a name. Where both hives are asked, the user's settings override those of the
- * installation.
+ * connection string is registered under a name.
+ *
+ * getRegValue() and getPathBinary() read the machine's hive only, getRegValueCurrentUser() the user's only.
+ * getCurrentCultureId(), getCurrentLanguage(), getPathData() and getDatabaseConnectionsString() ask both, and the
+ * user's value wins.
  *
  * @par Example
  * @code
@@ -58,7 +61,7 @@ public:
     qelRegistry() = delete;
 
     /// @name The machine's hive (HKEY_LOCAL_MACHINE)
-    /// `view32` chooses the 32-bit view of the registry.
+    /// A value of the user's does not count here. `view32` chooses the 32-bit view of the registry.
     /// @{
 
     /**
@@ -74,6 +77,7 @@ public:
     /// @}
 
     /// @name The user's hive (HKEY_CURRENT_USER)
+    /// A value of the machine's does not count here.
     /// @{
 
     /// Reads a text exactly as it is stored; 1 when it was read, else 0.

@@ -1,116 +1,103 @@
 #include "config/DatabaseConfiguration.h"
 
-#include <wchar.h>
+#include "config/Literals.h"
 
 namespace
 {
-/// A stretch of text; `begin` is null when there is none.
-struct Span
-{
-    const wchar_t* begin;
-    const wchar_t* end;
-};
+const wchar_t kElement[] = L"<DataSource";
+const wchar_t kElementEnd[] = L"/>";
+const size_t kElementEndLength = 2;
 
-const Span kNone = {nullptr, nullptr};
-
-/// Where `literal` first stands as a whole in `text`; kNone when it does not.
-template <size_t Size> Span find(Span text, const wchar_t (&literal)[Size])
+/// Behind the first `literal` from `text` on, or null; also null when `text` is.
+template <size_t Size> const wchar_t* behind(const wchar_t* text, const wchar_t* end, const wchar_t (&literal)[Size])
 {
-    const size_t length = Size - 1;
-    while (static_cast<size_t>(text.end - text.begin) >= length)
-    {
-        const size_t starts = static_cast<size_t>(text.end - text.begin) - length + 1;
-        const wchar_t* start = wmemchr(text.begin, literal[0], starts);
-        if (start == nullptr)
-        {
-            break;
-        }
-        if (wmemcmp(start, literal, length) == 0)
-        {
-            return {start, start + length};
-        }
-        text.begin = start + 1;
-    }
-    return kNone;
+    const wchar_t* found = text == nullptr ? nullptr : qelLiterals::find(text, end, literal);
+    return found == nullptr ? nullptr : found + Size - 1;
 }
 
 /// As the default set of qelString::TrimLeft(): no carriage return.
 bool isBlank(wchar_t c)
 {
-    return c == L'\t' || c == L'\n' || c == L' ';
+    return qelText::contains(L"\t\n ", 3, c);
 }
 
-Span trimmed(Span text)
+/// Makes `text` the part from `begin` to `end`.
+void set(qelString& text, const wchar_t* begin, const wchar_t* end)
 {
-    while (text.begin < text.end && isBlank(*text.begin))
+    const auto length = static_cast<size_t>(end - begin);
+    // Platforms are nearly always those of the entry before, whose text will do.
+    if (static_cast<size_t>(text.length()) != length || memcmp(text.getStringW(), begin, length * sizeof(wchar_t)) != 0)
     {
-        ++text.begin;
+        // The part has no terminator: the scratch buffer, which has room for any, lends one.
+        memcpy(qelString::qelStringTempBufferWide, begin, length * sizeof(wchar_t));
+        qelString::qelStringTempBufferWide[length] = 0;
+        text = qelString::qelStringTempBufferWide;
     }
-    while (text.begin < text.end && isBlank(text.end[-1]))
+}
+
+/// Sets `value` to what stands between the first two double quotes behind the first `name` in the element, trimmed;
+/// false when there is no such thing.
+template <size_t Size>
+bool readAttribute(const wchar_t* element, const wchar_t* end, const wchar_t (&name)[Size], qelString& value)
+{
+    const wchar_t* begin = behind(behind(element, end, name), end, L"\"");
+    const wchar_t* last = behind(begin, end, L"\"");
+    if (last == nullptr)
     {
-        --text.end;
+        return false;
     }
-    return text;
-}
-
-/// Between the first two double quotes behind the first `name` in the element, trimmed.
-template <size_t Size> Span attribute(Span element, const wchar_t (&name)[Size])
-{
-    const Span found = find(element, name);
-    const Span opening = found.begin == nullptr ? kNone : find({found.end, element.end}, L"\"");
-    const Span closing = opening.begin == nullptr ? kNone : find({opening.end, element.end}, L"\"");
-    return closing.begin == nullptr ? kNone : trimmed({opening.end, closing.begin});
-}
-
-/// A span has no terminator: the scratch buffer, which has room for any part of a text, lends one.
-qelString toString(Span text)
-{
-    const auto length = static_cast<size_t>(text.end - text.begin);
-    wmemcpy(qelString::qelStringTempBufferWide, text.begin, length);
-    qelString::qelStringTempBufferWide[length] = 0;
-    return qelString::qelStringTempBufferWide;
+    --last;
+    while (begin < last && isBlank(*begin))
+    {
+        ++begin;
+    }
+    while (begin < last && isBlank(last[-1]))
+    {
+        --last;
+    }
+    set(value, begin, last);
+    return true;
 }
 } // namespace
 
 DatabaseConfiguration::DatabaseConfiguration(const qelString& text)
     : m_position(nullptr)
-    , m_end(nullptr)
+    , m_end(qelLiterals::find(text, L"</Orvalis>"))
 {
-    const wchar_t* begin = text.getStringW();
-    const Span whole = {begin, begin + text.length()};
-    const Span opening = find(whole, L"<Orvalis>");
-    const Span closing = opening.begin == nullptr ? kNone : find(whole, L"</Orvalis>");
-    // The first closing tag counts even where it stands in front of the opening one: the section then ends before it
-    // begins, and holds nothing.
-    if (closing.begin != nullptr)
+    // The first closing tag counts even where it stands in front of the opening one: the section then holds nothing.
+    if (m_end != nullptr)
     {
-        m_position = opening.end;
-        m_end = closing.begin;
+        m_position = behind(text.getStringW(), m_end, L"<Orvalis>");
     }
+}
+
+long DatabaseConfiguration::mostEntries() const
+{
+    long count = 0;
+    const wchar_t* position = m_position;
+    while ((position = behind(position, m_end, kElement)) != nullptr)
+    {
+        ++count;
+    }
+    return count;
 }
 
 bool DatabaseConfiguration::next(qelDataSource& entry)
 {
-    while (m_position < m_end)
+    while (m_position != nullptr)
     {
-        const Span start = find({m_position, m_end}, L"<DataSource");
+        const wchar_t* element = behind(m_position, m_end, kElement);
         // A "/>" in front of the element belongs to something else and is stepped over with it.
-        const Span close = start.begin == nullptr ? kNone : find({start.end, m_end}, L"/>");
-        if (close.begin == nullptr)
+        m_position = behind(element, m_end, kElementEnd);
+        if (m_position != nullptr)
         {
-            m_position = m_end;
-            break;
-        }
-        m_position = close.end;
-
-        const Span element = {start.end, close.begin};
-        const Span platform = attribute(element, L"Platform");
-        const Span name = attribute(element, L"Name");
-        const Span value = attribute(element, L"Value");
-        if (platform.begin != nullptr && name.begin != nullptr && value.begin != nullptr)
-        {
-            entry = qelDataSource(toString(name), toString(value), toString(platform));
-            return true;
+            const wchar_t* end = m_position - kElementEndLength;
+            if (readAttribute(element, end, L"Platform", entry.m_Platform) &&
+                readAttribute(element, end, L"Name", entry.m_Name) &&
+                readAttribute(element, end, L"Value", entry.m_ConnectionString))
+            {
+                return true;
+            }
         }
     }
     return false;

@@ -2,14 +2,15 @@
 
 #include "qelDataSourcesUtilities.h"
 
+#include "config/DataSourceIndex.h"
 #include "config/DatabaseConfiguration.h"
+#include "config/Literals.h"
+#include "config/OdbcDrivers.h"
 
 #include "qelFileAccess.h"
 #include "qelRegistry.h"
 
 #include <windows.h>
-
-#include <wchar.h>
 
 namespace
 {
@@ -23,32 +24,13 @@ const wchar_t kModelDatabase[] = L"\\Kernel\\Data\\model.mdb";
 const wchar_t kDatabaseKey[] = L"DBQ=";
 const int kDatabaseKeyLength = 4;
 
-bool contains(const qelString& text, const wchar_t* part)
-{
-    return wcsstr(text.getStringW(), part) != nullptr;
-}
+const long kBuiltInSources = 3;
 
 bool namesBuiltIn(const qelString& connectionString)
 {
-    return contains(connectionString, kProfiles) || contains(connectionString, kMapping) ||
-           contains(connectionString, kCurrentProject);
-}
-
-qelString registeredConnectionString(const wchar_t* name)
-{
-    qelString connectionString = qelRegistry::getDatabaseConnectionsString(name);
-    qelDataSourcesUtilities::replaceAlternateDriver(connectionString);
-    return connectionString;
-}
-
-/// Makes room for as many entries again where there is none left: the array's own steps are made for short lists.
-void append(qelArray<qelDataSource>& sources, const qelDataSource& entry)
-{
-    if (sources.length() == sources.physicalLength())
-    {
-        sources.setPhysicalLength(2 * sources.length() + 8);
-    }
-    sources.append(entry);
+    return qelLiterals::find(connectionString, kProfiles) != nullptr ||
+           qelLiterals::find(connectionString, kMapping) != nullptr ||
+           qelLiterals::find(connectionString, kCurrentProject) != nullptr;
 }
 
 /// The text of the file; empty when it cannot be read.
@@ -103,6 +85,7 @@ qelDataSourcesUtilities::qelDataSourcesUtilities(qelString configurationFile)
     {
         *m_pDatabaseConfigurationFilePath = configurationFile;
         m_DataSources.setPhysicalLength(0);
+        DataSourceIndex::clear();
     }
 }
 
@@ -114,24 +97,30 @@ qelDataSourcesUtilities& qelDataSourcesUtilities::operator=(const qelDataSources
 
 int qelDataSourcesUtilities::readConnectionStrings()
 {
-    const qelString profiles = registeredConnectionString(kProfiles);
-    append(m_DataSources, qelDataSource(kProfiles, profiles, kBuiltInPlatform));
-    append(m_DataSources, qelDataSource(kMapping, registeredConnectionString(kMapping), kBuiltInPlatform));
+    qelString profiles = qelRegistry::getDatabaseConnectionsString(kProfiles);
+    (void)Drivers::replaceAlternate(profiles);
+    qelString mapping = qelRegistry::getDatabaseConnectionsString(kMapping);
+    (void)Drivers::replaceAlternate(mapping);
 
     // The current project is opened with the driver and the options of the profile catalogue.
     qelString head;
     qelString databaseFile;
     (void)splitConnectionString(profiles, head, databaseFile);
     const qelString project = head + qelRegistry::getPathData(false) + kModelDatabase;
-    append(m_DataSources, qelDataSource(kCurrentProject, project, kBuiltInPlatform));
 
     const qelString text = readWhole(*m_pDatabaseConfigurationFilePath);
     DatabaseConfiguration configuration(text);
+    // Kept only when it is complete: an entry that is missing would be missing ever after.
+    qelArray<qelDataSource> read(kBuiltInSources + configuration.mostEntries());
+    read.append(qelDataSource(kProfiles, profiles, kBuiltInPlatform));
+    read.append(qelDataSource(kMapping, mapping, kBuiltInPlatform));
+    read.append(qelDataSource(kCurrentProject, project, kBuiltInPlatform));
     for (qelDataSource entry; configuration.next(entry);)
     {
-        (void)replaceAlternateDriver(entry.m_ConnectionString);
-        append(m_DataSources, entry);
+        (void)Drivers::replaceAlternate(entry.m_ConnectionString);
+        read.append(entry);
     }
+    m_DataSources.append(read);
     return static_cast<int>(m_DataSources.length());
 }
 
@@ -139,14 +128,14 @@ int qelDataSourcesUtilities::getConnectionString(qelString name, qelString& conn
 {
     connectionString.empty();
     // Drivers first: reading the catalogue writes driver names.
-    (void)readInstalledOdbcDrivers();
+    (void)Drivers::installed();
     if (m_DataSources.isEmpty() == 1)
     {
         (void)readConnectionStrings();
     }
 
-    long index = 0;
-    if (!m_DataSources.find(qelDataSource(name, qelString(), platform), index))
+    const long index = DataSourceIndex::find(m_DataSources, qelDataSource(name, qelString(), platform));
+    if (index < 0)
     {
         OutputDebugStringW(L"\n Connection string not found for datasource '");
         OutputDebugStringW(name.getStringW());
@@ -170,7 +159,7 @@ int qelDataSourcesUtilities::getConnectionString(qelString name, qelString& conn
         return 0;
     }
     // Deliberately without a look at the path: one that is absolute gets the data folder in front all the same, and
-    // the current project's shows it twice. Installed configurations count on it.
+    // the current project's shows it twice.
     connectionString = head + qelRegistry::getPathData(false) + L"\\" + databaseFile;
     return 1;
 }
@@ -179,20 +168,19 @@ int qelDataSourcesUtilities::splitConnectionString(qelString connectionString, q
 {
     head.empty();
     databaseFile.empty();
-    const int key = connectionString.find(kDatabaseKey, 0);
-    if (key < 0)
+    const wchar_t* key = qelLiterals::find(connectionString, kDatabaseKey);
+    if (key == nullptr)
     {
         return 0;
     }
-    head = connectionString.left(key + kDatabaseKeyLength);
-    databaseFile = connectionString.mid(key + kDatabaseKeyLength);
+    const int file = static_cast<int>(key - connectionString.getStringW()) + kDatabaseKeyLength;
+    head = connectionString.left(file);
+    databaseFile = connectionString.mid(file);
     return 1;
 }
 
 int qelDataSourcesUtilities::getConnectionStringForFile(qelString databaseFile, qelString& connectionString)
 {
-    qelString driver;
-    (void)getOdbcDriverName(driver);
-    connectionString.format(L"DRIVER={%s};UID=;PWD=;DBQ=%s", driver.getStringW(), databaseFile.getStringW());
+    connectionString.format(L"DRIVER={%s};UID=;PWD=;DBQ=%s", Drivers::forNewConnections(), databaseFile.getStringW());
     return 1;
 }

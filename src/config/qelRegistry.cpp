@@ -27,7 +27,7 @@ int qelRegistry::getRegValue(const qelString& key, const qelString& valueName, q
 {
     const RegistryKey opened(HKEY_LOCAL_MACHINE, key.getStringW(), create, viewOf(view32));
     const bool read = opened.query(valueName.getStringW(), value);
-    // Also after a failure: callers rely on their own default losing its backslash.
+    // Deliberately also after a failure: the caller's own default loses its backslash then.
     dropTrailingBackslash(value);
     return read ? 1 : 0;
 }

@@ -11,69 +11,52 @@ namespace
 /// What writers lock is one byte far behind all data, so that nobody is kept from reading or writing the data.
 const DWORD kTurnOffsetHigh = 0x40000000;
 
-/// A writer holds its turn for microseconds. A longer wait means that another program has locked the whole file.
-const ULONGLONG kLongestWait = 2000;
-const int kBusyTries = 100;
+/// A turn takes microseconds. After a longer wait another program has locked the file, and the line must not wait.
+const long long kLongestWaitMilliseconds = 20;
 
-OVERLAPPED turn()
+void takeTurn(HANDLE file, LogPatience& patience)
 {
     OVERLAPPED place = {};
     place.OffsetHigh = kTurnOffsetHigh;
-    return place;
-}
-
-HANDLE handleOf(FILE* file)
-{
-    return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)));
-}
-
-bool lock(HANDLE file)
-{
-    const ULONGLONG begin = GetTickCount64();
-    for (int tries = 0;; ++tries)
+    // Not every file can be locked: a device, some network drives.
+    while (!LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place) &&
+           GetLastError() == ERROR_LOCK_VIOLATION && patience.wait())
     {
-        OVERLAPPED place = turn();
-        if (LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place))
-        {
-            return true;
-        }
-        // Not every file can be locked: a device, some network drives.
-        if (GetLastError() != ERROR_LOCK_VIOLATION || GetTickCount64() - begin >= kLongestWait)
-        {
-            return false;
-        }
-        Sleep(tries < kBusyTries ? 0 : 1);
     }
-}
-
-void unlock(HANDLE file)
-{
-    OVERLAPPED place = turn();
-    UnlockFileEx(file, 0, 1, 0, &place);
 }
 } // namespace
 
-LogStream::LogStream(const qelString& fileName)
-    : m_file(nullptr)
-    , m_locked(false)
+bool LogPatience::wait()
 {
-    qelfopen(&m_file, fileName, L"a+");
-    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): there is nothing to lock before the file is open
-    m_locked = m_file != nullptr && lock(handleOf(m_file));
+    LARGE_INTEGER now = {};
+    QueryPerformanceCounter(&now);
+    if (m_end == 0)
+    {
+        LARGE_INTEGER second = {};
+        QueryPerformanceFrequency(&second);
+        m_end = now.QuadPart + second.QuadPart * kLongestWaitMilliseconds / 1000;
+    }
+    if (now.QuadPart >= m_end)
+    {
+        return false;
+    }
+    // A longer sleep would last a tick of the system's clock, which takes nearly all the time there is.
+    Sleep(0);
+    return true;
+}
+
+LogStream::LogStream(const qelString& fileName, LogPatience& patience)
+    : m_file(_wfopen(fileName.getStringW(), L"a+"))
+{
+    if (m_file != nullptr)
+    {
+        takeTurn(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(m_file))), patience);
+    }
 }
 
 LogStream::~LogStream()
 {
-    if (m_file == nullptr)
-    {
-        return;
-    }
-    (void)fflush(m_file);
-    if (m_locked)
-    {
-        // Closing would do it too, but not where a child process has inherited the file.
-        unlock(handleOf(m_file));
-    }
+    // Writes what is left, then ends the turn.
     qelfclose(m_file);
 }
 

@@ -6,14 +6,26 @@
 
 #include <stdio.h>
 
+/// The time that one call of a host may spend on waiting for other writers: 20 ms in all, whatever it writes.
+class LogPatience
+{
+public:
+    /// Lets others run; false when the time, which begins with the first wait, is over.
+    bool wait();
+
+private:
+    long long m_end = 0; ///< as the performance counter tells time; 0 before the first wait
+};
+
 /**
- * Opens a log file for appending and has it for itself as long as it lives. The runtime seeks to the end and writes in
- * two steps, so that lines of two writers would overwrite each other. At the end everything is in the file.
+ * Opens a log file for appending and has its turn as long as it lives. The runtime seeks to the end and writes in two
+ * steps, and long lines in several pieces, so that lines of two writers would overwrite each other. At the end
+ * everything is in the file. Where no turn is to be had in time, it writes all the same.
  */
 class LogStream
 {
 public:
-    explicit LogStream(const qelString& fileName);
+    LogStream(const qelString& fileName, LogPatience& patience);
     ~LogStream();
 
     LogStream(const LogStream&) = delete;
@@ -30,7 +42,6 @@ public:
 
 private:
     FILE* m_file;
-    bool m_locked; ///< whether this writer has its turn; without one it writes all the same
 };
 
 #endif

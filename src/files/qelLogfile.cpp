@@ -11,7 +11,8 @@ const size_t kTimeCapacity = 80;
 /// Result of the formatted write; 0 when the file cannot be opened.
 int append(const qelString& fileName, const wchar_t* format, const qelString& text)
 {
-    const LogStream log(fileName);
+    LogPatience patience;
+    const LogStream log(fileName, patience);
     if (log.file() == nullptr)
     {
         return 0;

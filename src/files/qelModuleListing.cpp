@@ -111,15 +111,15 @@ void write(const LogStream& log, const qelString& line)
     }
 }
 
-void writeHeading(const qelString& fileName, const PROCESSENTRY32W& process)
+void writeHeading(const qelString& fileName, const PROCESSENTRY32W& process, LogPatience& patience)
 {
-    const LogStream log(fileName);
+    const LogStream log(fileName, patience);
     qelString line;
     write(log, line.format(L"%s PID : %d\n\n\n", process.szExeFile, static_cast<int>(process.th32ProcessID)));
     write(log, line.format(L"%-12s%-10s%-16s%s\n", L"Base", L"Size", L"Version", L"Path"));
 }
 
-void writeRow(const qelString& fileName, const MODULEENTRY32W& module)
+void writeRow(const qelString& fileName, const MODULEENTRY32W& module, LogPatience& patience)
 {
     qelString path(module.szExePath);
     qelString version;
@@ -130,7 +130,7 @@ void writeRow(const qelString& fileName, const MODULEENTRY32W& module)
     const unsigned size = module.modBaseSize;
     qelString line;
     line.format(L"0x%08x  0x%-8x%-16s%s\n", base, size, version.getStringW(), path.getStringW());
-    write(LogStream(fileName), line);
+    write(LogStream(fileName, patience), line);
 }
 } // namespace
 
@@ -156,8 +156,9 @@ void qelLogfile::listModules(const qelString& fileName)
         return;
     }
     const qelString target = LogStream::orCommonLog(fileName);
+    LogPatience patience;
     LogStream::reset(target);
-    writeHeading(target, process);
+    writeHeading(target, process, patience);
 
     const Snapshot modules(TH32CS_SNAPMODULE);
     if (!modules.isValid())
@@ -168,6 +169,6 @@ void qelLogfile::listModules(const qelString& fileName)
     module.dwSize = sizeof(module);
     for (BOOL more = Module32FirstW(modules.handle(), &module); more; more = Module32NextW(modules.handle(), &module))
     {
-        writeRow(target, module);
+        writeRow(target, module, patience);
     }
 }

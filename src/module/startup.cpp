@@ -3,6 +3,7 @@
 //
 // Nothing here has a destructor: the objects must outlive every caller, and their storage goes with the module.
 
+#include "config/DataSourceIndex.h"
 #include "config/OdbcInstaller.h"
 #include "progress/NotificationRound.h"
 #include "progress/ProgressDialog.h"
@@ -46,6 +47,7 @@ Lasting<qelArray<void*>> contextInitiators;
 Lasting<qelArray<qelDebugInterfaces::DebugInfo>> debugInfo;
 Lasting<qelArray<qelDataSource>> dataSources;
 Lasting<qelArray<qelString>> installedOdbcDrivers;
+Lasting<DataSourceIndex::Slots> dataSourceSlots;
 
 alignas(qelProcessEvolutionManager) unsigned char processEvolutionManager[sizeof(qelProcessEvolutionManager)];
 Lasting<qelProgressCtrlWindowController> progressWindowController;
@@ -69,6 +71,8 @@ qelArray<qelDebugInterfaces::DebugInfo>& qelDebugInterfaces::m_Info = debugInfo.
 qelArray<qelDataSource>& qelDataSourcesUtilities::m_DataSources = dataSources.make();
 qelArray<qelString>& qelDataSourcesUtilities::m_InstalledOdbcDrivers = installedOdbcDrivers.make();
 qelString* qelDataSourcesUtilities::m_pDatabaseConfigurationFilePath = nullptr;
+DataSourceIndex::Slots& DataSourceIndex::m_slots = dataSourceSlots.make();
+long DataSourceIndex::m_entries = -1;
 HMODULE OdbcInstaller::m_library = nullptr;
 
 wchar_t qelProductDefines::ms_szOVProductName[kCapacity] = L"Orvalis";

@@ -85,19 +85,28 @@ int qelProgressCtrlWindow::isActive() const
     return m_activity;
 }
 
-int qelProgressCtrlWindow::getActivity() const
+#if defined(__GNUC__) || defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wignored-qualifiers"
+#endif
+// NOLINTBEGIN(readability-const-return-type): part of the exported names for hosts of Visual C++
+const int qelProgressCtrlWindow::getActivity() const
 {
     return m_activity;
 }
 
+const int qelProgressCtrlWindow::getOn() const
+{
+    return m_on;
+}
+// NOLINTEND(readability-const-return-type)
+#if defined(__GNUC__) || defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
+
 void qelProgressCtrlWindow::setActivity(int value)
 {
     m_activity = value;
-}
-
-int qelProgressCtrlWindow::getOn() const
-{
-    return m_on;
 }
 
 void qelProgressCtrlWindow::switchOn()

@@ -4,6 +4,7 @@
 #include "qelDataSourcesUtilities.h"
 
 #include "config/DataSourceFixture.h"
+#include "config/FailingAllocation.h"
 #include "support/FreshProcess.h"
 #include "support/ImportHook.h"
 
@@ -12,6 +13,7 @@
 #include <vector>
 
 using qelTest::Answer;
+using qelTest::failEachAllocation;
 using qelTest::ImportHook;
 using qelTest::kAlternateDriver;
 using qelTest::kDefaultDriver;
@@ -479,6 +481,106 @@ TEST_F(qelDataSourceDrivers, AreUnknownWhateverTheSourcesOfTheCatalogueName)
     configureElements("");
     ask(L"Own");
     EXPECT_EQ(Sources::defaultDriverIsUsedInAllDataSources(), 0);
+}
+
+// Lack of memory. Every function answers as it does when nothing could be found out, throws nothing, and the list is
+// read by the next one that has memory.
+
+class qelDataSourceDriversWithoutMemory : public qelDataSourceDrivers
+{
+protected:
+    qelDataSourceDriversWithoutMemory()
+    {
+        install(L"SQLite3");
+        install(kAlternateDriver);
+        install(kDefaultDriver);
+    }
+
+    int m_result = 0;
+};
+
+TEST_F(qelDataSourceDriversWithoutMemory, AreNeverKnownInPart)
+{
+    const int allocations =
+        failEachAllocation([this] { EXPECT_NO_THROW(m_result = Sources::readInstalledOdbcDrivers()); },
+                           [this](bool failed) { EXPECT_EQ(m_result, failed ? 0 : 3); });
+    EXPECT_GE(allocations, 4) << "three names and a list";
+    EXPECT_EQ(Sources::defaultODBCDriverIsInstalled(), 1);
+}
+
+TEST_F(qelDataSourceDriversWithoutMemory, LeaveTheDefaultDriverUnknown)
+{
+    failEachAllocation([this] { EXPECT_NO_THROW(m_result = Sources::defaultODBCDriverIsInstalled()); },
+                       [this](bool failed) { EXPECT_EQ(m_result, failed ? 0 : 1); });
+}
+
+TEST_F(qelDataSourceDriversWithoutMemory, LeaveTheUseOfTheDefaultDriverUnknown)
+{
+    failEachAllocation([this] { EXPECT_NO_THROW(m_result = Sources::defaultDriverIsUsedInAllDataSources()); },
+                       [this](bool failed) { EXPECT_EQ(m_result, failed ? 0 : 1); });
+}
+
+TEST_F(qelDataSourceDriversWithoutMemory, GiveAnEmptyOrTheDefaultName)
+{
+    qelString name;
+    failEachAllocation(
+        [&] {
+            name = L"";
+            EXPECT_NO_THROW(m_result = Sources::getOdbcDriverName(name));
+        },
+        [&](bool failed) {
+            EXPECT_EQ(m_result, 1);
+            const std::wstring got = name.getStringW();
+            EXPECT_TRUE(got == kDefaultDriver || (failed && got.empty()));
+        });
+}
+
+TEST_F(qelDataSourceDriversWithoutMemory, LeaveAConnectionStringAsItIs)
+{
+    const qelString before = L"DRIVER={Varnel ODBC Driver};UID=";
+    qelString connection;
+    failEachAllocation(
+        [&] {
+            connection = before;
+            EXPECT_NO_THROW(m_result = Sources::replaceAlternateDriver(connection));
+        },
+        [&](bool failed) {
+            EXPECT_EQ(m_result, failed ? 0 : 1);
+            EXPECT_STREQ(connection.getStringW(), failed ? L"DRIVER={Varnel ODBC Driver};UID="
+                                                         : L"DRIVER={Microsoft Access Driver (*.mdb, *.accdb)};UID=");
+        });
+}
+
+TEST_F(qelDataSourceDriversWithoutMemory, LeaveTheFailureOfAConnectionUnexplained)
+{
+    const qelString missing = L"DRIVER={no such driver};DBQ=D:\\no such file.mdb";
+    const int allocations = failEachAllocation([&] { EXPECT_NO_THROW(m_result = Sources::testConnection(missing)); },
+                                               [this](bool failed) { EXPECT_EQ(m_result, failed ? -1 : 0); });
+    EXPECT_GE(allocations, 2) << "both parts of the connection string";
+}
+
+TEST_F(qelDataSourceDriversWithoutMemory, WriteNoWrongNameIntoTheCatalogue)
+{
+    m_drivers.remove(kDefaultDriver);
+    configureElements("<DataSource Name=\"Own\" Platform=\"x64\" "
+                      "Value=\"DRIVER={Microsoft Access Driver (*.mdb, *.accdb)};DBQ=QELMapping2020\"/>");
+    const qelString name = L"Own";
+    const qelString platform = L"x64";
+    qelString connection;
+    failEachAllocation(
+        [&] {
+            try
+            {
+                m_result = m_sources->getConnectionString(name, connection, platform);
+            }
+            catch (...)
+            {
+                m_result = -1;
+            }
+        },
+        [&](bool failed) { EXPECT_EQ(m_result, failed ? -1 : 1); });
+    EXPECT_EQ(ask(L"Own"), (Answer{1, L"DRIVER={Varnel ODBC Driver};DBQ=QELMapping2020"}));
+    EXPECT_EQ(Sources::readInstalledOdbcDrivers(), 2);
 }
 } // namespace
 

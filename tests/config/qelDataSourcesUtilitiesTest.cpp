@@ -1,10 +1,15 @@
 #include "qelDataSourcesUtilities.h"
 
 #include "config/DataSourceFixture.h"
+#include "config/FailingAllocation.h"
 #include "support/DebugOutput.h"
 
 #include <gtest/gtest.h>
 
+#include <locale.h>
+
+#include <algorithm>
+#include <chrono>
 #include <type_traits>
 
 using qelTest::Answer;
@@ -714,5 +719,147 @@ TEST_F(qelDataSourcesText, MayHaveThousandsOfElements)
     EXPECT_EQ(ask(L"S0"), (Answer{0, L"v0"}));
     EXPECT_EQ(ask(L"S4999"), (Answer{0, L"v4999"}));
     EXPECT_EQ(ask(L"S5000"), (Answer{0, L""}));
+}
+
+// Finding one among many
+
+class qelDataSourcesAmongMany : public qelTest::DataSourceTest
+{
+protected:
+    /// Elements "S0", "S1" ... with the values "v0", "v1" ...
+    static std::string elements(int count)
+    {
+        std::string text;
+        for (int i = 0; i < count; ++i)
+        {
+            const std::string number = std::to_string(i);
+            text += "<DataSource Name=\"S" + number + "\" Platform=\"x64\" Value=\"v" + number + "\"/>\n";
+        }
+        return text;
+    }
+
+    /// Shortest time of a search for a name, in microseconds.
+    double fastest(const wchar_t* wanted)
+    {
+        const qelString name = wanted;
+        const qelString platform = L"x64";
+        qelString connection;
+        double best = 1e9;
+        for (int sample = 0; sample < 50; ++sample)
+        {
+            const auto begin = std::chrono::steady_clock::now();
+            for (int i = 0; i < 20; ++i)
+            {
+                m_sources->getConnectionString(name, connection, platform);
+            }
+            const std::chrono::duration<double, std::micro> took = std::chrono::steady_clock::now() - begin;
+            best = std::min(best, took.count() / 20);
+        }
+        EXPECT_EQ(connection.isEmpty(), 0);
+        return best;
+    }
+};
+
+TEST_F(qelDataSourcesAmongMany, AreFoundEachByItsName)
+{
+    configureElements(elements(3000));
+    for (int i = 0; i < 3000; ++i)
+    {
+        const std::wstring number = std::to_wstring(i);
+        ASSERT_EQ(ask((L"s" + number).c_str(), L"X64"), (Answer{0, L"v" + number}));
+    }
+    EXPECT_EQ(ask(L"S3000"), (Answer{0, L""}));
+    EXPECT_EQ(ask(L"S1", L"x86"), (Answer{0, L""}));
+    EXPECT_EQ(ask(L"S1x", L"64"), (Answer{0, L""}));
+    EXPECT_EQ(ask(L"", L""), (Answer{0, L""}));
+}
+
+TEST_F(qelDataSourcesAmongMany, AreTheFirstOfThoseThatAreEqualWithoutRegardToCase)
+{
+    configureElements(elements(500) + "<DataSource Name=\"Kind\" Platform=\"X86\" Value=\"first\"/>" +
+                      "<DataSource Name=\"KIND\" Platform=\"x86\" Value=\"second\"/>" + elements(500) +
+                      "<DataSource Name=\"kind\" Platform=\"x86\" Value=\"third\"/>" +
+                      "<DataSource Name=\"s7\" Platform=\"x64\" Value=\"last\"/>");
+    for (const wchar_t* name : {L"Kind", L"KIND", L"kind", L"kIND"})
+    {
+        EXPECT_EQ(ask(name, L"x86"), (Answer{0, L"first"}));
+    }
+    EXPECT_EQ(ask(L"s7"), (Answer{0, L"v7"}));
+}
+
+TEST_F(qelDataSourcesAmongMany, FollowTheLocaleOfTheQuestionNotThatOfTheFirstOne)
+{
+    configure("\xEF\xBB\xBF" +
+              qelTest::configuration(elements(100) + "<DataSource Name=\"Tr\xC3\xA4ger\" Platform=\"x64\" "
+                                                     "Value=\"v\"/>"));
+    EXPECT_EQ(ask(L"TR\u00C4GER"), (Answer{0, L""})) << "letters from A to Z only";
+    ASSERT_NE(setlocale(LC_CTYPE, "German_Germany.1252"), nullptr);
+    const Answer german = ask(L"TR\u00C4GER");
+    setlocale(LC_CTYPE, "C");
+    EXPECT_EQ(german, (Answer{0, L"v"}));
+}
+
+TEST_F(qelDataSourcesAmongMany, AreForgottenWithTheirFile)
+{
+    configureElements(elements(10));
+    EXPECT_EQ(ask(L"S9"), (Answer{0, L"v9"}));
+    // As many entries again, so that nothing but the names tells one catalogue from the other.
+    std::string others = elements(10);
+    std::replace(others.begin(), others.end(), 'S', 'T');
+    std::string::size_type at = 0;
+    while ((at = others.find("DataTource", at)) != std::string::npos)
+    {
+        others.replace(at, 10, "DataSource");
+    }
+    configureElements(others);
+    EXPECT_EQ(ask(L"T9"), (Answer{0, L"v9"}));
+    EXPECT_EQ(ask(L"S9"), (Answer{0, L""}));
+}
+
+TEST_F(qelDataSourcesAmongMany, TakeNoLongerToFindThanAmongFew)
+{
+    configureElements(elements(10));
+    const double few = fastest(L"S9");
+    configureElements(elements(4000));
+    EXPECT_LT(fastest(L"S3999"), 10 * few);
+}
+
+// Lack of memory
+
+TEST_F(qelDataSourcesAmongMany, AreAllThereAfterAnyFailedAllocation)
+{
+    m_userConnections.setText(L"PelionProfiles2020", L"{Varnel ODBC Driver}PelionProfiles2020;DBQ=p");
+    m_userConnections.setText(L"QELMapping2020", L"{Varnel ODBC Driver}QELMapping2020");
+    const qelString name = L"S11";
+    const qelString platform = L"x64";
+    qelString connection;
+    int failures = 0;
+    for (bool failed = true; failed; failures += failed ? 1 : 0)
+    {
+        configureElements(elements(12));
+        {
+            const qelTest::FailingAllocation failing(failures);
+            try
+            {
+                m_sources->getConnectionString(name, connection, platform);
+            }
+            catch (...)
+            {
+            }
+            failed = failing.happened();
+        }
+        ASSERT_EQ(ask(L"PelionProfiles2020"),
+                  (Answer{1, L"{Microsoft Access Driver (*.mdb, *.accdb)}PelionProfiles2020;DBQ=p"}));
+        ASSERT_EQ(ask(L"QELMapping2020"), (Answer{1, L"{Microsoft Access Driver (*.mdb, *.accdb)}QELMapping2020"}));
+        ASSERT_EQ(ask(L"PelionCurrentProject"),
+                  (Answer{1, L"{Microsoft Access Driver (*.mdb, *.accdb)}PelionProfiles2020;DBQ="
+                             L"D:\\Data\\Kernel\\Data\\model.mdb"}));
+        for (int i = 0; i < 12; ++i)
+        {
+            const std::wstring number = std::to_wstring(i);
+            ASSERT_EQ(ask((L"S" + number).c_str()), (Answer{0, L"v" + number})) << "allocation " << failures;
+        }
+    }
+    EXPECT_GT(failures, 40);
 }
 } // namespace

@@ -13,6 +13,7 @@
 
 #include <stdint.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <vector>
@@ -485,5 +486,37 @@ TEST(qelLogfileListModules, ClosesTheFileAfterEachRow)
     const ImportHook query("GetFileVersionInfoSizeW", &watchRows);
     qelLogfile::listModules(file.path());
     EXPECT_GT(longest, expectedHeading().size());
+}
+
+// Another program has locked the whole log: the listing waits once, not for every row.
+
+double milliseconds()
+{
+    LARGE_INTEGER now = {};
+    LARGE_INTEGER second = {};
+    QueryPerformanceCounter(&now);
+    QueryPerformanceFrequency(&second);
+    return static_cast<double>(now.QuadPart) * 1000 / static_cast<double>(second.QuadPart);
+}
+
+BOOL WINAPI refuseLock(HANDLE, DWORD, DWORD, DWORD, DWORD, OVERLAPPED*)
+{
+    SetLastError(ERROR_LOCK_VIOLATION);
+    return FALSE;
+}
+
+TEST(qelLogfileListModules, WaitsOnceForALockedLog)
+{
+    const TestFile file;
+    const ImportHook lock("LockFileEx", &refuseLock);
+    const double begin = milliseconds();
+    qelLogfile::listModules(file.path());
+    const double lockedOut = milliseconds() - begin;
+    const std::string rows = expectedRows();
+    EXPECT_EQ(file.get(), expectedHeading() + rows);
+    const auto lines = static_cast<double>(std::count(rows.begin(), rows.end(), '\n'));
+    ASSERT_GT(lines, 10);
+    // 20 ms for each row would be more, whatever the rows themselves take.
+    EXPECT_LT(lockedOut, 20 * lines) << lines << " rows";
 }
 } // namespace

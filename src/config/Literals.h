@@ -1,0 +1,24 @@
+// Fixed texts in what the user has written. Not part of the public interface.
+#ifndef QEL_LITERALS_H
+#define QEL_LITERALS_H
+
+#include "qelString.h"
+#include "strings/Text.h"
+
+namespace qelLiterals
+{
+/// Where `literal` first stands in the text from `text` to `end`, or null.
+template <size_t Size> const wchar_t* find(const wchar_t* text, const wchar_t* end, const wchar_t (&literal)[Size])
+{
+    return qelText::find(text, end, literal, Size - 1);
+}
+
+/// The same in a whole text.
+template <size_t Size> const wchar_t* find(const qelString& text, const wchar_t (&literal)[Size])
+{
+    const wchar_t* begin = text.getStringW();
+    return find(begin, begin + text.length(), literal);
+}
+} // namespace qelLiterals
+
+#endif
