@@ -276,7 +276,7 @@ public:
         , m_growLength(8)
         , m_elements(nullptr)
     {
-        *this = other;
+        takeOver(other);
     }
 
     /// Destroys every element.
