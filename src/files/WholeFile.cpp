@@ -20,6 +20,8 @@ enum Form
     kUtf16
 };
 
+const char kControlZ = 0x1A;
+
 const size_t kBlock = 0x10000;
 
 /// No character takes more bytes, nor a carriage return with its line feed.
@@ -30,42 +32,45 @@ size_t smaller(size_t a, size_t b)
     return a < b ? a : b;
 }
 
-/// The first `what` in the text, or its end.
-template <typename Unit> const Unit* find(const Unit* text, const Unit* end, Unit what)
+/// Whether none of the units in a chunk is a carriage return or an end-of-file character.
+template <typename Unit> bool isPlain(__m128i chunk)
 {
-    const ptrdiff_t chunk = sizeof(__m128i) / sizeof(Unit);
-    for (; end - text >= chunk; text += chunk)
-    {
-        const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
-        const __m128i equal = sizeof(Unit) == 1 ? _mm_cmpeq_epi8(units, _mm_set1_epi8(static_cast<char>(what)))
-                                                : _mm_cmpeq_epi16(units, _mm_set1_epi16(static_cast<short>(what)));
-        unsigned long place = 0;
-        if (_BitScanForward(&place, static_cast<unsigned long>(_mm_movemask_epi8(equal))) != 0)
-        {
-            return text + place / sizeof(Unit);
-        }
-    }
-    while (text < end && *text != what)
-    {
-        ++text;
-    }
-    return text;
+    const __m128i special = sizeof(Unit) == 1 ? _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('\r')),
+                                                             _mm_cmpeq_epi8(chunk, _mm_set1_epi8(kControlZ)))
+                                              : _mm_or_si128(_mm_cmpeq_epi16(chunk, _mm_set1_epi16('\r')),
+                                                             _mm_cmpeq_epi16(chunk, _mm_set1_epi16(kControlZ)));
+    return _mm_movemask_epi8(special) == 0;
 }
 
-/// Makes of the text, in place, what a text mode delivers: it ends before an end-of-file character, and "\r\n" is one
-/// line feed. Returns its length.
+/// Makes of the text, in place, what a text mode delivers: "\r\n" is one line feed, and an end-of-file character ends
+/// the text. Returns its length.
 template <typename Unit> size_t translateLines(Unit* text, size_t length, bool& ended)
 {
-    const Unit* const end = find(text, text + length, Unit(0x1A));
-    ended = end != text + length;
+    const ptrdiff_t chunkLength = sizeof(__m128i) / sizeof(Unit);
     Unit* to = text;
-    for (const Unit* from = text; from < end;)
+    const Unit* from = text;
+    const Unit* const end = text + length;
+    while (from < end)
     {
-        const Unit* const next = find(from + 1, end, Unit('\r'));
-        from += *from == '\r' && next - from > 1 && from[1] == '\n' ? 1 : 0;
-        memmove(to, from, static_cast<size_t>(next - from) * sizeof(Unit));
-        to += next - from;
-        from = next;
+        if (end - from >= chunkLength)
+        {
+            // Most of a text takes no more than this.
+            const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+            if (isPlain<Unit>(chunk))
+            {
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(to), chunk);
+                to += chunkLength;
+                from += chunkLength;
+                continue;
+            }
+        }
+        if (*from == kControlZ)
+        {
+            ended = true;
+            break;
+        }
+        from += *from == '\r' && end - from > 1 && from[1] == '\n' ? 1 : 0;
+        *to++ = *from++;
     }
     return static_cast<size_t>(to - text);
 }
@@ -80,14 +85,10 @@ public:
         , m_textMode(textMode)
         , m_ended(false)
         , m_position(start)
-        , m_block(qelString::qelStringTempBuffer)
+        , m_memory(kBlock + kBlock * sizeof(wchar_t))
+        , m_block(m_memory.data())
     {
     }
-
-    ~FileText() { qelText::scrub(m_block, 3 * kBlock); }
-
-    FileText(const FileText&) = delete;
-    FileText& operator=(const FileText&) = delete;
 
     /// Where in the file the next character stands.
     long long position() const { return m_position; }
@@ -101,11 +102,11 @@ public:
         size_t length = bytes / sizeof(Unit);
         if (m_form == kUtf8)
         {
-            wchar_t* const converted = reinterpret_cast<wchar_t*>(m_block + kBlock);
+            auto* const converted = reinterpret_cast<wchar_t*>(m_block + kBlock);
             units = reinterpret_cast<Unit*>(converted);
-            length = bytes == 0 ? 0
-                                : static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, m_block, static_cast<int>(bytes),
-                                                                          converted, kBlock));
+            // No bytes are an error to the call, and give 0 as well.
+            length = static_cast<size_t>(
+                MultiByteToWideChar(CP_UTF8, 0, m_block, static_cast<int>(bytes), converted, kBlock));
         }
         if (m_textMode)
         {
@@ -156,9 +157,8 @@ private:
     bool divides(size_t place, size_t size) const
     {
         const char* const at = m_block + place;
-        return m_form == kUtf8 && (*at & 0xC0) == 0x80
-                   ? true
-                   : m_textMode && memcmp(at - size, "\r", size) == 0 && memcmp(at, "\n", size) == 0;
+        return (m_form == kUtf8 && (*at & 0xC0) == 0x80) ||
+               (m_textMode && memcmp(at - size, "\r", size) == 0 && memcmp(at, "\n", size) == 0);
     }
 
     HANDLE m_file;
@@ -166,7 +166,8 @@ private:
     bool m_textMode;
     bool m_ended; ///< an end-of-file character was met
     long long m_position;
-    char* m_block; ///< bytes of the file, and behind kBlock of them what they are converted to
+    qelText::NarrowBuffer m_memory;
+    char* m_block; ///< kBlock bytes of the file and, behind them, what they are converted to
 };
 
 /// Reads up to `maxLength` units from a source and returns how many there were. `contents` takes the first `capacity`

@@ -68,6 +68,11 @@ FILE* openStream(const wchar_t* fileName, const wchar_t* mode)
     return opened ? stream : nullptr;
 }
 
+bool isHighSurrogate(wchar_t unit)
+{
+    return (unit & 0xFC00) == 0xD800;
+}
+
 /// Writes text that may hold characters outside the basic plane. Where the stream writes UTF-8, the runtime translates
 /// what its buffer holds piece by piece, and spoils a surrogate pair that lies across the end of a piece. So each pair
 /// stands near the start of the buffer: no piece is that short, and the second half may as well come with the next call.
@@ -77,7 +82,7 @@ bool writeUnits(FILE* stream, const wchar_t* text, size_t length)
     size_t behindFlush = shortest;
     for (size_t i = 0; i < length; ++i)
     {
-        if (IS_HIGH_SURROGATE(text[i]) && behindFlush >= shortest)
+        if (isHighSurrogate(text[i]) && behindFlush >= shortest)
         {
             if (fflush(stream) != 0)
             {
@@ -99,7 +104,7 @@ bool writeUnits(FILE* stream, const wchar_t* text, size_t length)
 bool writeText(FILE* stream, const wchar_t* text, size_t length)
 {
     size_t plain = 0;
-    while (plain < length && text[plain] != 0 && text[plain] != WEOF && !IS_HIGH_SURROGATE(text[plain]))
+    while (plain < length && text[plain] != 0 && text[plain] != WEOF && !isHighSurrogate(text[plain]))
     {
         ++plain;
     }
