@@ -36,21 +36,33 @@
  * only; assigning over an open one loses its stream.
  *
  * @par Threads
- * One thread at a time for each object, and for each text as qelString says.
+ * As for qelString: readFile() works in its process-wide buffers.
  *
  * @par Cost
  * That of the runtime's buffered streams: what was written is in the file after close(). readFile() reads a file in one
  * pass; a text has at most 524,288 units, a length is a 32-bit `long`.
  *
  * @par Failure
- * Nothing is thrown but for memory and nothing is reported in words. A failed open leaves isOpen() 0. On a closed
- * object every operation is harmless: what it returns stands with it, and its targets stay as they are unless that says
+ * Nothing is thrown but std::bad_alloc, and nothing is reported in words. A failed open leaves isOpen() 0: the file is
+ * missing, another program has it for itself alone, or there is no room for the byte-order mark. On a closed object
+ * every operation is harmless: what it returns stands with it, and its targets stay as they are unless that says
  * otherwise.
  *
  * @par Encoding
- * The constructor appends the runtime's "ccs=" key for the encoding to the caller's mode. With a key the runtime writes
- * a byte-order mark on new files, skips it on existing ones and lets it choose the translation. Keys act on text modes:
- * in a binary mode ("rb") only readFile() decodes, everything else then reads and writes plain 16-bit units.
+ * The constructor appends the runtime's "ccs=" key for the encoding to the caller's mode. With a key the runtime
+ * begins new files with a byte-order mark (BOM). Of an existing file the BOM decides, and is skipped; without one the
+ * key says what the file holds. What is recognised is UTF-16 (little-endian) and UTF-8 by their BOMs, nothing else:
+ *
+ * | to read or continue | encoding |
+ * |---|---|
+ * | UTF-16 or UTF-8 with a BOM, else ANSI | UNICODE |
+ * | UTF-8 that may have no BOM | UTF8 |
+ * | UTF-16 that may have no BOM | UTF16LE |
+ * | big-endian UTF-16 | none: convert the file first |
+ *
+ * A text mode reads a carriage return with its line feed as one line feed, writes a line feed as both, and ends at a
+ * character 0x1A in every reading operation, readFile() included. Binary modes ("rb") do none of this, and keys have no
+ * effect in them: only readFile() decodes, everything else reads and writes plain 16-bit units.
  */
 class QEL_API qelFileAccess
 {
@@ -62,7 +74,7 @@ public:
     enum encodeType : int
     {
         ANSI = 0,         ///< no key; lines and puts() in the ANSI code page
-        UNICODE = 1,      ///< "ccs=UNICODE": the mark decides, UTF-16 on new files, ANSI where there is none
+        UNICODE = 1,      ///< "ccs=UNICODE": UTF-16 on new files; existing ones without a BOM are ANSI
         UNICODE_TEXT = 1, ///< the same value, for sources in which UNICODE is a macro
         UTF8 = 2,         ///< "ccs=UTF-8"; lines and puts() deliberately carry no more than the ANSI code page has
         UTF16LE = 3       ///< "ccs=UTF-16LE"
@@ -100,13 +112,27 @@ public:
     encodeType getCodingMethod() const;
     /// @}
 
-    /// @name Writing
+    /**
+     * @name Writing
+     * A key decides what a new file holds: UTF8 a BOM and UTF-8, UNICODE and UTF16LE a BOM and UTF-16. A file that has
+     * text already goes on in its own encoding: opened with UTF8 in mode "a", one without a BOM takes UTF-8 and stays
+     * without.
+     *
+     * A character outside the basic plane may come in two calls. Half of one is U+FFFD in UTF-8, and stays as it is in
+     * UTF-16; seek(), getFileLength(), readFile() and close() between the halves part them.
+     *
+     * ANSI, and UNICODE on a file without a BOM, write the code page of the C runtime's locale: a unit that it lacks
+     * makes write() fail there.
+     *
+     * Output is buffered: what goes wrong on the disk may show with a later call only, or not at all in close().
+     */
     /// @{
 
     /**
      * Formatted writing as with `vfwprintf_s`, whatever the encoding: "%s" takes wide text in all three forms, also
      * with a `char` format, which is converted from the ANSI code page first. A null format is the empty one. Returns
-     * the number of units written, negative on error, 0 when no file is open.
+     * the number of units written, negative on error with every encoding, 0 when no file is open. Where memory is short
+     * nothing has been written.
      */
     int write(const char* format, ...) const;
 
@@ -118,8 +144,8 @@ public:
 
     /**
      * Writes the text as it is, without a line end: its wide form for UNICODE and UTF16LE, otherwise its narrow form,
-     * with "?" for what the ANSI code page lacks. Returns a non-negative value, the runtime's end-of-file marker on
-     * error, 0 when no file is open.
+     * with "?" for what the ANSI code page lacks. Returns a non-negative value, EOF on error with every encoding, 0
+     * when no file is open.
      */
     int puts(qelString text) const;
     /// @}
@@ -142,9 +168,9 @@ public:
     qelString getStringW(qelString& line, int maxCount) const;
 
     /**
-     * Reads one token that ends at white space, after any white space before it, as the runtime's wide scanner does:
-     * returns 1 when there was one, 0 when it did not match, EOF at the end of the file. A token of 256 units or more
-     * is refused with 0. Whatever the result, the target is set; it means something only with 1. When no file is open
+     * Reads one token that ends at white space, after any white space before it. Returns what the runtime's wide
+     * scanner does: 1 when there was one, 0 when it did not match, EOF at the end of the file. A token of 256 units or
+     * more is refused with 0. Whatever the result, the target is set; it means something only with 1. When no file is open
      * the result is 0 and the target stays as it is.
      */
     int readString(qelString& token) const;
@@ -155,27 +181,30 @@ public:
     /// Reads a number with point and exponent, likewise.
     int readDouble(double& value) const;
 
-    /// The next wide character, whatever the encoding; WEOF at the end, 0 when no file is open.
+    /// The next wide character, whatever the encoding; WEOF at the end, 0 when no file is open. WEOF is also the value
+    /// of the noncharacter U+FFFF: eof() tells them apart.
     int getc() const;
 
     /// Not 0 once a read has met the end of the file, and when no file is open.
     int eof() const;
 
     /**
-     * Reads the file into `contents`, at most `maxLength` units, and returns how many units were read: 16-bit units for
-     * text with a mark, bytes for text in the ANSI code page. Of more than 524,288 units `contents` keeps the first
-     * 524,288. It is empty, and the result 0, when no file is open or nothing could be read.
+     * Reads the file into `contents`, at most `maxLength` units, and returns how many units were read: 16-bit units of
+     * UTF-16 and UTF-8, bytes of ANSI text. Of more than 524,288 units `contents` keeps the first 524,288. It is empty,
+     * and the result 0, when no file is open or nothing could be read. It is empty as well when memory runs out; the
+     * stream then stays usable, anywhere in the file.
      *
-     * With a key (UNICODE, UTF8, UTF16LE) the whole file is read from its start: UTF-16LE or UTF-8 as its mark says,
-     * without the mark, or ANSI text when it has none, line ends as the stream's text mode delivers them. Needs a file
-     * that can be positioned, so no pipe.
+     * With a key (UNICODE, UTF8, UTF16LE) the whole file is read from its start, in the encoding that its BOM or else
+     * the key says, without the BOM. Bytes that are no UTF-8 become U+FFFD. A swapped BOM, FE FF, counts as FF FE. Needs
+     * a file that can be positioned, so no pipe.
      *
      * Without a key the bytes from the current position count:
      * - 0 and 1 are FF FE or FE FF: UTF-16 in the machine's order follows, in both cases.
      * - 2 to 4, deliberately not the first three, are EF BB BF: UTF-16 in the machine's order follows them.
      * - Otherwise the position goes to the start of the file, and its bytes are text in the ANSI code page.
      *
-     * One pass over the file; memory for the text that is kept, whatever `maxLength` is.
+     * One pass over the file; memory for the text that is kept, whatever `maxLength` is. Reading goes on behind the
+     * units that were read.
      */
     size_t readFile(qelString& contents, size_t maxLength) const;
     /// @}

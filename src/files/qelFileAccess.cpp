@@ -1,8 +1,6 @@
 #include "qelFileAccess.h"
 
-#include "files/EncodedStream.h"
-#include "files/WorkBuffer.h"
-#include "strings/CodePage.h"
+#include "files/WholeFile.h"
 #include "strings/Text.h"
 
 #include <direct.h>
@@ -29,6 +27,11 @@ const size_t kTokenUnits = 256;
 bool isWide(qelFileAccess::encodeType encoding)
 {
     return encoding == qelFileAccess::UNICODE_TEXT || encoding == qelFileAccess::UTF16LE;
+}
+
+bool hasKey(qelFileAccess::encodeType encoding)
+{
+    return isWide(encoding) || encoding == qelFileAccess::UTF8;
 }
 
 const wchar_t* openModeKey(qelFileAccess::encodeType encoding)
@@ -65,15 +68,81 @@ FILE* openStream(const wchar_t* fileName, const wchar_t* mode)
     return opened ? stream : nullptr;
 }
 
-int writeFormatted(FILE* stream, const wchar_t* format, va_list args)
+bool isHighSurrogate(wchar_t unit)
 {
-    return stream == nullptr ? 0 : vfwprintf_s(stream, format == nullptr ? L"" : format, args);
+    return (unit & 0xFC00) == 0xD800;
 }
 
-/// The scanner's result. At the end of the file, behind nothing but white space, some runtimes do not say EOF.
-int scanned(FILE* stream, int result)
+/// Writes text that may hold characters outside the basic plane. Where the stream writes UTF-8, the runtime translates
+/// what its buffer holds piece by piece, and spoils a surrogate pair that lies across the end of a piece. So each pair
+/// stands near the start of the buffer: no piece is that short, and the second half may as well come with the next call.
+bool writeUnits(FILE* stream, const wchar_t* text, size_t length)
 {
-    return result == 0 && feof(stream) != 0 ? EOF : result;
+    const size_t shortest = 64;
+    size_t behindFlush = shortest;
+    for (size_t i = 0; i < length; ++i)
+    {
+        if (isHighSurrogate(text[i]) && behindFlush >= shortest)
+        {
+            if (fflush(stream) != 0)
+            {
+                return false;
+            }
+            behindFlush = 0;
+        }
+        // The failure has the value of a character that can be written.
+        if (fputwc(text[i], stream) == WEOF && text[i] != WEOF)
+        {
+            return false;
+        }
+        ++behindFlush;
+    }
+    return true;
+}
+
+/// Whether the whole text went into a stream with a key.
+bool writeText(FILE* stream, const wchar_t* text, size_t length)
+{
+    size_t plain = 0;
+    while (plain < length && text[plain] != 0 && text[plain] != WEOF && !isHighSurrogate(text[plain]))
+    {
+        ++plain;
+    }
+    if (plain < length)
+    {
+        return writeUnits(stream, text, length);
+    }
+    const int result = fputws(text, stream);
+    return result >= 0 && result != WEOF;
+}
+
+/// vfwprintf_s of a stream with a key.
+int writeFormattedByKey(FILE* stream, const wchar_t* format, va_list args)
+{
+    va_list again;
+    va_copy(again, args);
+    const int length = _vscwprintf(format, again);
+    va_end(again);
+    if (length < 0)
+    {
+        // Let the runtime refuse it in its own way.
+        return vfwprintf_s(stream, format, args);
+    }
+    const size_t capacity = static_cast<size_t>(length) + 1;
+    const qelText::NarrowBuffer memory(capacity * sizeof(wchar_t));
+    auto* const text = reinterpret_cast<wchar_t*>(memory.data());
+    const int made = vswprintf_s(text, capacity, format, args);
+    return made >= 0 && writeText(stream, text, static_cast<size_t>(made)) ? made : -1;
+}
+
+int writeFormatted(FILE* stream, qelFileAccess::encodeType encoding, const wchar_t* format, va_list args)
+{
+    if (stream == nullptr)
+    {
+        return 0;
+    }
+    const wchar_t* const used = format == nullptr ? L"" : format;
+    return hasKey(encoding) ? writeFormattedByKey(stream, used, args) : vfwprintf_s(stream, used, args);
 }
 
 /// Reads one number; `value` is set whatever the result.
@@ -86,61 +155,7 @@ template <typename Number> int readNumber(FILE* stream, const wchar_t* format, N
     Number number = 0;
     const int result = fwscanf_s(stream, format, &number);
     value = number;
-    return scanned(stream, result);
-}
-
-/// fread, with the result kept within its bounds: at an end-of-file character some runtimes return -1.
-size_t readElements(FILE* stream, void* target, size_t size, size_t count)
-{
-    const size_t got = fread(target, size, count, stream);
-    return got <= count ? got : 0;
-}
-
-/// Reads and drops up to `count` elements and returns how many there were.
-size_t skipElements(FILE* stream, size_t size, size_t count)
-{
-    unsigned char dropped[1024];
-    size_t skipped = 0;
-    while (skipped < count)
-    {
-        const size_t left = count - skipped;
-        const size_t room = sizeof dropped / size;
-        const size_t wanted = left < room ? left : room;
-        const size_t got = readElements(stream, dropped, size, wanted);
-        skipped += got;
-        if (got < wanted)
-        {
-            break;
-        }
-    }
-    qelText::scrub(dropped, sizeof dropped);
-    return skipped;
-}
-
-/// Reads up to `maxLength` units, of which at most `kept` go into `contents`, and returns how many there were.
-template <typename Unit> size_t readUnits(FILE* stream, qelString& contents, size_t maxLength, size_t kept)
-{
-    qelWorkBuffer<Unit> text(maxLength < kept ? maxLength : kept);
-    const size_t got = readElements(stream, text.units(), sizeof(Unit), text.capacity());
-    contents = text.end(got);
-    return got < text.capacity() ? got : got + skipElements(stream, sizeof(Unit), maxLength - got);
-}
-
-/// readFile() of a stream without a key.
-size_t readBytes(FILE* stream, qelString& contents, size_t maxLength)
-{
-    unsigned char mark[3] = {};
-    if (readElements(stream, mark, 1, 2) == 2 && qelEncodedStream::isUtf16Mark(mark))
-    {
-        return readUnits<wchar_t>(stream, contents, maxLength, qelText::kCapacity);
-    }
-    // Kept as callers know it: there is no rewind, so the mark is looked for behind the first two bytes.
-    if (readElements(stream, mark, 1, 3) == 3 && qelEncodedStream::isUtf8Mark(mark))
-    {
-        return readUnits<wchar_t>(stream, contents, maxLength, qelText::kCapacity);
-    }
-    (void)fseek(stream, 0, SEEK_SET);
-    return readUnits<char>(stream, contents, maxLength, qelCodePage::mostBytes());
+    return result;
 }
 } // namespace
 
@@ -189,7 +204,7 @@ int qelFileAccess::write(const char* format, ...) const
     const qelString wideFormat(format);
     va_list args;
     va_start(args, format);
-    const int written = writeFormatted(m_stream, wideFormat.getStringW(), args);
+    const int written = writeFormatted(m_stream, m_encoding, wideFormat.getStringW(), args);
     va_end(args);
     return written;
 }
@@ -198,7 +213,7 @@ int qelFileAccess::write(const wchar_t* format, ...) const
 {
     va_list args;
     va_start(args, format);
-    const int written = writeFormatted(m_stream, format, args);
+    const int written = writeFormatted(m_stream, m_encoding, format, args);
     va_end(args);
     return written;
 }
@@ -207,7 +222,7 @@ int qelFileAccess::write(const unsigned short* format, ...) const
 {
     va_list args;
     va_start(args, format);
-    const int written = writeFormatted(m_stream, qelText::wide(format), args);
+    const int written = writeFormatted(m_stream, m_encoding, qelText::wide(format), args);
     va_end(args);
     return written;
 }
@@ -218,18 +233,13 @@ int qelFileAccess::puts(qelString text) const
     {
         return 0;
     }
-    if (isWide(m_encoding))
+    if (!hasKey(m_encoding))
     {
-        return fputws(text.getStringW(), m_stream);
+        return fputs(text.getStringA(), m_stream);
     }
-    if (m_encoding == UTF8)
-    {
-        // The stream translates and takes wide text only: hand it what the narrow form stands for. The wide call's
-        // failure is not negative.
-        const int result = fputws(qelString(text.getStringA()).getStringW(), m_stream);
-        return result == static_cast<int>(WEOF) ? EOF : result;
-    }
-    return fputs(text.getStringA(), m_stream);
+    // The stream takes wide text only. UTF8 hands it what the narrow form stands for.
+    const qelString wide = m_encoding == UTF8 ? qelString(text.getStringA()) : text;
+    return writeText(m_stream, wide.getStringW(), static_cast<size_t>(wide.length())) ? 0 : EOF;
 }
 
 size_t qelFileAccess::read(void* buffer, size_t size, size_t count) const
@@ -238,7 +248,7 @@ size_t qelFileAccess::read(void* buffer, size_t size, size_t count) const
     {
         return 0;
     }
-    return readElements(m_stream, buffer, size, count);
+    return fread(buffer, size, count, m_stream);
 }
 
 qelString qelFileAccess::getStringW(qelString& line, int maxCount) const
@@ -288,7 +298,7 @@ int qelFileAccess::readString(qelString& token) const
     const int result = fwscanf_s(m_stream, L"%s", buffer, static_cast<unsigned>(kTokenUnits));
     token = buffer;
     qelText::scrub(buffer, sizeof buffer);
-    return scanned(m_stream, result);
+    return result;
 }
 
 int qelFileAccess::readInt(int& value) const
@@ -313,13 +323,13 @@ int qelFileAccess::eof() const
 
 size_t qelFileAccess::readFile(qelString& contents, size_t maxLength) const
 {
+    contents.empty();
     if (m_stream == nullptr)
     {
-        contents.empty();
         return 0;
     }
-    return qelEncodedStream::hasKey(m_encoding) ? qelEncodedStream::readFile(m_stream, m_encoding, contents, maxLength)
-                                                : readBytes(m_stream, contents, maxLength);
+    return hasKey(m_encoding) ? qelWholeFile::readByKey(m_stream, m_encoding, contents, maxLength)
+                              : qelWholeFile::read(m_stream, contents, maxLength);
 }
 
 int qelFileAccess::seek(long offset, int origin) const

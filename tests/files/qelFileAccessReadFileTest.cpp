@@ -2,14 +2,17 @@
 
 #include "qelFileAccess.h"
 
+#include "support/ImportHook.h"
 #include "support/MemorySearch.h"
 #include "support/TestFile.h"
 
 #include <gtest/gtest.h>
 
 #include <stdint.h>
+#include <stdlib.h>
 #include <wchar.h>
 
+#include <new>
 #include <string>
 #include <thread>
 
@@ -57,28 +60,37 @@ Read readContent(const std::string& content, const wchar_t* mode, qelFileAccess:
 
 const qelFileAccess::encodeType kKeys[] = {qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF8, qelFileAccess::UTF16LE};
 
-/// The three forms that text has in a file, made from text of the ANSI code page.
+/// The forms that text has in a file. Without a mark it is what the key says, with UNICODE text in the ANSI code page.
 enum Form
 {
     kUtf16,
     kUtf8,
-    kPlain
+    kUnmarked
 };
-const Form kForms[] = {kUtf16, kUtf8, kPlain};
+const Form kForms[] = {kUtf16, kUtf8, kUnmarked};
 
-std::string inForm(Form form, const std::wstring& text)
+std::string inCodePage(UINT codePage, const std::wstring& text)
 {
-    if (form == kUtf16)
-    {
-        return utf16(L"\xFEFF" + text);
-    }
-    const UINT codePage = form == kUtf8 ? CP_UTF8 : CP_ACP;
     const int length = static_cast<int>(text.size());
     std::string result(text.size() * 4, 0);
     const int made = WideCharToMultiByte(codePage, 0, text.data(), length, &result[0], static_cast<int>(result.size()),
                                          nullptr, nullptr);
     result.resize(static_cast<size_t>(made));
-    return form == kUtf8 ? "\xEF\xBB\xBF" + result : result;
+    return result;
+}
+
+std::string inForm(Form form, const std::wstring& text, qelFileAccess::encodeType key)
+{
+    if (form == kUtf16)
+    {
+        return utf16(L"\xFEFF" + text);
+    }
+    if (form == kUtf8)
+    {
+        return "\xEF\xBB\xBF" + inCodePage(CP_UTF8, text);
+    }
+    return key == qelFileAccess::UTF16LE ? utf16(text)
+                                         : inCodePage(key == qelFileAccess::UTF8 ? CP_UTF8 : CP_ACP, text);
 }
 
 /// What the stream itself delivers, character by character.
@@ -98,10 +110,10 @@ TEST(qelFileAccessReadFileWithKey, DeliversTextWholeAndWithoutItsMark)
     {
         for (const Form form : kForms)
         {
-            EXPECT_EQ(readContent(inForm(form, L"A\r\n\x00E9\x20AC"), L"r", key), (Read{4, L"A\n\x00E9\x20AC"}));
+            EXPECT_EQ(readContent(inForm(form, L"A\r\n\x00E9\x20AC", key), L"r", key), (Read{4, L"A\n\x00E9\x20AC"}));
         }
-        EXPECT_EQ(readContent(inForm(kUtf16, L"\x4E2D\xD83D\xDE00"), L"r", key), (Read{3, L"\x4E2D\xD83D\xDE00"}));
-        EXPECT_EQ(readContent(inForm(kUtf8, L"\x4E2D\xD83D\xDE00"), L"r", key), (Read{3, L"\x4E2D\xD83D\xDE00"}));
+        EXPECT_EQ(readContent(inForm(kUtf16, L"\x4E2D\xD83D\xDE00", key), L"r", key), (Read{3, L"\x4E2D\xD83D\xDE00"}));
+        EXPECT_EQ(readContent(inForm(kUtf8, L"\x4E2D\xD83D\xDE00", key), L"r", key), (Read{3, L"\x4E2D\xD83D\xDE00"}));
     }
 }
 
@@ -123,7 +135,7 @@ TEST(qelFileAccessReadFileWithKey, LeavesLineEndsAndEndOfFileCharactersAloneInBi
     {
         for (const Form form : kForms)
         {
-            EXPECT_EQ(readContent(inForm(form, L"A\r\n\x1A\x20AC"), L"rb", key), (Read{5, L"A\r\n\x1A\x20AC"}));
+            EXPECT_EQ(readContent(inForm(form, L"A\r\n\x1A\x20AC", key), L"rb", key), (Read{5, L"A\r\n\x1A\x20AC"}));
         }
     }
 }
@@ -154,7 +166,7 @@ TEST(qelFileAccessReadFileWithKey, TranslatesLineEndsTheSameInAllForms)
         {
             for (const Form form : kForms)
             {
-                EXPECT_EQ(readContent(inForm(form, item.inFile), L"r", key), item.read) << form;
+                EXPECT_EQ(readContent(inForm(form, item.inFile, key), L"r", key), item.read) << form;
             }
         }
     }
@@ -166,20 +178,40 @@ TEST(qelFileAccessReadFileWithKey, EndsAtAnEndOfFileCharacter)
     {
         for (const Form form : kForms)
         {
-            EXPECT_EQ(readContent(inForm(form, L"ab\x1Axy"), L"r", key), (Read{2, L"ab"}));
-            EXPECT_EQ(readContent(inForm(form, L"\r\x1A"), L"r", key), (Read{1, L"\r"}));
-            EXPECT_EQ(readContent(inForm(form, L"\x1A"), L"r", key), (Read{0, L""}));
+            EXPECT_EQ(readContent(inForm(form, L"ab\x1Axy", key), L"r", key), (Read{2, L"ab"}));
+            EXPECT_EQ(readContent(inForm(form, L"\r\x1A", key), L"r", key), (Read{1, L"\r"}));
+            EXPECT_EQ(readContent(inForm(form, L"\x1A", key), L"r", key), (Read{0, L""}));
         }
     }
 }
 
 TEST(qelFileAccessReadFileWithKey, CountsUnitsBehindAZeroThatEndsTheText)
 {
-    for (const Form form : kForms)
+    for (const qelFileAccess::encodeType key : kKeys)
     {
-        EXPECT_EQ(readContent(inForm(form, std::wstring(L"ab\0cd", 5)), L"r", qelFileAccess::UNICODE_TEXT),
-                  (Read{5, L"ab"}));
+        for (const Form form : kForms)
+        {
+            EXPECT_EQ(readContent(inForm(form, std::wstring(L"ab\0cd", 5), key), L"r", key), (Read{5, L"ab"}));
+        }
     }
+}
+
+TEST(qelFileAccessReadFileWithKey, TakesTextWithoutAMarkForWhatTheKeySays)
+{
+    for (const wchar_t* mode : {L"r", L"rb"})
+    {
+        const std::string utf8 = "<\xC3\xA9\xE2\x82\xAC\xE4\xB8\xAD\xF0\x9F\x98\x80>";
+        EXPECT_EQ(readContent(utf8, mode, qelFileAccess::UTF8), (Read{7, L"<\x00E9\x20AC\x4E2D\xD83D\xDE00>"}));
+        EXPECT_EQ(readContent(utf16(L"<\x00E9\x4E2D\xD83D\xDE00>"), mode, qelFileAccess::UTF16LE),
+                  (Read{6, L"<\x00E9\x4E2D\xD83D\xDE00>"}));
+        EXPECT_EQ(readContent("<\xE9\x80>", mode, qelFileAccess::UNICODE_TEXT), (Read{4, L"<\x00E9\x20AC>"}));
+        // Units whose first bytes look like the mark of another encoding.
+        EXPECT_EQ(readContent("\xEB\xAF\xAF\xC2\xBF", mode, qelFileAccess::UTF8), (Read{2, L"\xBBEF\x00BF"}));
+    }
+    // Half a unit is none.
+    EXPECT_EQ(readContent("abc", L"r", qelFileAccess::UTF16LE), (Read{1, L"\x6261"}));
+    EXPECT_EQ(readContent("a", L"r", qelFileAccess::UTF16LE), (Read{0, L""}));
+    EXPECT_EQ(readContent("\xE4", L"r", qelFileAccess::UTF8), (Read{1, L"\xFFFD"}));
 }
 
 TEST(qelFileAccessReadFileWithKey, ReadsShortAndMalformedFiles)
@@ -229,11 +261,7 @@ TEST(qelFileAccessReadFileWithKey, ReadsShortAndMalformedFiles)
         {bytes("\xEF\xBB\xBF\xF0\x9F\x98"), {1, L"\xFFFD"}},
         {bytes("\xEF\xBB\xBF\xF0\x9F\x98\xC3\xA9"), {2, L"\xFFFD\x00E9"}},
         {bytes("\xEF\xBB\xBF\xC3\r\n"), {2, L"\xFFFD\n"}},
-        // UTF-8: overlong forms, surrogates, beyond the last character, and the limits of each length.
-        {bytes("\xEF\xBB\xBF\xE0\x9F\xBF"), {3, L"\xFFFD\xFFFD\xFFFD"}},
-        {bytes("\xEF\xBB\xBF\xF0\x8F\xBF\xBF"), {4, L"\xFFFD\xFFFD\xFFFD\xFFFD"}},
-        {bytes("\xEF\xBB\xBF\xED\xA0\x80"), {3, L"\xFFFD\xFFFD\xFFFD"}},
-        {bytes("\xEF\xBB\xBF\xF4\x90\x80\x80"), {4, L"\xFFFD\xFFFD\xFFFD\xFFFD"}},
+        // UTF-8: the limits of each length.
         {bytes("\xEF\xBB\xBF\x7F\xC2\x80\xDF\xBF"), {3, L"\x007F\x0080\x07FF"}},
         {bytes("\xEF\xBB\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF"), {4, L"\x0800\xD7FF\xE000\xFFFF"}},
         {bytes("\xEF\xBB\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"), {4, L"\xD800\xDC00\xDBFF\xDFFF"}},
@@ -241,10 +269,23 @@ TEST(qelFileAccessReadFileWithKey, ReadsShortAndMalformedFiles)
     };
     for (const auto& item : cases)
     {
-        for (const qelFileAccess::encodeType key : kKeys)
+        EXPECT_EQ(readContent(item.inFile, L"r", qelFileAccess::UNICODE_TEXT), item.read) << &item - &cases[0];
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, MakesReplacementCharactersOfWhatIsNotUtf8)
+{
+    // Overlong forms, a surrogate, and what lies beyond the last character. How many there are is the system's matter.
+    for (const char* wrong : {"\xE0\x9F\xBF", "\xF0\x8F\xBF\xBF", "\xED\xA0\x80", "\xF4\x90\x80\x80"})
+    {
+        wchar_t replaced[8] = {};
+        ASSERT_GT(MultiByteToWideChar(CP_UTF8, 0, wrong, -1, replaced, 8), 1);
+        const std::wstring expected = std::wstring(L"<") + replaced + L">";
+        EXPECT_NE(expected.find(L'\xFFFD'), std::wstring::npos);
+        for (const char* mark : {"", "\xEF\xBB\xBF"})
         {
-            EXPECT_EQ(readContent(item.inFile, L"r", key), item.read)
-                << "key " << key << ", case " << &item - &cases[0];
+            EXPECT_EQ(readContent(std::string(mark) + "<" + wrong + ">", L"r", qelFileAccess::UTF8),
+                      (Read{expected.size(), expected}));
         }
     }
 }
@@ -262,13 +303,16 @@ TEST(qelFileAccessReadFileWithKey, AgreesWithWhatTheStreamDelivers)
             seed = seed * 1664525 + 1013904223;
             text += L"a\r\n\x00E9\x4E2D\r\n\n"[seed >> 16 & 7];
         }
-        for (const Form form : {kUtf16, kUtf8})
+        for (const qelFileAccess::encodeType key : kKeys)
         {
-            TestFile onDisk(inForm(form, text));
-            const qelFileAccess characters(onDisk.path(), L"r", qelFileAccess::UNICODE_TEXT);
-            const std::wstring expected = readCharacters(characters);
-            const qelFileAccess whole(onDisk.path(), L"r", qelFileAccess::UNICODE_TEXT);
-            EXPECT_EQ(readFile(whole, 1000), (Read{expected.size(), expected})) << round;
+            for (const Form form : kForms)
+            {
+                TestFile onDisk(inForm(form, text, key));
+                const qelFileAccess characters(onDisk.path(), L"r", key);
+                const std::wstring expected = readCharacters(characters);
+                const qelFileAccess whole(onDisk.path(), L"r", key);
+                EXPECT_EQ(readFile(whole, 1000), (Read{expected.size(), expected})) << round;
+            }
         }
     }
 }
@@ -278,38 +322,73 @@ TEST(qelFileAccessReadFileWithKey, IsTheSameWhereverTheBlocksEnd)
     // However long a block is, its ends fall on every place of the sequence.
     for (size_t shift = 0; shift < 12; ++shift)
     {
-        for (const Form form : kForms)
+        for (const qelFileAccess::encodeType key : kKeys)
         {
-            std::wstring text(shift, L'x');
-            std::wstring expected = text;
-            while (text.size() < 200000)
+            std::wstring inFile(shift, L'x');
+            std::wstring expected = inFile;
+            while (inFile.size() < 200000)
             {
-                text += form == kPlain ? L"\r\n\x20AC\r" : L"\r\n\xD83D\xDE00\x20AC\r";
-                expected += form == kPlain ? L"\n\x20AC\r" : L"\n\xD83D\xDE00\x20AC\r";
+                inFile += key == qelFileAccess::UNICODE_TEXT ? L"\r\n\x20AC\r" : L"\r\n\xD83D\xDE00\x20AC\r";
+                expected += key == qelFileAccess::UNICODE_TEXT ? L"\n\x20AC\r" : L"\n\xD83D\xDE00\x20AC\r";
             }
-            const Read read = readContent(inForm(form, text), L"r", qelFileAccess::UTF8, 1000000);
-            EXPECT_EQ(read.count, expected.size()) << shift << ' ' << form;
-            EXPECT_TRUE(read.text == expected) << shift << ' ' << form;
+            for (const Form form : kForms)
+            {
+                const std::string content = inForm(form, inFile, key);
+                const Read text = readContent(content, L"r", key, 1000000);
+                EXPECT_EQ(text.count, expected.size()) << shift << ' ' << form;
+                EXPECT_TRUE(text.text == expected) << shift << ' ' << form;
+                const Read binary = readContent(content, L"rb", key, 1000000);
+                EXPECT_EQ(binary.count, inFile.size()) << shift << ' ' << form;
+                EXPECT_TRUE(binary.text == inFile) << shift << ' ' << form;
+            }
         }
     }
 }
 
+TEST(qelFileAccessReadFileWithKey, ReadsBytesThatAreNoUtf8FromAnyBlock)
+{
+    // One replacement character for each byte: none of them can begin a character, and none is skipped.
+    const std::string stray(300001, '\x80');
+    EXPECT_EQ(readContent(stray, L"r", qelFileAccess::UTF8, 1000000), (Read{300001, std::wstring(300001, L'\xFFFD')}));
+    EXPECT_EQ(readContent(stray, L"r", qelFileAccess::UTF8, 3), (Read{3, std::wstring(3, L'\xFFFD')}));
+}
+
 TEST(qelFileAccessReadFileWithKey, CutsAtMaxLength)
 {
-    for (const Form form : kForms)
+    for (const qelFileAccess::encodeType key : kKeys)
     {
-        const std::string content = inForm(form, L"a\r\n\r\nb\x00E9");
-        const qelFileAccess::encodeType key = qelFileAccess::UNICODE_TEXT;
-        EXPECT_EQ(readContent(content, L"r", key, 0), (Read{0, L""}));
-        EXPECT_EQ(readContent(content, L"r", key, 1), (Read{1, L"a"}));
-        EXPECT_EQ(readContent(content, L"r", key, 2), (Read{2, L"a\n"}));
-        EXPECT_EQ(readContent(content, L"r", key, 3), (Read{3, L"a\n\n"}));
-        EXPECT_EQ(readContent(content, L"r", key, 4), (Read{4, L"a\n\nb"}));
-        EXPECT_EQ(readContent(content, L"r", key, 5), (Read{5, L"a\n\nb\x00E9"}));
-        EXPECT_EQ(readContent(content, L"r", key, SIZE_MAX), (Read{5, L"a\n\nb\x00E9"}));
+        for (const Form form : kForms)
+        {
+            const std::string content = inForm(form, L"a\r\n\r\nb\x00E9", key);
+            const std::wstring expected = L"a\n\nb\x00E9";
+            for (size_t length = 0; length <= expected.size(); ++length)
+            {
+                EXPECT_EQ(readContent(content, L"r", key, length), (Read{length, expected.substr(0, length)}));
+            }
+            EXPECT_EQ(readContent(content, L"r", key, SIZE_MAX), (Read{5, expected}));
+        }
     }
-    EXPECT_EQ(readContent(inForm(kUtf8, L"\xD83D\xDE00"), L"r", qelFileAccess::UTF8, 1), (Read{1, L"\xD83D"}));
-    EXPECT_EQ(readContent(inForm(kUtf16, L"\xD83D\xDE00"), L"r", qelFileAccess::UTF8, 1), (Read{1, L"\xD83D"}));
+    EXPECT_EQ(readContent("\xF0\x9F\x98\x80", L"r", qelFileAccess::UTF8, 1), (Read{1, L"\xD83D"}));
+    EXPECT_EQ(readContent(utf16(L"\xD83D\xDE00"), L"r", qelFileAccess::UTF16LE, 1), (Read{1, L"\xD83D"}));
+}
+
+TEST(qelFileAccessReadFileWithKey, GoesOnBehindEveryLengthOfText)
+{
+    const std::wstring inFile = L"a\r\n\r\n\x4E2D\r\x20AC-\x00E9\x00E9\x4E2D\x4E2D\r\n0123456789\r\n.";
+    const std::wstring expected = L"a\n\n\x4E2D\r\x20AC-\x00E9\x00E9\x4E2D\x4E2D\n0123456789\n.";
+    for (const qelFileAccess::encodeType key : {qelFileAccess::UTF8, qelFileAccess::UTF16LE})
+    {
+        for (const Form form : kForms)
+        {
+            for (size_t length = 0; length <= expected.size(); ++length)
+            {
+                TestFile onDisk(inForm(form, inFile, key));
+                const qelFileAccess file(onDisk.path(), L"r", key);
+                EXPECT_EQ(readFile(file, length), (Read{length, expected.substr(0, length)}));
+                EXPECT_EQ(readCharacters(file), expected.substr(length)) << key << ' ' << form << ' ' << length;
+            }
+        }
+    }
 }
 
 TEST(qelFileAccessReadFileWithKey, GoesOnBehindWhatWasRead)
@@ -318,7 +397,7 @@ TEST(qelFileAccessReadFileWithKey, GoesOnBehindWhatWasRead)
     {
         for (const Form form : {kUtf16, kUtf8})
         {
-            TestFile onDisk(inForm(form, L"a\r\n\x00E9\r\n\x20AC\r\n"));
+            TestFile onDisk(inForm(form, L"a\r\n\x00E9\r\n\x20AC\r\n", key));
             const qelFileAccess file(onDisk.path(), L"r", key);
             EXPECT_EQ(readFile(file, 2), (Read{2, L"a\n"}));
             EXPECT_EQ(file.eof(), 0);
@@ -337,7 +416,7 @@ TEST(qelFileAccessReadFileWithKey, MeetsTheEndOfTheFileWhenItAsksForMore)
         {
             for (const wchar_t* text : {L"ab", L"ab\x1Axy"})
             {
-                TestFile onDisk(inForm(form, text));
+                TestFile onDisk(inForm(form, text, key));
                 const qelFileAccess file(onDisk.path(), L"r", key);
                 EXPECT_EQ(readFile(file, 2).count, 2u);
                 EXPECT_EQ(file.eof(), 0);
@@ -352,8 +431,9 @@ TEST(qelFileAccessReadFileWithKey, ReadsTheWholeFileFromAnyPosition)
 {
     for (const Form form : kForms)
     {
-        TestFile onDisk(inForm(form, L"one\r\ntwo\r\n"));
-        qelFileAccess file(onDisk.path(), L"r", qelFileAccess::UNICODE_TEXT);
+        const qelFileAccess::encodeType key = qelFileAccess::UNICODE_TEXT;
+        TestFile onDisk(inForm(form, L"one\r\ntwo\r\n", key));
+        qelFileAccess file(onDisk.path(), L"r", key);
         qelString line;
         file.getStringW(line, 100);
         EXPECT_EQ(readFile(file, 100), (Read{8, L"one\ntwo\n"}));
@@ -367,7 +447,7 @@ TEST(qelFileAccessReadFileWithKey, KeepsTheTranslationOfTheStream)
 {
     for (const qelFileAccess::encodeType key : kKeys)
     {
-        TestFile onDisk(inForm(kUtf8, L"ab"));
+        TestFile onDisk(inForm(kUtf8, L"ab", key));
         {
             qelFileAccess file(onDisk.path(), L"r+", key);
             EXPECT_EQ(readFile(file, 100), (Read{2, L"ab"}));
@@ -379,14 +459,14 @@ TEST(qelFileAccessReadFileWithKey, KeepsTheTranslationOfTheStream)
     }
     for (const qelFileAccess::encodeType key : {qelFileAccess::UTF8, qelFileAccess::UTF16LE})
     {
-        TestFile onDisk(bytes("ab"));
+        TestFile onDisk(inForm(kUnmarked, L"ab", key));
         {
             qelFileAccess file(onDisk.path(), L"r+", key);
             EXPECT_EQ(readFile(file, 100), (Read{2, L"ab"}));
             EXPECT_EQ(file.seek(0, 2), 0);
             EXPECT_EQ(file.write(L"\x00E9"), 1);
         }
-        EXPECT_EQ(onDisk.get(), key == qelFileAccess::UTF8 ? bytes("ab\xC3\xA9") : bytes("ab\xE9\0"));
+        EXPECT_EQ(onDisk.get(), inForm(kUnmarked, L"ab\x00E9", key));
     }
 }
 
@@ -464,7 +544,7 @@ TEST(qelFileAccessReadFileWithKey, ReadsAFileByItsLengthInBytes)
     }
     for (const Form form : kForms)
     {
-        TestFile onDisk(inForm(form, text));
+        TestFile onDisk(inForm(form, text, qelFileAccess::UNICODE_TEXT));
         qelFileAccess file(onDisk.path(), L"r", qelFileAccess::UNICODE_TEXT);
         const long length = file.getFileLength();
         ASSERT_GT(length, 0);
@@ -481,9 +561,57 @@ TEST(qelFileAccessReadFileWithKey, CutsTextAtItsGreatestLengthAndCountsOn)
         const std::wstring kept = text.substr(0, 524288);
         for (const Form form : kForms)
         {
-            EXPECT_EQ(readContent(inForm(form, text), L"r", qelFileAccess::UNICODE_TEXT, SIZE_MAX),
+            EXPECT_EQ(readContent(inForm(form, text, qelFileAccess::UNICODE_TEXT), L"r", qelFileAccess::UNICODE_TEXT,
+                                  SIZE_MAX),
                       (Read{length, kept}));
         }
+    }
+}
+
+/// Refuses blocks of this size and more.
+size_t refusedFrom = SIZE_MAX;
+
+void* limitedMalloc(size_t size)
+{
+    return size >= refusedFrom ? nullptr : malloc(size);
+}
+
+TEST(qelFileAccessReadFileWithKey, LeavesEmptyTextAndAUsableStreamWhenMemoryIsShort)
+{
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        for (const Form form : kForms)
+        {
+            const std::wstring text(1000, L'x');
+            TestFile onDisk(inForm(form, text, key));
+            const qelFileAccess file(onDisk.path(), L"r", key);
+            qelString contents(L"left over");
+            {
+                const qelTest::ImportHook hook("malloc", &limitedMalloc);
+                refusedFrom = 2000;
+                EXPECT_THROW(file.readFile(contents, 2000), std::bad_alloc);
+                refusedFrom = SIZE_MAX;
+            }
+            EXPECT_EQ(contents.isEmpty(), 1);
+            EXPECT_EQ(readFile(file, 2000), (Read{1000, text}));
+        }
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, GivesWhatIsLeftOfAFileThatShrank)
+{
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        TestFile onDisk(inForm(kUtf8, L"0123456789", key));
+        qelFileAccess file(onDisk.path(), L"r", key);
+        const long length = file.getFileLength();
+        const HANDLE other = CreateFileW(onDisk.widePath().c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                         nullptr, OPEN_EXISTING, 0, nullptr);
+        ASSERT_NE(other, INVALID_HANDLE_VALUE);
+        SetFilePointer(other, 5, nullptr, FILE_BEGIN);
+        EXPECT_NE(SetEndOfFile(other), 0);
+        CloseHandle(other);
+        EXPECT_EQ(readFile(file, static_cast<size_t>(length)), (Read{2, L"01"}));
     }
 }
 
@@ -551,6 +679,25 @@ TEST(qelFileAccessReadFile, ReadsOtherFilesThroughTheAnsiCodePage)
     EXPECT_EQ(readContent(bytes("a\xE9\x80\r\n"), L"rb", qelFileAccess::ANSI), (Read{5, L"a\x00E9\x20AC\r\n"}));
     EXPECT_EQ(readContent(bytes("a\xE9\x80\r\n"), L"r", qelFileAccess::ANSI), (Read{4, L"a\x00E9\x20AC\n"}));
     EXPECT_EQ(readContent(bytes("ab\0cd"), L"rb", qelFileAccess::ANSI), (Read{5, L"ab"}));
+}
+
+TEST(qelFileAccessReadFile, LeavesEmptyTextAndAUsableStreamWhenMemoryIsShort)
+{
+    for (const std::string& content : {std::string(1000, 'x'), "\xFF\xFE" + utf16(std::wstring(1000, L'x'))})
+    {
+        TestFile onDisk(content);
+        const qelFileAccess file(onDisk.path(), L"rb", qelFileAccess::ANSI);
+        qelString contents(L"left over");
+        {
+            const qelTest::ImportHook hook("malloc", &limitedMalloc);
+            refusedFrom = 2000;
+            EXPECT_THROW(file.readFile(contents, 2000), std::bad_alloc);
+            refusedFrom = SIZE_MAX;
+        }
+        EXPECT_EQ(contents.isEmpty(), 1);
+        EXPECT_EQ(file.seek(0, 0), 0);
+        EXPECT_EQ(readFile(file, 2000), (Read{1000, std::wstring(1000, L'x')}));
+    }
 }
 
 TEST(qelFileAccessReadFile, ReadsShortAndMalformedFiles)
@@ -646,7 +793,7 @@ TEST(qelFileAccessReadFile, CutsTextAtItsGreatestLengthAndCountsOn)
         EXPECT_EQ(readContent("ab\xEF\xBB\xBF" + wide, L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{length, kept}));
         EXPECT_EQ(readContent("\xFF\xFE" + wide, L"rb", qelFileAccess::ANSI, 524290),
                   (Read{length < 524290 ? length : 524290, kept}));
-        EXPECT_EQ(readContent(inForm(kPlain, text), L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{length, kept}));
+        EXPECT_EQ(readContent(inCodePage(CP_ACP, text), L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{length, kept}));
     }
 }
 

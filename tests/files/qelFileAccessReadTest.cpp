@@ -2,6 +2,7 @@
 
 #include "qelFileAccess.h"
 
+#include "WineDifferences.h"
 #include "support/TestFile.h"
 
 #include <gtest/gtest.h>
@@ -76,14 +77,13 @@ TEST(qelFileAccessRead, ReturnsZeroWhereThereIsNothingToReadInto)
     EXPECT_EQ(buffer[0], '0');
 }
 
-TEST(qelFileAccessRead, NeverReturnsMoreThanAskedFor)
+TEST(qelFileAccessRead, EndsAtAnEndOfFileCharacter)
 {
-    // Some runtimes return -1 at an end-of-file character.
     TestFile onDisk(bytes("\xEF\xBB\xBF\x1A"
                           "abc"));
     const qelFileAccess file(onDisk.path(), L"r", qelFileAccess::UTF8);
     char buffer[4] = {};
-    EXPECT_EQ(file.read(buffer, 1, 4), 0u);
+    EXPECT_EQ(file.read(buffer, 1, 4), qelTest::readAtEndOfFileCharacter());
 }
 
 TEST(qelFileAccessLines, KeepsTheLineFeedAndTranslatesLineEnds)
@@ -240,7 +240,7 @@ TEST(qelFileAccessTokens, ReadsMixedTokensAcrossLines)
         EXPECT_EQ(file.readDouble(real), 0);
         EXPECT_EQ(file.readString(token), 1);
         EXPECT_STREQ(token.getStringW(), L"end");
-        EXPECT_EQ(file.readString(token), EOF);
+        EXPECT_EQ(file.readString(token), qelTest::scannedBehindBlanks());
         EXPECT_EQ(file.readDouble(real), EOF);
     }
 }
@@ -274,19 +274,24 @@ TEST(qelFileAccessTokens, TakesTokensOf255UnitsAndRefusesLongerOnes)
 
 TEST(qelFileAccessTokens, GivesTheEndOfFileMarkerForEmptyFilesAndBlanks)
 {
+    const struct
+    {
+        const char* content;
+        int expected;
+    } cases[] = {{"", EOF}, {" \t\r\n ", qelTest::scannedBehindBlanks()}};
     for (const qelFileAccess::encodeType encoding : kAll)
     {
-        for (const char* content : {"", " \t\r\n "})
+        for (const auto& item : cases)
         {
-            TestFile onDisk(encoded(encoding, content));
+            TestFile onDisk(encoded(encoding, item.content));
             qelString token(L"old");
-            EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", encoding).readString(token), EOF);
+            EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", encoding).readString(token), item.expected);
             EXPECT_EQ(token.isEmpty(), 1);
             int integer = 77;
-            EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", encoding).readInt(integer), EOF);
+            EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", encoding).readInt(integer), item.expected);
             EXPECT_NE(integer, 77);
             double real = 77;
-            EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", encoding).readDouble(real), EOF);
+            EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", encoding).readDouble(real), item.expected);
             EXPECT_NE(real, 77);
         }
     }
@@ -338,5 +343,18 @@ TEST(qelFileAccessCharacters, AreWideWhateverTheEncoding)
     }
     TestFile onDisk(bytes("\xEF\xBB\xBF\xE4\xB8\xAD"));
     EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", qelFileAccess::UTF8).getc(), 0x4E2D);
+}
+
+// The character has the value of the end-of-file marker.
+TEST(qelFileAccessCharacters, EndAtTheNoncharacterFFFF)
+{
+    TestFile onDisk(utf16(L"\xFEFF"
+                          L"a\xFFFF"
+                          L"b"));
+    const qelFileAccess file(onDisk.path(), L"r", qelFileAccess::UTF16LE);
+    EXPECT_EQ(file.getc(), 'a');
+    EXPECT_EQ(file.getc(), static_cast<int>(WEOF));
+    EXPECT_EQ(file.eof(), 0);
+    EXPECT_EQ(file.getc(), 'b');
 }
 } // namespace

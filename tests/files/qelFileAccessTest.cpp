@@ -75,6 +75,34 @@ TEST(qelFileAccess, KeepsTheEncodingWhenTheOpenFails)
     EXPECT_EQ(file.getCodingMethod(), qelFileAccess::UTF8);
 }
 
+TEST(qelFileAccess, DoesNotOpenWhatAnotherHasForItselfAlone)
+{
+    TestFile onDisk(bytes("abc"));
+    const HANDLE other = CreateFileW(onDisk.widePath().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(other, INVALID_HANDLE_VALUE);
+    for (const int encoding : {0, 1, 2, 3})
+    {
+        for (const wchar_t* mode : {L"r", L"w", L"a", L"r+"})
+        {
+            const qelFileAccess file(onDisk.path(), mode, static_cast<qelFileAccess::encodeType>(encoding));
+            EXPECT_EQ(file.isOpen(), 0) << mode << encoding;
+        }
+    }
+    CloseHandle(other);
+    EXPECT_EQ(onDisk.get(), "abc");
+}
+
+TEST(qelFileAccess, KeepsTheFileFromGoingWhileItIsOpen)
+{
+    TestFile onDisk(bytes("abc"));
+    qelFileAccess file(onDisk.path(), L"r", qelFileAccess::UNICODE_TEXT);
+    EXPECT_EQ(qelFileAccess::removeFile(onDisk.path()), -1);
+    EXPECT_EQ(file.getc(), 'a');
+    file.close();
+    EXPECT_EQ(qelFileAccess::removeFile(onDisk.path()), 0);
+    EXPECT_EQ(qelFileAccess(onDisk.path(), L"r", qelFileAccess::UNICODE_TEXT).isOpen(), 0);
+}
+
 TEST(qelFileAccess, FailsSilentlyForModesThatTheRuntimeDoesNotKnow)
 {
     TestFile onDisk(bytes("text"));
