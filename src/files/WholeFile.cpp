@@ -242,7 +242,7 @@ size_t qelWholeFile::read(FILE* stream, qelString& contents, size_t maxLength)
     {
         return collectWide(units, contents, maxLength);
     }
-    // Kept as callers know it: there is no rewind, so the mark is looked for behind the first two bytes.
+    // Deliberately no rewind: this mark is looked for behind the first two bytes.
     if (fread(mark, 1, 3, stream) == 3 && isUtf8Mark(mark))
     {
         return collectWide(units, contents, maxLength);
