@@ -239,7 +239,7 @@ public:
     /// @}
 
 private:
-    class Round;
+    class EndUnderWay;
 
     qelProcessEvolutionManager();
     virtual ~qelProcessEvolutionManager();

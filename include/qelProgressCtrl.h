@@ -161,8 +161,12 @@ public:
     /// Puts the built-in window into the list. Deliberately switched off: a program that never asks sees no dialog.
     qelProgressCtrlWindowController();
 
-    qelProgressCtrlWindowController(const qelProgressCtrlWindowController&) = delete;
-    qelProgressCtrlWindowController& operator=(const qelProgressCtrlWindowController&) = delete;
+    /// The same windows in the same order, except that the copy's own built-in window, in the state of the other one,
+    /// takes its place.
+    qelProgressCtrlWindowController(const qelProgressCtrlWindowController& other);
+
+    /// Takes over the windows and the state of the built-in one, as the copy does.
+    qelProgressCtrlWindowController& operator=(const qelProgressCtrlWindowController& other);
 
     /// As qelProgressCtrl::appendOutputWindow().
     int append(qelProgressCtrlWindow* window);

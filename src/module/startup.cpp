@@ -4,7 +4,7 @@
 // Nothing here has a destructor: the objects must outlive every caller, and their storage goes with the module.
 
 #include "config/OdbcInstaller.h"
-#include "progress/NotificationRound.h"
+#include "progress/EndUnderWay.h"
 #include "progress/ProgressDialog.h"
 #include "qelDataSourcesUtilities.h"
 #include "qelDebugInterfaces.h"
@@ -84,7 +84,7 @@ const double qelMathUtilities::PI = acos(-1.0);
 // Made here and not in Lasting: only the class itself may construct it.
 qelProcessEvolutionManager* qelProcessEvolutionManager::m_pProcessEvolutionManager =
     new (static_cast<void*>(processEvolutionManager), qelPlacement()) qelProcessEvolutionManager();
-qelProcessEvolutionManager::Round* qelProcessEvolutionManager::Round::m_innermost = nullptr;
+qelProcessEvolutionManager::EndUnderWay* qelProcessEvolutionManager::EndUnderWay::m_innermost = nullptr;
 
 qelProgressCtrlWindowController* qelProgressCtrl::m_ProgressCtrlWindowController = &progressWindowController.make();
 HWND ProgressDialog::m_dialog = nullptr;
