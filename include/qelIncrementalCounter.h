@@ -109,7 +109,7 @@ public:
     qelIncrementalCounter(const qelIncrementalCounter&) = default;
 
     /// Takes over configuration, code and count.
-    qelIncrementalCounter& operator=(const qelIncrementalCounter&) = default;
+    qelIncrementalCounter& operator=(const qelIncrementalCounter& other);
 
     /// Releases its texts.
     virtual ~qelIncrementalCounter();
