@@ -65,7 +65,9 @@ public:
 
     /**
      * Runs `left` or `right` on each entry from the one in `top` down to the slot `end`, by the side on which the
-     * descent went on; `top` last, since only there the change may end and links may change.
+     * descent went on. The entries below `top` come first and leave the flag at 1: all of them are balanced after an
+     * insertion and heavy after a removal, and such entries pass a change of height on. Only at `top` may the change
+     * end and may links change.
      */
     static void check(qelBalancedTreeEntry*& top, qelBalancedTreeEntry* const* end, Check& left, Check& right,
                       int& flag)

@@ -35,11 +35,16 @@ void assign(qelArray<wchar_t>& characters, const wchar_t* code, long length)
     }
 }
 
-/// What appending the characters one by one to an empty text gives: a NUL adds nothing, and a text that would outgrow
-/// the limit fails and is empty again.
+/// What appending the characters, which end with a terminator, one by one to an empty text gives: a NUL among them adds
+/// nothing, and a text that would outgrow the limit fails and is empty again.
 qelString join(const wchar_t* characters, long positions)
 {
-    qelNumbering::TextBuffer code(static_cast<size_t>(positions));
+    const auto count = static_cast<size_t>(positions);
+    if (count < qelText::kCapacity && wcsnlen(characters, count) == count)
+    {
+        return qelString(characters);
+    }
+    qelNumbering::TextBuffer code(count);
     size_t length = 0;
     for (long i = 0; i < positions; ++i)
     {
@@ -122,6 +127,7 @@ qelIncrementalCounter::eIncrementStatus qelIncrementalCounter::increment()
     {
         memcpy(code, &m_characters[0], static_cast<size_t>(length) * sizeof(wchar_t));
     }
+    code[length] = 0;
     int carry = isRefused ? 0 : 1;
     for (long i = length - 1; i >= 0 && carry == 1; --i)
     {

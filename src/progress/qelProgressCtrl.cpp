@@ -53,8 +53,8 @@ qelProgressCtrlWindowController::qelProgressCtrlWindowController(const qelProgre
     *this = other;
 }
 
-qelProgressCtrlWindowController&
-qelProgressCtrlWindowController::operator=(const qelProgressCtrlWindowController& other)
+qelProgressCtrlWindowController& qelProgressCtrlWindowController::operator=(
+    const qelProgressCtrlWindowController& other)
 {
     m_windows = other.m_windows;
     m_defaultWindow = other.m_defaultWindow;

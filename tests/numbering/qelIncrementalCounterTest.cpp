@@ -434,8 +434,8 @@ template <class Action> int runOutOfMemoryAt(const wchar_t* code, Action action)
     Probe probe = counter(record(L"7", L"0", 10, L"4"));
     probe.setCounterString(code);
     const Seen before(probe);
-    const int failures = qelTest::failEveryAllocation([&] { action(probe); },
-                                                      [&] { EXPECT_TRUE(Seen(probe) == before); });
+    const int failures =
+        qelTest::failEveryAllocation([&] { action(probe); }, [&] { EXPECT_TRUE(Seen(probe) == before); });
     EXPECT_FALSE(Seen(probe) == before);
     return failures;
 }
@@ -454,8 +454,8 @@ TEST(qelIncrementalCounterWithoutMemory, DoesNotCountARefusedStepThatFails)
 {
     Probe probe = counter(record(L"7", L"0", 10, L"", 2));
     probe.increment();
-    const int failures = qelTest::failEveryAllocation(
-        [&] { EXPECT_EQ(probe.increment(), Counter::eMaxCountReached); }, [&] { EXPECT_EQ(probe.callCount(), 1); });
+    const int failures = qelTest::failEveryAllocation([&] { EXPECT_EQ(probe.increment(), Counter::eMaxCountReached); },
+                                                      [&] { EXPECT_EQ(probe.callCount(), 1); });
     EXPECT_EQ(probe.callCount(), 2);
     EXPECT_EQ(probe.code(), L"8");
     EXPECT_LE(failures, 1);
@@ -481,8 +481,8 @@ TEST(qelIncrementalCounterWithoutMemory, KeepsItsStateWhenTheResetFails)
     brief.setCounterString(L"x");
     probe = brief; // with one slot only
     const Seen before(probe);
-    const int failures = qelTest::failEveryAllocation([&] { probe.reset(); },
-                                                      [&] { EXPECT_TRUE(Seen(probe) == before); });
+    const int failures =
+        qelTest::failEveryAllocation([&] { probe.reset(); }, [&] { EXPECT_TRUE(Seen(probe) == before); });
     EXPECT_EQ(failures, 1);
     EXPECT_EQ(probe.code(), L"a long start value");
 }

@@ -208,12 +208,13 @@ TEST_F(qelProgressControl, AListStaysAsItIsWhenAnotherOneCannotBeTakenOver)
     Recorder added(1);
     other.append(&added);
     other.defaultWindow().setTitle(L"Other");
-    const int failures = qelTest::failEveryAllocation([&] { list = other; }, [&] {
-        EXPECT_EQ(list.windows().length(), 1);
-        qelString title;
-        list.defaultWindow().getTitle(title);
-        EXPECT_EQ(title.isEmpty(), 1);
-    });
+    const int failures = qelTest::failEveryAllocation([&] { list = other; },
+                                                      [&] {
+                                                          EXPECT_EQ(list.windows().length(), 1);
+                                                          qelString title;
+                                                          list.defaultWindow().getTitle(title);
+                                                          EXPECT_EQ(title.isEmpty(), 1);
+                                                      });
     EXPECT_EQ(failures, 1);
     EXPECT_EQ(list.windows().length(), 2);
 }
