@@ -75,6 +75,7 @@ qelIncrementalCounter::qelIncrementalCounter()
 qelIncrementalCounter::~qelIncrementalCounter() = default;
 
 // What takes memory comes first in all of them, so that a call that fails has changed nothing.
+// NOLINTNEXTLINE(modernize-use-equals-default): the default goes by the order of the fields
 qelIncrementalCounter& qelIncrementalCounter::operator=(const qelIncrementalCounter& other)
 {
     m_characters = other.m_characters;
@@ -129,9 +130,9 @@ qelIncrementalCounter::eIncrementStatus qelIncrementalCounter::increment()
     }
     code[length] = 0;
     int carry = isRefused ? 0 : 1;
-    for (long i = length - 1; i >= 0 && carry == 1; --i)
+    for (long i = length; i > 0 && carry == 1; --i)
     {
-        code[i] = incrementAtPosition(code[i], m_data.excludedCharacters, carry);
+        code[i - 1] = incrementAtPosition(code[i - 1], m_data.excludedCharacters, carry);
     }
     if (carry == 1)
     {

@@ -187,7 +187,7 @@ qelString qelNumberCreator::getNextNumber()
 {
     // Both texts first: no number is lost when memory runs out.
     const qelString following = next(m_current, m_dataRange, m_numberingType);
-    qelString number = join(m_prefix, m_current, m_suffix);
+    const qelString number = join(m_prefix, m_current, m_suffix);
     m_current = following;
     return number;
 }

@@ -51,6 +51,7 @@ public:
     /// The largest of one or more roots.
     double largest() const
     {
+        // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.Assign): the caller says why there is one
         double result = m_roots[0];
         for (int i = 1; i < m_count; ++i)
         {

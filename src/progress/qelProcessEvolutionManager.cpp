@@ -24,7 +24,7 @@ class Round
 {
 public:
     explicit Round(const Displays& registered)
-        : m_registered(registered)
+        : m_registered(&registered)
         , m_displays(registered)
     {
     }
@@ -34,7 +34,7 @@ public:
     {
         for (long i = 0; i < m_displays.length(); ++i)
         {
-            if (m_displays[i] != nullptr && isRegistered(m_registered, m_displays[i]))
+            if (m_displays[i] != nullptr && isRegistered(*m_registered, m_displays[i]))
             {
                 tell(*m_displays[i]);
             }
@@ -42,8 +42,8 @@ public:
     }
 
 private:
-    const Displays& m_registered;
-    const Displays m_displays;
+    const Displays* m_registered;
+    Displays m_displays;
 };
 
 void tellEnd(const Displays& displays, int key)
