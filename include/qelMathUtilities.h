@@ -30,8 +30,8 @@
  *
  * @par Failure
  * Degenerate input gives 0 roots; nothing is reported. A coefficient that is not a number takes whatever branch its
- * comparisons lead to. Where one root is much larger than another, the small one is wrong: each has an error in about the
- * 16th digit of the largest (roots 1, 10,000,000 and 1e14 give -8274 for the 1).
+ * comparisons lead to. Where one root is much larger than another, the small one is wrong: each has an error in about
+ * the 16th digit of the largest (roots 1, 10,000,000 and 1e14 give -8274 for the 1).
  *
  * @warning QuadraticSolver() deliberately computes its discriminant as `b*b - 4*a*b`. Where `a` is not near zero it
  * thus solves `a*x*x + b*x + b = 0`, and `c` takes no part. The other two solvers build on it, and so do their callers.

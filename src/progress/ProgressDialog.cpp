@@ -45,8 +45,8 @@ bool ProgressDialog::open(const wchar_t* title)
     const INITCOMMONCONTROLSEX classes = {sizeof(classes), ICC_PROGRESS_CLASS};
     InitCommonControlsEx(&classes);
     const HWND dialog = CreateDialogParamW(qelModule::handle(), MAKEINTRESOURCEW(IDD_PROGRESS), nullptr, procedure, 0);
-    // Messages of a dialog in the making, and the message box of createBar(), can reach code of the host: hooks, timers.
-    // That code may have closed the dialog or opened another one in its place.
+    // Messages of a dialog in the making, and the message box of createBar(), can reach code of the host: hooks and
+    // timers. That code may have closed the dialog or opened another one in its place.
     if (dialog == nullptr || dialog != m_dialog)
     {
         return false;

@@ -155,8 +155,8 @@ int qelProcessEvolutionManager::registerDisplay(ProgressDisplayProtocol* display
     const long number = m_displays.length();
     m_displays.append(display);
 
-    // The display may take itself out of the list at any time. Processes that register meanwhile are told to it by their
-    // own registration.
+    // The display may take itself out of the list at any time. Processes that register meanwhile are told to it by
+    // their own registration.
     const int running = display == nullptr ? 0 : getNumberOfActiveProcesses();
     for (int key = 0; key < running && isRegistered(m_processes, key) && isRegistered(m_displays, display); ++key)
     {
