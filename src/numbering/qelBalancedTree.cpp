@@ -130,19 +130,18 @@ const qelBalancedTreeEntry* qelBalancedTreeEntry::search(const qelBalancedTreeEn
     const qelBalancedTreeEntry* entry = this;
     while (entry != nullptr)
     {
-        switch (entry->compare(key))
+        const int side = entry->compare(key);
+        if (side == 0)
         {
-        case -1:
-            entry = entry->m_left;
-            break;
-        case 0:
             return entry;
-        case 1:
-            entry = entry->m_right;
-            break;
-        default:
+        }
+        if (side != -1 && side != 1)
+        {
             return nullptr;
         }
+        const qelBalancedTreeEntry* const left = entry->m_left;
+        const qelBalancedTreeEntry* const right = entry->m_right;
+        entry = side < 0 ? left : right;
     }
     return nullptr;
 }
