@@ -73,14 +73,12 @@ static_assert(sizeof(StructIncrementalCounter) == 104, "three integers and five 
  * counter.getCounterString();         // == L"J"
  * @endcode
  *
- * @par Ownership
- * A counter owns its configuration and its code; copies are independent.
- *
  * @par Cost
  * A step is O(length of the code), and one allocation for the new text.
  *
  * @par Failure
  * `eMaxCountReached` is the only refusal. A code past the length limit of qelString fails as its concatenation does.
+ * When memory runs out, the counter stays as it was.
  *
  * @par Rules that surprise, and are meant
  * - `maxCount` counts values, the start value among them, so N allows N - 1 steps; 0 allows none and -1 any number.
@@ -109,7 +107,7 @@ public:
     qelIncrementalCounter(const qelIncrementalCounter&) = default;
 
     /// Takes over configuration, code and count.
-    qelIncrementalCounter& operator=(const qelIncrementalCounter&) = default;
+    qelIncrementalCounter& operator=(const qelIncrementalCounter& other);
 
     /// Releases its texts.
     virtual ~qelIncrementalCounter();

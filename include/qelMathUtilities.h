@@ -25,15 +25,13 @@
  * qelDouble::round(roots[2], 9, 0.0);                  // == 2.0
  * @endcode
  *
- * @par Threads
- * Any, with one list of roots each.
- *
  * @par Cost
- * Constant; the only allocations are the storage of the roots and, for degree four, of two temporary arrays.
+ * Constant; the only allocation is the storage of the roots, where there is none yet.
  *
  * @par Failure
  * Degenerate input gives 0 roots; nothing is reported. A coefficient that is not a number takes whatever branch its
- * comparisons lead to.
+ * comparisons lead to. Where one root is much larger than another, the small one is wrong: each has an error in about
+ * the 16th digit of the largest (roots 1, 10,000,000 and 1e14 give -8274 for the 1).
  *
  * @warning QuadraticSolver() deliberately computes its discriminant as `b*b - 4*a*b`. Where `a` is not near zero it
  * thus solves `a*x*x + b*x + b = 0`, and `c` takes no part. The other two solvers build on it, and so do their callers.

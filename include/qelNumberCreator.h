@@ -88,7 +88,8 @@ static_assert(sizeof(StructNumberingDataRange) == 80, "two integers and four tex
  * A number is O(its length), with one allocation for the result and one for the next running code.
  *
  * @par Failure
- * Refusals are `eCodeNotSet`. A number past the length limit of qelString fails as its concatenation does.
+ * Refusals are `eCodeNotSet`. A number past the length limit of qelString fails as its concatenation does. When memory
+ * runs out, no number is lost: the next call returns the one that could not be made.
  *
  * @par Rules that surprise, and are meant
  * - A copy has no symbol range, and an assignment leaves the target's own one alone: call overrideDataRange() on it.

@@ -27,11 +27,6 @@
  * manager->deRegisterProcess(key);                         // == 1
  * @endcode
  *
- * @par Ownership
- * A plain value; later changes of the process do not reach it.
- *
- * @par Failure
- * A process that is not there gives zeros and the empty text.
  */
 struct QEL_API ProcessInfo
 {
@@ -125,11 +120,11 @@ protected:
  * No locks; every call is made, and every display called, on the caller's thread. Keep all use on one thread.
  *
  * @par Cost
- * Reporting costs one virtual call a display: made for a handful of processes and displays.
+ * Made for a handful of processes and displays: every notification copies the list of displays, and looks for each of
+ * them in it before its call.
  *
  * @par Failure
- * Nothing throws or reports a text; refusals are results. A process or display that is not there gives an empty text
- * and zeros.
+ * Refusals are results. When memory runs out, the register stays as it was.
  *
  * @par Keys and percentages
  * Keys are positions: the main process has key 0. When a process deregisters, later ones move down by one, and every
@@ -139,8 +134,8 @@ protected:
  * @par Calls from inside a notification
  * A display may call anything here from inside a notification, and it takes effect at once:
  * - A round of notifications reaches the displays that were registered when it began and still are when their turn
- *   comes, each once and in their order. A display that registers meanwhile hears of the running processes at its
- *   registration only; one that deregisters, even the one being called, is not called again.
+ *   comes, in their order. A display that registers meanwhile hears of the running processes at its registration
+ *   only; one that deregisters, even the one being called, is not called again.
  * - A nested change is told to all displays before the outer round goes on, so that displays further down the list hear
  *   of it first. The outer round keeps the key it began with.
  * - A process cannot be deregistered while the displays are being told that it ends, and a cancel does not start again
@@ -239,7 +234,7 @@ public:
     /// @}
 
 private:
-    class Round;
+    class EndUnderWay;
 
     qelProcessEvolutionManager();
     virtual ~qelProcessEvolutionManager();

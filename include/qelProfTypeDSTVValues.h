@@ -51,9 +51,6 @@ enum eDSTVType : int
  * profile.getB1();             // == 0.0
  * profile.getProftypeString(); // == L"I"
  * @endcode
- *
- * @par Cost
- * 240 bytes; access is inline.
  */
 class QEL_API qelProfTypeDSTVValues
 {

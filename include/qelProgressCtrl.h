@@ -48,12 +48,8 @@
  * @par Threads
  * The dialog belongs to the thread that opened it; keep all use there.
  *
- * @par Cost
- * Opening makes a window; a percentage that has not changed costs a comparison.
- *
  * @par Failure
- * Results are numbers as each member says; nothing is thrown. A progress bar that cannot be made is shown to the user,
- * in a message box that waits for an answer.
+ * A progress bar that cannot be made is shown to the user, in a message box that waits for an answer.
  */
 class QEL_API qelProgressCtrlWindow
 {
@@ -146,21 +142,13 @@ static_assert(sizeof(qelProgressCtrlWindow) == 40, "virtual table, switch, title
  * @par Example
  * @code
  * qelProgressCtrlWindowController* list = qelProgressCtrl::m_ProgressCtrlWindowController;
- * list->windows()[0] == &list->defaultWindow();      // == true
+ * list->windows()[0] == &list->defaultWindow();   // == true
  * list->defaultWindow().getOn();                  // == 0
  * @endcode
  *
  * @par Ownership
  * Windows that are added belong to the caller and must live as long as they are in the list.
  *
- * @par Threads
- * There is no lock; as qelProgressCtrl.
- *
- * @par Cost
- * Made for a handful of windows: adding one looks through the list.
- *
- * @par Failure
- * Results are numbers as each member says.
  */
 class QEL_API qelProgressCtrlWindowController
 {
@@ -168,8 +156,12 @@ public:
     /// Puts the built-in window into the list. Deliberately switched off: a program that never asks sees no dialog.
     qelProgressCtrlWindowController();
 
-    qelProgressCtrlWindowController(const qelProgressCtrlWindowController&) = delete;
-    qelProgressCtrlWindowController& operator=(const qelProgressCtrlWindowController&) = delete;
+    /// The same windows in the same order, except that the copy's own built-in window, in the state of the other one,
+    /// takes its place.
+    qelProgressCtrlWindowController(const qelProgressCtrlWindowController& other);
+
+    /// Takes over the windows and the state of the built-in one, as the copy does.
+    qelProgressCtrlWindowController& operator=(const qelProgressCtrlWindowController& other);
 
     /// As qelProgressCtrl::appendOutputWindow().
     int append(qelProgressCtrlWindow* window);
@@ -223,8 +215,7 @@ static_assert(sizeof(qelProgressCtrlWindowController) == 64, "a list and a windo
  * A call to each window that is switched on; a percentage that has not changed costs a comparison.
  *
  * @par Failure
- * Results are numbers as each member says; nothing is thrown. Only a progress bar that cannot be made is shown to the
- * user, in a message box that waits for an answer.
+ * Only a progress bar that cannot be made is shown to the user, in a message box that waits for an answer.
  *
  * @par Percentages
  * They are whole numbers from 0 to 100 and do not run backwards unless forced; others are refused.

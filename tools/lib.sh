@@ -149,7 +149,7 @@ start_wine()
     start_display
 
     local stamp=$WINEPREFIX/.made-by version
-    version=$(wine --version)
+    version="$(wine --version), with fonts"
     if [ "$(cat "$stamp" 2>/dev/null)" != "$version" ]; then
         say "Making a Wine prefix ($version)"
         rm -rf "$WINEPREFIX"
@@ -161,6 +161,8 @@ start_wine()
         # closes.
         run_step wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >"$qel_build/wine.log" 2>&1 ||
             fail "the prefix cannot be set up; see $qel_build/wine.log"
+        # Debian's Wine misses the folder of its own fonts, among them that of dialogs.
+        ln -sf /usr/share/wine/fonts/*.fon "$WINEPREFIX/drive_c/windows/Fonts"
         # The registry is on disk once the server has ended.
         wineserver -k
         printf '%s\n' "$version" >"$stamp"

@@ -5,7 +5,7 @@
 
 #include "config/DataSourceIndex.h"
 #include "config/OdbcInstaller.h"
-#include "progress/NotificationRound.h"
+#include "progress/EndUnderWay.h"
 #include "progress/ProgressDialog.h"
 #include "qelDataSourcesUtilities.h"
 #include "qelDebugInterfaces.h"
@@ -88,7 +88,7 @@ const double qelMathUtilities::PI = acos(-1.0);
 // Made here and not in Lasting: only the class itself may construct it.
 qelProcessEvolutionManager* qelProcessEvolutionManager::m_pProcessEvolutionManager =
     new (static_cast<void*>(processEvolutionManager), qelPlacement()) qelProcessEvolutionManager();
-qelProcessEvolutionManager::Round* qelProcessEvolutionManager::Round::m_innermost = nullptr;
+qelProcessEvolutionManager::EndUnderWay* qelProcessEvolutionManager::EndUnderWay::m_innermost = nullptr;
 
 qelProgressCtrlWindowController* qelProgressCtrl::m_ProgressCtrlWindowController = &progressWindowController.make();
 HWND ProgressDialog::m_dialog = nullptr;

@@ -65,7 +65,9 @@ public:
 
     /**
      * Runs `left` or `right` on each entry from the one in `top` down to the slot `end`, by the side on which the
-     * descent went on; `top` last, since only there the change may end and links may change.
+     * descent went on. The entries below `top` come first and leave the flag at 1: all of them are balanced after an
+     * insertion and heavy after a removal, and such entries pass a change of height on. Only at `top` may the change
+     * end and may links change.
      */
     static void check(qelBalancedTreeEntry*& top, qelBalancedTreeEntry* const* end, Check& left, Check& right,
                       int& flag)
@@ -128,19 +130,18 @@ const qelBalancedTreeEntry* qelBalancedTreeEntry::search(const qelBalancedTreeEn
     const qelBalancedTreeEntry* entry = this;
     while (entry != nullptr)
     {
-        switch (entry->compare(key))
+        const int side = entry->compare(key);
+        if (side == 0)
         {
-        case -1:
-            entry = entry->m_left;
-            break;
-        case 0:
             return entry;
-        case 1:
-            entry = entry->m_right;
-            break;
-        default:
+        }
+        if (side != -1 && side != 1)
+        {
             return nullptr;
         }
+        const qelBalancedTreeEntry* const left = entry->m_left;
+        const qelBalancedTreeEntry* const right = entry->m_right;
+        entry = side < 0 ? left : right;
     }
     return nullptr;
 }

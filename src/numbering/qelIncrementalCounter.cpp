@@ -26,22 +26,25 @@ bool occursIn(wchar_t c, const wchar_t* text)
     return c != 0 && wcschr(text, c) != nullptr;
 }
 
-void split(const qelString& code, qelArray<wchar_t>& characters)
+void assign(qelArray<wchar_t>& characters, const wchar_t* code, long length)
 {
-    const long length = code.length();
     characters.setLogicalLength(length);
     if (length > 0)
     {
-        memcpy(&characters[0], code.getStringW(), static_cast<size_t>(length) * sizeof(wchar_t));
+        memcpy(&characters[0], code, static_cast<size_t>(length) * sizeof(wchar_t));
     }
 }
 
-/// What appending the characters one by one to an empty text gives: a NUL adds nothing, and a text that would outgrow
-/// the limit fails and is empty again.
-qelString join(const qelArray<wchar_t>& characters)
+/// What appending the characters, which end with a terminator, one by one to an empty text gives: a NUL among them adds
+/// nothing, and a text that would outgrow the limit fails and is empty again.
+qelString join(const wchar_t* characters, long positions)
 {
-    const long positions = characters.length();
-    qelNumbering::TextBuffer code(static_cast<size_t>(positions));
+    const auto count = static_cast<size_t>(positions);
+    if (count < qelText::kCapacity && wcsnlen(characters, count) == count)
+    {
+        return qelString(characters);
+    }
+    qelNumbering::TextBuffer code(count);
     size_t length = 0;
     for (long i = 0; i < positions; ++i)
     {
@@ -71,17 +74,31 @@ qelIncrementalCounter::qelIncrementalCounter()
 
 qelIncrementalCounter::~qelIncrementalCounter() = default;
 
+// What takes memory comes first in all of them, so that a call that fails has changed nothing.
+// NOLINTNEXTLINE(modernize-use-equals-default): the default goes by the order of the fields
+qelIncrementalCounter& qelIncrementalCounter::operator=(const qelIncrementalCounter& other)
+{
+    m_characters = other.m_characters;
+    m_data = other.m_data;
+    m_numericOnly = other.m_numericOnly;
+    m_counterString = other.m_counterString;
+    m_callCount = other.m_callCount;
+    return *this;
+}
+
 int qelIncrementalCounter::setDataFrom(const StructIncrementalCounter& source)
 {
+    assign(m_characters, source.startValue.getStringW(), source.startValue.length());
     m_data = source;
     m_numericOnly = allDigits(m_data.startValue) && allDigits(m_data.firstCharacter) ? 1 : 0;
-    reset();
+    m_counterString = m_data.startValue;
+    m_callCount = 0;
     return 1;
 }
 
 void qelIncrementalCounter::reset()
 {
-    split(m_data.startValue, m_characters);
+    assign(m_characters, m_data.startValue.getStringW(), m_data.startValue.length());
     m_counterString = m_data.startValue;
     m_callCount = 0;
 }
@@ -93,35 +110,45 @@ qelString qelIncrementalCounter::getCounterString() const
 
 void qelIncrementalCounter::setCounterString(const qelString& code)
 {
-    split(code, m_characters);
+    assign(m_characters, code.getStringW(), code.length());
     m_counterString = code;
 }
 
 qelIncrementalCounter::eIncrementStatus qelIncrementalCounter::increment()
 {
     // Counted without sign: the count of an unlimited counter may pass the greatest int.
-    m_callCount = static_cast<int>(static_cast<unsigned>(m_callCount) + 1U);
-    eIncrementStatus status = eMaxCountReached;
-    if (m_data.maxCount == -1 || m_callCount < m_data.maxCount)
+    const int callCount = static_cast<int>(static_cast<unsigned>(m_callCount) + 1U);
+    const bool isRefused = m_data.maxCount != -1 && callCount >= m_data.maxCount;
+
+    // In a buffer with a position to spare in front: nothing of the counter changes before all of it is there.
+    long length = m_characters.length();
+    qelNumbering::TextBuffer buffer(static_cast<size_t>(length) + 1);
+    wchar_t* code = buffer.text() + 1;
+    if (length > 0)
     {
-        status = eIncremented;
-        int carry = 1;
-        for (long i = m_characters.length() - 1; i >= 0 && carry == 1; --i)
-        {
-            m_characters[i] = incrementAtPosition(m_characters[i], m_data.excludedCharacters, carry);
-        }
-        if (carry == 1)
-        {
-            // A number does not begin with the digit 0.
-            const auto beforeFirst = static_cast<wchar_t>(initChar() - 1);
-            m_characters.insertAt(0, incrementAtPosition(beforeFirst,
-                                                         m_numericOnly == 1 ? m_data.excludedCharacters + L"0"
-                                                                            : m_data.excludedCharacters,
-                                                         carry));
-        }
+        memcpy(code, &m_characters[0], static_cast<size_t>(length) * sizeof(wchar_t));
     }
-    m_counterString = join(m_characters);
-    return status;
+    code[length] = 0;
+    int carry = isRefused ? 0 : 1;
+    for (long i = length; i > 0 && carry == 1; --i)
+    {
+        code[i - 1] = incrementAtPosition(code[i - 1], m_data.excludedCharacters, carry);
+    }
+    if (carry == 1)
+    {
+        // A number does not begin with the digit 0. The new position may carry again; nothing is in front of it.
+        const auto beforeFirst = static_cast<wchar_t>(initChar() - 1);
+        --code;
+        ++length;
+        *code = incrementAtPosition(
+            beforeFirst, m_numericOnly == 1 ? m_data.excludedCharacters + L"0" : m_data.excludedCharacters, carry);
+    }
+
+    const qelString text = join(code, length);
+    assign(m_characters, code, length);
+    m_counterString = text;
+    m_callCount = callCount;
+    return isRefused ? eMaxCountReached : eIncremented;
 }
 
 wchar_t qelIncrementalCounter::initChar() const

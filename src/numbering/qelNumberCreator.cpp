@@ -185,9 +185,11 @@ void qelNumberCreator::reset()
 
 qelString qelNumberCreator::getNextNumber()
 {
-    const qelString code(m_current);
-    m_current = next(code, m_dataRange, m_numberingType);
-    return join(m_prefix, code, m_suffix);
+    // Both texts first: no number is lost when memory runs out.
+    const qelString following = next(m_current, m_dataRange, m_numberingType);
+    const qelString number = join(m_prefix, m_current, m_suffix);
+    m_current = following;
+    return number;
 }
 
 int qelNumberCreator::checkNumber(const qelString& number) const

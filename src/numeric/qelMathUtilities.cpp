@@ -17,12 +17,68 @@ bool isZero(double value)
     return fabs(value) < zeroTolerance;
 }
 
-/// Adds one root; returns how many there are now.
-int write(Roots& roots, double root)
+/// Roots before they are written to the caller's list.
+class Found
 {
-    roots.append(root);
-    return static_cast<int>(roots.length());
-}
+public:
+    int count() const { return m_count; }
+    double operator[](int i) const { return m_roots[i]; }
+
+    void add(double root) { m_roots[m_count++] = root; }
+
+    void addInFront(double root)
+    {
+        for (int to = m_count++; to > 0; --to)
+        {
+            m_roots[to] = m_roots[to - 1];
+        }
+        m_roots[0] = root;
+    }
+
+    /// Whether one of the first `count` roots is the same as `root` within the tolerance.
+    bool containsCloseTo(int count, double root) const
+    {
+        for (int i = 0; i < count; ++i)
+        {
+            if (isZero(m_roots[i] - root))
+            {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    /// The largest of one or more roots.
+    double largest() const
+    {
+        // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.Assign): the caller says why there is one
+        double result = m_roots[0];
+        for (int i = 1; i < m_count; ++i)
+        {
+            if (m_roots[i] > result)
+            {
+                result = m_roots[i];
+            }
+        }
+        return result;
+    }
+
+    /// Replaces what is in the list; returns how many roots there are.
+    int writeTo(Roots& roots) const
+    {
+        roots.setLogicalLength(0);
+        roots.setLogicalLength(m_count);
+        for (int i = 0; i < m_count; ++i)
+        {
+            roots[i] = m_roots[i];
+        }
+        return m_count;
+    }
+
+private:
+    double m_roots[4];
+    int m_count = 0;
+};
 
 /// The correctly rounded root in every build: the C runtime's own differs from it by a bit at times, and whether it is
 /// called depends on the optimisation level.
@@ -39,41 +95,13 @@ double cubeRoot(double value)
     return value < 0 ? -root : root;
 }
 
-/// Whether one of the first `count` roots is the same as `root` within the tolerance.
-bool containsCloseTo(const Roots& roots, long count, double root)
-{
-    for (long i = 0; i < count; ++i)
-    {
-        if (isZero(roots[i] - root))
-        {
-            return true;
-        }
-    }
-    return false;
-}
-
 /// Puts the root zero in front unless a root that counts as zero is already there.
-int addZeroRoot(Roots& roots)
+void addZeroRoot(Found& roots)
 {
-    if (!containsCloseTo(roots, roots.length(), 0.0))
+    if (!roots.containsCloseTo(roots.count(), 0.0))
     {
-        roots.insertAt(0, 0.0);
+        roots.addInFront(0.0);
     }
-    return static_cast<int>(roots.length());
-}
-
-/// The largest of one or more roots.
-double largest(const Roots& roots)
-{
-    double result = roots.first();
-    for (long i = 1; i < roots.length(); ++i)
-    {
-        if (roots[i] > result)
-        {
-            result = roots[i];
-        }
-    }
-    return result;
 }
 
 /// Turns a slightly negative value into zero. False when the value is truly negative.
@@ -90,62 +118,65 @@ bool clampSquare(double& value)
     return true;
 }
 
-int repeatedCubicRoots(double B, double R, double t, Roots& roots)
+void solveQuadratic(double a, double b, double c, Found& roots)
 {
-    if (fabs(R) >= zeroTolerance)
-    {
-        // The general power function on purpose: a negative R makes both roots not-a-number.
-        const double s = pow(R, 1.0 / 3.0);
-        write(roots, 2 * s - t);
-        return write(roots, -B / 3 - s);
-    }
-    return write(roots, -B / 3);
-}
-
-int threeCubicRoots(double Q, double R, double t, Roots& roots)
-{
-    const double theta = acos(R / squareRoot(-(Q * Q * Q)));
-    const double m = 2 * squareRoot(-Q);
-    write(roots, m * cos(theta / 3) - t);
-    write(roots, m * cos((theta + 2 * PI) / 3) - t);
-    return write(roots, m * cos((theta + 4 * PI) / 3) - t);
-}
-} // namespace
-
-int qelMathUtilities::QuadraticSolver(double a, double b, double c, Roots& roots)
-{
-    roots.setLogicalLength(0);
     if (isZero(a))
     {
-        return b == 0 ? 0 : write(roots, -(c / b));
+        if (b != 0)
+        {
+            roots.add(-(c / b));
+        }
+        return;
     }
     // b twice, not b and c: callers, and the solvers below, depend on the roots that this gives.
     const double discriminant = b * b - 4 * a * b;
     if (isZero(discriminant))
     {
-        return write(roots, -0.5 * b / a);
+        roots.add(-0.5 * b / a);
     }
-    if (!(discriminant > 0))
+    else if (discriminant > 0)
     {
-        return 0;
+        const double r = squareRoot(discriminant);
+        roots.add((-b - r) * 0.5 / a);
+        roots.add((r - b) * 0.5 / a);
     }
-    const double r = squareRoot(discriminant);
-    write(roots, (-b - r) * 0.5 / a);
-    return write(roots, (r - b) * 0.5 / a);
 }
 
-int qelMathUtilities::CubicSolver(double a, double b, double c, double d, Roots& roots)
+void addRepeatedCubicRoots(double B, double R, double t, Found& roots)
+{
+    if (fabs(R) >= zeroTolerance)
+    {
+        // The general power function on purpose: a negative R makes both roots not-a-number.
+        const double s = pow(R, 1.0 / 3.0);
+        roots.add(2 * s - t);
+        roots.add(-B / 3 - s);
+        return;
+    }
+    roots.add(-B / 3);
+}
+
+void addThreeCubicRoots(double Q, double R, double t, Found& roots)
+{
+    const double theta = acos(R / squareRoot(-(Q * Q * Q)));
+    const double m = 2 * squareRoot(-Q);
+    roots.add(m * cos(theta / 3) - t);
+    roots.add(m * cos((theta + 2 * PI) / 3) - t);
+    roots.add(m * cos((theta + 4 * PI) / 3) - t);
+}
+
+void solveCubic(double a, double b, double c, double d, Found& roots)
 {
     if (isZero(a))
     {
-        return QuadraticSolver(b, c, d, roots);
+        solveQuadratic(b, c, d, roots);
+        return;
     }
     if (isZero(d))
     {
-        QuadraticSolver(a, b, c, roots);
-        return addZeroRoot(roots);
+        solveQuadratic(a, b, c, roots);
+        addZeroRoot(roots);
+        return;
     }
-    roots.setLogicalLength(0);
     const double B = b / a;
     const double C = c / a;
     const double D = d / a;
@@ -155,41 +186,45 @@ int qelMathUtilities::CubicSolver(double a, double b, double c, double d, Roots&
     const double t = B / 3;
     if (isZero(S))
     {
-        return repeatedCubicRoots(B, R, t, roots);
+        addRepeatedCubicRoots(B, R, t, roots);
     }
-    if (S <= 0)
+    else if (S <= 0)
     {
-        return threeCubicRoots(Q, R, t, roots);
+        addThreeCubicRoots(Q, R, t, roots);
     }
-    const double r = squareRoot(S);
-    return write(roots, cubeRoot(R + r) - t + cubeRoot(R - r));
+    else
+    {
+        const double r = squareRoot(S);
+        roots.add(cubeRoot(R + r) - t + cubeRoot(R - r));
+    }
 }
 
-int qelMathUtilities::QuarticSolver(double a, double b, double c, double d, double e, Roots& roots)
+void solveQuartic(double a, double b, double c, double d, double e, Found& roots)
 {
     if (isZero(a))
     {
-        return CubicSolver(b, c, d, e, roots);
+        solveCubic(b, c, d, e, roots);
+        return;
     }
     if (isZero(e))
     {
-        CubicSolver(a, b, c, d, roots);
-        return addZeroRoot(roots);
+        solveCubic(a, b, c, d, roots);
+        addZeroRoot(roots);
+        return;
     }
-    roots.setLogicalLength(0);
     const double B = b / a;
     const double C = c / a;
     const double D = d / a;
     const double E = e / a;
-    // A cubic always has a root, so there is always a largest one.
-    Roots resolvent;
-    CubicSolver(1, -C, B * D - 4 * E, (4 * C - B * B) * E - D * D, resolvent);
-    const double y = largest(resolvent);
+    // Never empty: with a leading coefficient of 1, and whatever the others are, the cubic solver finds a root.
+    Found resolvent;
+    solveCubic(1, -C, B * D - 4 * E, (4 * C - B * B) * E - D * D, resolvent);
+    const double y = resolvent.largest();
     const double h = y / 2;
     double k = h * h - E;
     if (!clampSquare(k))
     {
-        return 0;
+        return;
     }
     const double q = squareRoot(k);
     const double g = B / 2;
@@ -199,7 +234,7 @@ int qelMathUtilities::QuarticSolver(double a, double b, double c, double d, doub
         double square = g * g - C + y;
         if (!clampSquare(square))
         {
-            return 0;
+            return;
         }
         p = squareRoot(square);
     }
@@ -207,15 +242,37 @@ int qelMathUtilities::QuarticSolver(double a, double b, double c, double d, doub
     {
         p = (g * h - D / 2) / q;
     }
-    const long first = QuadraticSolver(1, g + p, h + q, roots);
-    Roots second;
-    QuadraticSolver(1, g - p, h - q, second);
-    for (long i = 0; i < second.length(); ++i)
+    solveQuadratic(1, g + p, h + q, roots);
+    Found second;
+    solveQuadratic(1, g - p, h - q, second);
+    const int first = roots.count();
+    for (int i = 0; i < second.count(); ++i)
     {
-        if (!containsCloseTo(roots, first, second[i]))
+        if (!roots.containsCloseTo(first, second[i]))
         {
-            roots.append(second[i]);
+            roots.add(second[i]);
         }
     }
-    return static_cast<int>(roots.length());
+}
+} // namespace
+
+int qelMathUtilities::QuadraticSolver(double a, double b, double c, Roots& roots)
+{
+    Found found;
+    solveQuadratic(a, b, c, found);
+    return found.writeTo(roots);
+}
+
+int qelMathUtilities::CubicSolver(double a, double b, double c, double d, Roots& roots)
+{
+    Found found;
+    solveCubic(a, b, c, d, found);
+    return found.writeTo(roots);
+}
+
+int qelMathUtilities::QuarticSolver(double a, double b, double c, double d, double e, Roots& roots)
+{
+    Found found;
+    solveQuartic(a, b, c, d, e, found);
+    return found.writeTo(roots);
 }

@@ -2,9 +2,42 @@
 
 #include "module/Module.h"
 #include "progress/resource.h"
-#include "qelString.h"
 
 #include <commctrl.h>
+
+namespace
+{
+// In pixels, while the template counts in units of its font.
+const RECT barPlace = {10, 40, 300, 60};
+const LONG gapBelowBar = 4; // what the template leaves on screens of 120 dpi
+
+/**
+ * Widens the dialog where the bar would be cut, and moves the percentage below the bar where the two would overlap. The
+ * template's units are small enough for that on screens of 96 dpi.
+ */
+void makeRoom(HWND dialog)
+{
+    RECT client = {};
+    GetClientRect(dialog, &client);
+    const LONG missing = barPlace.right + barPlace.left - client.right;
+    const LONG wider = missing > 0 ? missing : 0;
+
+    const HWND percentage = GetDlgItem(dialog, IDC_PROGRESS_PERCENT);
+    RECT place = {};
+    GetWindowRect(percentage, &place);
+    MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&place), 2);
+    RECT overlap = {};
+    const bool isCovered = IntersectRect(&overlap, &place, &barPlace) != FALSE;
+    const LONG lower = isCovered ? barPlace.bottom + gapBelowBar - place.top : 0;
+
+    const UINT sameOrder = SWP_NOZORDER | SWP_NOACTIVATE;
+    SetWindowPos(percentage, nullptr, place.left, place.top + lower, 0, 0, SWP_NOSIZE | sameOrder);
+    RECT outer = {};
+    GetWindowRect(dialog, &outer);
+    SetWindowPos(dialog, nullptr, 0, 0, outer.right - outer.left + wider, outer.bottom - outer.top + lower,
+                 SWP_NOMOVE | sameOrder);
+}
+} // namespace
 
 bool ProgressDialog::open(const wchar_t* title)
 {
@@ -12,7 +45,8 @@ bool ProgressDialog::open(const wchar_t* title)
     const INITCOMMONCONTROLSEX classes = {sizeof(classes), ICC_PROGRESS_CLASS};
     InitCommonControlsEx(&classes);
     const HWND dialog = CreateDialogParamW(qelModule::handle(), MAKEINTRESOURCEW(IDD_PROGRESS), nullptr, procedure, 0);
-    // The host runs while the dialog is made. It may have closed it again, or opened another one in its place.
+    // Messages of a dialog in the making, and the message box of createBar(), can reach code of the host: hooks and
+    // timers. That code may have closed the dialog or opened another one in its place.
     if (dialog == nullptr || dialog != m_dialog)
     {
         return false;
@@ -51,7 +85,9 @@ void ProgressDialog::setPercentage(int percent)
     {
         SendMessageW(m_progressBar, PBM_SETPOS, static_cast<WPARAM>(percent), 0);
     }
-    SetDlgItemTextW(m_dialog, IDC_PROGRESS_PERCENT, qelString().format(L"%d%%", percent).getStringW());
+    wchar_t text[16];
+    wsprintfW(text, L"%d%%", percent);
+    SetDlgItemTextW(m_dialog, IDC_PROGRESS_PERCENT, text);
 }
 
 INT_PTR CALLBACK ProgressDialog::procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM)
@@ -64,6 +100,7 @@ INT_PTR CALLBACK ProgressDialog::procedure(HWND dialog, UINT message, WPARAM wPa
     case WM_INITDIALOG:
         // Kept at once: a message box below lets the host run, which may call anything.
         m_dialog = dialog;
+        SetWindowLongPtrW(dialog, DWLP_USER, mark());
         createBar(dialog);
         return TRUE;
 
@@ -80,14 +117,6 @@ INT_PTR CALLBACK ProgressDialog::procedure(HWND dialog, UINT message, WPARAM wPa
         }
         return FALSE;
 
-    case WM_DESTROY:
-        // Whoever destroys it, no handle of it is used afterwards.
-        if (dialog == m_dialog)
-        {
-            forget();
-        }
-        return FALSE;
-
     default:
         return FALSE;
     }
@@ -95,10 +124,9 @@ INT_PTR CALLBACK ProgressDialog::procedure(HWND dialog, UINT message, WPARAM wPa
 
 void ProgressDialog::createBar(HWND dialog)
 {
-    const RECT place = {10, 40, 300, 60};
-    HWND bar = CreateWindowExW(0, PROGRESS_CLASSW, nullptr, WS_CHILD | WS_VISIBLE | PBS_SMOOTH, place.left, place.top,
-                               place.right - place.left, place.bottom - place.top, dialog, nullptr, qelModule::handle(),
-                               nullptr);
+    HWND bar = CreateWindowExW(0, PROGRESS_CLASSW, nullptr, WS_CHILD | WS_VISIBLE | PBS_SMOOTH, barPlace.left,
+                               barPlace.top, barPlace.right - barPlace.left, barPlace.bottom - barPlace.top, dialog,
+                               nullptr, qelModule::handle(), nullptr);
     m_progressBar = bar;
     if (bar == nullptr)
     {
@@ -107,12 +135,14 @@ void ProgressDialog::createBar(HWND dialog)
     }
     SendMessageW(bar, PBM_SETRANGE, 0, MAKELPARAM(0, 100));
     SendMessageW(bar, PBM_SETSTEP, 1, 0);
+    makeRoom(dialog);
 }
 
 bool ProgressDialog::isThere()
 {
-    // A thread that ends takes its windows with it and tells nobody.
-    if (m_dialog != nullptr && !IsWindow(m_dialog))
+    // Anybody can destroy the dialog, and a thread that ends takes its windows with it and tells nobody. The handle may
+    // be another window's by now.
+    if (m_dialog != nullptr && GetWindowLongPtrW(m_dialog, DWLP_USER) != mark())
     {
         forget();
     }
@@ -123,4 +153,10 @@ void ProgressDialog::forget()
 {
     m_dialog = nullptr;
     m_progressBar = nullptr;
+}
+
+/// What no window but the dialog holds at that place.
+LONG_PTR ProgressDialog::mark()
+{
+    return reinterpret_cast<LONG_PTR>(&m_dialog);
 }

@@ -23,6 +23,7 @@ private:
 
     static bool isThere();
     static void forget();
+    static LONG_PTR mark();
 
     static HWND m_dialog;      ///< null when there is none
     static HWND m_progressBar; ///< null when there is none, also when it could not be made

@@ -1,12 +1,63 @@
 #include "qelProcessEvolutionManager.h"
 
-#include "progress/NotificationRound.h"
+#include "progress/EndUnderWay.h"
+
+#include <string.h>
 
 namespace
 {
+using Displays = qelArray<ProgressDisplayProtocol*>;
+
 bool isRegistered(const qelArray<ProcessInfo>& processes, int key)
 {
     return key >= 0 && key < processes.length();
+}
+
+bool isRegistered(const Displays& displays, ProgressDisplayProtocol* display)
+{
+    long number = -1;
+    return displays.find(display, number);
+}
+
+/// The displays of this moment, to be told something. Made before anything changes, since it takes memory.
+class Round
+{
+public:
+    explicit Round(const Displays& registered)
+        : m_registered(&registered)
+        , m_displays(registered)
+    {
+    }
+
+    /// Calls `tell` with each of them that is still registered when its turn comes.
+    template <class Tell> void go(Tell tell) const
+    {
+        for (long i = 0; i < m_displays.length(); ++i)
+        {
+            if (m_displays[i] != nullptr && isRegistered(*m_registered, m_displays[i]))
+            {
+                tell(*m_displays[i]);
+            }
+        }
+    }
+
+private:
+    const Displays* m_registered;
+    Displays m_displays;
+};
+
+void tellEnd(const Displays& displays, int key)
+{
+    Round(displays).go([key](ProgressDisplayProtocol& display) { display.removeProcess(key); });
+}
+
+/// Exchanges two lists. Neither of them points into itself, so that their bytes are all there is to exchange.
+template <class List> void exchange(List& a, List& b)
+{
+    unsigned char bytes[sizeof(List)];
+    memcpy(bytes, static_cast<const void*>(&a), sizeof(List));
+    memcpy(static_cast<void*>(&a), static_cast<const void*>(&b), sizeof(List));
+    memcpy(static_cast<void*>(&b), bytes, sizeof(List));
 }
 } // namespace
 
@@ -21,7 +72,21 @@ qelProcessEvolutionManager::qelProcessEvolutionManager(const qelProcessEvolution
 
 qelProcessEvolutionManager::~qelProcessEvolutionManager() = default;
 
-qelProcessEvolutionManager& qelProcessEvolutionManager::operator=(const qelProcessEvolutionManager& other) = default;
+qelProcessEvolutionManager& qelProcessEvolutionManager::operator=(const qelProcessEvolutionManager& other)
+{
+    if (this != &other)
+    {
+        // Complete before anything changes: memory may run out.
+        qelProcessEvolutionManager copy(other);
+        exchange(m_processes, copy.m_processes);
+        exchange(m_displays, copy.m_displays);
+        exchange(m_actions, copy.m_actions);
+        m_isCanceled = copy.m_isCanceled;
+        m_cancelEnabled = copy.m_cancelEnabled;
+        m_cancelAllowed = copy.m_cancelAllowed;
+    }
+    return *this;
+}
 
 qelProcessEvolutionManager* qelProcessEvolutionManager::getProcessEvolutionManager()
 {
@@ -36,29 +101,30 @@ int qelProcessEvolutionManager::registerProcess(qelString action)
         return -1;
     }
 
+    const Round round(m_displays);
     ProcessInfo info;
     info.key = key;
     info.action = action;
-    m_processes.append(info);
+    // The slot first: both lists get their entry, or none does.
+    m_processes.setLogicalLength(key + 1);
+    m_processes.setLogicalLength(key);
     m_actions.append(action);
+    m_processes.append(info);
 
     const bool cancelAllowed = key == 0 && m_cancelAllowed;
-    Round round(*this);
-    while (ProgressDisplayProtocol* display = round.next())
-    {
-        display->addProcess(key, action, cancelAllowed);
-    }
+    round.go([&](ProgressDisplayProtocol& display) { display.addProcess(key, action, cancelAllowed); });
     return key;
 }
 
 int qelProcessEvolutionManager::deRegisterProcess(int key)
 {
-    if (key < 0 || (m_cancelEnabled && m_isCanceled && key != 0) || Round::isTellingEnd(*this, key))
+    if (key < 0 || (m_cancelEnabled && m_isCanceled && key != 0) || EndUnderWay::exists(*this, key))
     {
         return 0;
     }
 
-    Round::tellEnd(*this, key, false);
+    const EndUnderWay end(*this, key);
+    tellEnd(m_displays, key);
     if (isRegistered(m_processes, key))
     {
         m_processes.removeAt(key);
@@ -79,12 +145,9 @@ void qelProcessEvolutionManager::increaseProgress(int key, int percent)
     {
         return;
     }
+    const Round round(m_displays);
     m_processes[key].percent = percent;
-    Round round(*this);
-    while (ProgressDisplayProtocol* display = round.next())
-    {
-        display->setProgress(key, percent);
-    }
+    round.go([=](ProgressDisplayProtocol& display) { display.setProgress(key, percent); });
 }
 
 int qelProcessEvolutionManager::registerDisplay(ProgressDisplayProtocol* display)
@@ -92,16 +155,15 @@ int qelProcessEvolutionManager::registerDisplay(ProgressDisplayProtocol* display
     const long number = m_displays.length();
     m_displays.append(display);
 
-    // A round of one display, which may take itself out of the list at any time. Processes that register meanwhile
-    // are told to it by their own registration.
-    Round round(*this, number);
-    const int running = getNumberOfActiveProcesses();
-    for (int key = 0; key < running && isRegistered(m_processes, key) && round.current() != nullptr; ++key)
+    // The display may take itself out of the list at any time. Processes that register meanwhile are told to it by
+    // their own registration.
+    const int running = display == nullptr ? 0 : getNumberOfActiveProcesses();
+    for (int key = 0; key < running && isRegistered(m_processes, key) && isRegistered(m_displays, display); ++key)
     {
         // A process is told under its position, whatever key it was given, as all later notifications are.
         const ProcessInfo info = m_processes[key];
         display->addProcess(key, info.action, false);
-        if (round.current() != nullptr)
+        if (isRegistered(m_displays, display))
         {
             display->setProgress(key, info.percent);
         }
@@ -116,7 +178,6 @@ int qelProcessEvolutionManager::deRegisterDisplay(int number)
         return 0;
     }
     m_displays.removeAt(number);
-    Round::displayRemoved(*this, number);
     return 1;
 }
 
@@ -132,15 +193,17 @@ int qelProcessEvolutionManager::EnableCancel(bool allow)
 
 void qelProcessEvolutionManager::cancelProcess()
 {
-    if (!m_cancelEnabled || m_processes.isEmpty() || Round::isTellingCancel(*this))
+    if (!m_cancelEnabled || m_processes.isEmpty() || EndUnderWay::exists(*this, EndUnderWay::kAll))
     {
         return;
     }
 
+    const EndUnderWay cancel(*this, EndUnderWay::kAll);
     const int running = getNumberOfActiveProcesses();
     for (int key = 0; key < running; ++key)
     {
-        Round::tellEnd(*this, key, true);
+        const EndUnderWay end(*this, key);
+        tellEnd(m_displays, key);
     }
     // Unless a display has ended the main process meanwhile, and with it what was to be cancelled.
     if (m_cancelEnabled && !m_processes.isEmpty())

@@ -48,6 +48,27 @@ qelProgressCtrlWindowController::qelProgressCtrlWindowController()
     append(&m_defaultWindow);
 }
 
+qelProgressCtrlWindowController::qelProgressCtrlWindowController(const qelProgressCtrlWindowController& other)
+{
+    *this = other;
+}
+
+qelProgressCtrlWindowController& qelProgressCtrlWindowController::operator=(
+    const qelProgressCtrlWindowController& other)
+{
+    m_windows = other.m_windows;
+    m_defaultWindow = other.m_defaultWindow;
+    // The other's built-in window goes with the other list.
+    for (long i = 0; i < m_windows.length(); ++i)
+    {
+        if (m_windows[i] == &other.m_defaultWindow)
+        {
+            m_windows[i] = &m_defaultWindow;
+        }
+    }
+    return *this;
+}
+
 int qelProgressCtrlWindowController::append(qelProgressCtrlWindow* window)
 {
     for (long i = 0; i < m_windows.length(); ++i)

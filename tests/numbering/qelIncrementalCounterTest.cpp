@@ -1,6 +1,7 @@
 #include "qelIncrementalCounter.h"
 
 #include "numbering/AllTexts.h"
+#include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>
 
@@ -394,6 +395,96 @@ TEST(qelIncrementalCounter, CopiesGoOnIndependently)
     Probe& self = copy;
     copy = self;
     EXPECT_EQ(copy.code(), L"8");
+}
+
+/// All that a failed call could have changed.
+struct Seen
+{
+    explicit Seen(const Probe& probe)
+        : code(probe.code())
+        , userValue(probe.userValue())
+        , numericOnly(probe.numericOnly())
+        , callCount(probe.callCount())
+    {
+        Probe copy(probe);
+        copy.increment();
+        codeAfterNextStep = copy.code();
+        copy.reset();
+        codeAfterReset = copy.code();
+    }
+
+    bool operator==(const Seen& other) const
+    {
+        return code == other.code && userValue == other.userValue && numericOnly == other.numericOnly &&
+               callCount == other.callCount && codeAfterNextStep == other.codeAfterNextStep &&
+               codeAfterReset == other.codeAfterReset;
+    }
+
+    std::wstring code;
+    int userValue;
+    int numericOnly;
+    int callCount;
+    std::wstring codeAfterNextStep;
+    std::wstring codeAfterReset;
+};
+
+/// Runs out of memory at every allocation of `action`, on a counter that stands at `code`; returns how often.
+template <class Action> int runOutOfMemoryAt(const wchar_t* code, Action action)
+{
+    Probe probe = counter(record(L"7", L"0", 10, L"4"));
+    probe.setCounterString(code);
+    const Seen before(probe);
+    const int failures =
+        qelTest::failEveryAllocation([&] { action(probe); }, [&] { EXPECT_TRUE(Seen(probe) == before); });
+    EXPECT_FALSE(Seen(probe) == before);
+    return failures;
+}
+
+TEST(qelIncrementalCounterWithoutMemory, KeepsItsStateWhenAStepFails)
+{
+    const auto step = [](Probe& probe) { EXPECT_EQ(probe.increment(), Counter::eIncremented); };
+    // The text; for a code that grows past eight positions their storage; for one past the stack room to build it.
+    EXPECT_GE(runOutOfMemoryAt(L"13", step), 1);
+    EXPECT_GE(runOutOfMemoryAt(L"99", step), 1);
+    EXPECT_GE(runOutOfMemoryAt(L"99999999", step), 2);
+    EXPECT_GE(runOutOfMemoryAt(std::wstring(80, L'9').c_str(), step), 3);
+}
+
+TEST(qelIncrementalCounterWithoutMemory, DoesNotCountARefusedStepThatFails)
+{
+    Probe probe = counter(record(L"7", L"0", 10, L"", 2));
+    probe.increment();
+    const int failures = qelTest::failEveryAllocation([&] { EXPECT_EQ(probe.increment(), Counter::eMaxCountReached); },
+                                                      [&] { EXPECT_EQ(probe.callCount(), 1); });
+    EXPECT_EQ(probe.callCount(), 2);
+    EXPECT_EQ(probe.code(), L"8");
+    EXPECT_LE(failures, 1);
+}
+
+TEST(qelIncrementalCounterWithoutMemory, KeepsItsStateWhenAnotherOneCannotBeTakenOver)
+{
+    StructIncrementalCounter letters = record(L"a long start value", L"A", 26);
+    letters.userValue = 5;
+    EXPECT_EQ(runOutOfMemoryAt(L"13", [&](Probe& probe) { probe.setDataFrom(letters); }), 1);
+
+    const Probe other = counter(letters);
+    EXPECT_EQ(runOutOfMemoryAt(L"13", [&](Probe& probe) { probe = other; }), 1);
+
+    const qelString code(L"twelve units");
+    EXPECT_EQ(runOutOfMemoryAt(L"13", [&](Probe& probe) { probe.setCounterString(code); }), 1);
+}
+
+TEST(qelIncrementalCounterWithoutMemory, KeepsItsStateWhenTheResetFails)
+{
+    Probe probe = counter(record(L"a long start value", L"A", 26));
+    Probe brief = counter(record(L"a long start value", L"A", 26));
+    brief.setCounterString(L"x");
+    probe = brief; // with one slot only
+    const Seen before(probe);
+    const int failures =
+        qelTest::failEveryAllocation([&] { probe.reset(); }, [&] { EXPECT_TRUE(Seen(probe) == before); });
+    EXPECT_EQ(failures, 1);
+    EXPECT_EQ(probe.code(), L"a long start value");
 }
 
 TEST(qelIncrementalCounterPosition, ReportsTheCarryAndUsesTheGivenExcludedSet)

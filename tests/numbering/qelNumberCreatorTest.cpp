@@ -1,6 +1,7 @@
 #include "qelNumberCreator.h"
 
 #include "numbering/AllTexts.h"
+#include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>
 
@@ -460,6 +461,25 @@ TEST(qelNumberCreator, SymbolsWrapAt16Bits)
     Probe probe = creator(L"\xFFFE", 3, L"\xFFFF", kLetters); // the third symbol would be 0x10000
     EXPECT_EQ(probe.next(), L"\xFFFF");
     EXPECT_EQ(probe.current(), L"");
+}
+
+TEST(qelNumberCreatorWithoutMemory, LosesNoNumber)
+{
+    const std::wstring wide(100, L'9');
+    for (const std::wstring& start : {std::wstring(L"8"), std::wstring(L"9"), std::wstring(L"99"), wide})
+    {
+        for (const wchar_t* prefix : {L"", L"P"})
+        {
+            Probe probe = creator(L"0", 10, start.c_str(), kNumeric);
+            probe.setNumberingPrefix(prefix);
+            std::wstring handedOut;
+            const int failures = qelTest::failEveryAllocation([&] { handedOut = probe.next(); },
+                                                              [&] { EXPECT_EQ(probe.current(), start); });
+            EXPECT_GE(failures, 1);
+            EXPECT_EQ(handedOut, prefix + start);
+            EXPECT_EQ(probe.current(), start == L"8" ? L"9" : L"1" + std::wstring(start.size(), L'0'));
+        }
+    }
 }
 
 TEST(qelNumberCreator, NumbersAgreeWithArithmetic)

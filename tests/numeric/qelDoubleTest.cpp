@@ -109,7 +109,8 @@ TEST(qelDoubleRound, HasNoResultForMoreDigitsThanAnExponentHolds)
 
 TEST(qelDoubleRound, GivesTheOraclesBits)
 {
-    const double powers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12};
+    const double powers[] = {1,    1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                             1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22, 1e23};
     const double stepValues[] = {0, -1, 1e-10, 1e-6, 0.001, 0.1, 0.25, 0.3, 1, 5, 12.5, 1000};
     std::mt19937_64 engine(20260201);
     std::uniform_real_distribution<double> exponents(-6, 12);

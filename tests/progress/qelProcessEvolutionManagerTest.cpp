@@ -1,6 +1,7 @@
 // The register of processes and displays. Each test starts from the state that the library is loaded with.
 
 #include "qelProcessEvolutionManager.h"
+#include "support/FailingAllocation.h"
 #include "support/PrivateMembers.h"
 
 #include <gtest/gtest.h>
@@ -1171,5 +1172,101 @@ TEST_F(qelProcessEvolution, KeepsARoundOfOneRegisterApartFromACopy)
     };
     EXPECT_EQ(manager.deRegisterProcess(0), 1);
     EXPECT_EQ(told, (Told{"a: remove 0", "b: remove 0", "b: remove 0"}));
+}
+
+// ---- Without memory
+
+/// Counts what it is told and asks for no memory.
+class Counting final : public ProgressDisplayProtocol
+{
+public:
+    void setProgress(int, int) override { ++calls; }
+    void addProcess(int, qelString, bool) override { ++calls; }
+    void removeProcess(int) override { ++calls; }
+
+    int calls = 0;
+};
+
+TEST_F(qelProcessEvolution, StaysAsItWasAndTellsNobodyWhenMemoryRunsOut)
+{
+    // The ninth of each grows its list.
+    Counting display;
+    manager.EnableCancel(true);
+    for (int i = 0; i < 8; ++i)
+    {
+        manager.registerDisplay(&display);
+        manager.registerProcess(L"Process");
+    }
+    const std::string before = described(manager);
+    const qelString ninth(L"Ninth");
+
+    struct Step
+    {
+        const char* name;
+        std::function<void()> run;
+        int failures;
+        int told;
+    };
+    const std::vector<Step> steps = {
+        {"registerProcess", [&] { EXPECT_EQ(manager.registerProcess(ninth), 8); }, 3, 8},
+        {"increaseProgress", [&] { manager.increaseProgress(3, 5); }, 1, 8},
+        {"deRegisterProcess", [&] { EXPECT_EQ(manager.deRegisterProcess(8), 1); }, 1, 8},
+        {"registerDisplay", [&] { EXPECT_EQ(manager.registerDisplay(&display), 8); }, 1, 16},
+        {"deRegisterDisplay", [&] { EXPECT_EQ(manager.deRegisterDisplay(8), 1); }, 0, 0},
+        {"back to the start", [&] { manager.increaseProgress(3, 0); }, 1, 8},
+    };
+    for (const Step& step : steps)
+    {
+        SCOPED_TRACE(step.name);
+        const std::string stood = described(manager);
+        display.calls = 0;
+        const int failures = qelTest::failEveryAllocation(step.run, [&] {
+            EXPECT_EQ(described(manager), stood);
+            EXPECT_EQ(display.calls, 0);
+        });
+        EXPECT_EQ(failures, step.failures);
+        EXPECT_EQ(display.calls, step.told);
+    }
+    EXPECT_EQ(described(manager), before);
+}
+
+TEST_F(qelProcessEvolution, IsNotCancelledWhenMemoryRunsOut)
+{
+    Counting display;
+    manager.registerDisplay(&display);
+    manager.EnableCancel(true);
+    manager.registerProcess(L"Main");
+    manager.registerProcess(L"Sub");
+    const std::string before = described(manager);
+    qelTest::failEveryAllocation([&] { manager.cancelProcess(); }, [&] { EXPECT_EQ(described(manager), before); });
+    EXPECT_EQ(described(manager), "0 Main 0; Main Sub; EAC; 1");
+}
+
+TEST_F(qelProcessEvolution, StaysAsItWasWhenAnotherOneCannotBeTakenOver)
+{
+    manager.registerDisplay(&a);
+    manager.EnableCancel(true);
+    manager.registerProcess(L"Main");
+    const Manager* const other = new Manager(manager);
+    manager = *asLoaded;
+    manager.registerDisplay(&b);
+    manager.registerDisplay(&c);
+    manager.registerProcess(L"Before");
+    const int failures = qelTest::failEveryAllocation(
+        [&] { manager = *other; }, [&] { EXPECT_EQ(described(manager), "0 Before 0; Before; ---; 2"); });
+    EXPECT_EQ(failures, 4); // the list of texts is an object of its own
+    EXPECT_EQ(described(manager), "0 Main 0; Main; EA-; 1");
+}
+
+TEST_F(qelProcessEvolution, AssignedToItselfKeepsEverything)
+{
+    manager.registerDisplay(&a);
+    manager.EnableCancel(true);
+    manager.registerProcess(L"Main");
+    const Manager& same = manager;
+    manager = same;
+    EXPECT_EQ(described(manager), "0 Main 0; Main; EA-; 1");
+    manager.increaseProgress(0, 3);
+    EXPECT_EQ(told.back(), "a: progress 0 3");
 }
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "ScreenDialogs.h"
 #include "qelProgressCtrl.h"
+#include "support/FailingAllocation.h"
 #include "support/ImportHook.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +17,9 @@ using namespace qelTest;
 
 namespace
 {
-static_assert(!std::is_copy_constructible<qelProgressCtrlWindowController>::value, "there is one list");
+static_assert(std::is_copy_constructible<qelProgressCtrlWindowController>::value &&
+                  std::is_copy_assignable<qelProgressCtrlWindowController>::value,
+              "as every class of the library");
 static_assert(!std::is_polymorphic<qelProgressCtrlWindowController>::value, "no virtual table");
 
 qelProgressCtrlWindowController& controller()
@@ -145,6 +148,75 @@ TEST_F(qelProgressControl, ANewListHoldsItsOwnBuiltInWindowSwitchedOff)
     EXPECT_EQ(own.windows()[0], &own.defaultWindow());
     EXPECT_NE(&own.defaultWindow(), &builtIn);
     EXPECT_EQ(own.defaultWindow().getOn(), 0);
+}
+
+TEST_F(qelProgressControl, ACopyOfTheListHasTheSameWindowsAndItsOwnBuiltInOne)
+{
+    qelProgressCtrlWindowController list;
+    Recorder added(1);
+    list.append(&added);
+    list.windows().append(nullptr);
+    list.windows().append(&builtIn); // a window of the host like any other here
+    list.windows().append(&list.defaultWindow());
+    list.defaultWindow().switchOn();
+    list.defaultWindow().setTitle(L"Copied");
+    added.switchOn();
+
+    qelProgressCtrlWindowController assigned;
+    Recorder gone(1);
+    assigned.append(&gone);
+    assigned = list;
+    qelProgressCtrlWindowController copied(list);
+    for (qelProgressCtrlWindowController* copy : {&copied, &assigned})
+    {
+        ASSERT_EQ(copy->windows().length(), 5);
+        EXPECT_EQ(copy->windows()[0], &copy->defaultWindow());
+        EXPECT_EQ(copy->windows()[1], &added);
+        EXPECT_EQ(copy->windows()[2], nullptr);
+        EXPECT_EQ(copy->windows()[3], &builtIn);
+        EXPECT_EQ(copy->windows()[4], &copy->defaultWindow());
+        EXPECT_EQ(copy->windows().growLength(), 8);
+        EXPECT_EQ(copy->defaultWindow().getOn(), 1);
+        qelString title;
+        copy->defaultWindow().getTitle(title);
+        EXPECT_STREQ(title.getStringW(), L"Copied");
+    }
+
+    // Independent from now on.
+    EXPECT_EQ(copied.append(&gone), 5);
+    EXPECT_EQ(list.windows().length(), 5);
+    EXPECT_EQ(copied.defaultWindow().getOn(), 0);
+    EXPECT_EQ(list.defaultWindow().getOn(), 1);
+}
+
+TEST_F(qelProgressControl, AListAssignedToItselfStaysAsItIs)
+{
+    qelProgressCtrlWindowController list;
+    Recorder added(1);
+    list.append(&added);
+    const qelProgressCtrlWindowController& same = list;
+    list = same;
+    ASSERT_EQ(list.windows().length(), 2);
+    EXPECT_EQ(list.windows()[0], &list.defaultWindow());
+    EXPECT_EQ(list.windows()[1], &added);
+}
+
+TEST_F(qelProgressControl, AListStaysAsItIsWhenAnotherOneCannotBeTakenOver)
+{
+    qelProgressCtrlWindowController list;
+    qelProgressCtrlWindowController other;
+    Recorder added(1);
+    other.append(&added);
+    other.defaultWindow().setTitle(L"Other");
+    const int failures = qelTest::failEveryAllocation([&] { list = other; },
+                                                      [&] {
+                                                          EXPECT_EQ(list.windows().length(), 1);
+                                                          qelString title;
+                                                          list.defaultWindow().getTitle(title);
+                                                          EXPECT_EQ(title.isEmpty(), 1);
+                                                      });
+    EXPECT_EQ(failures, 1);
+    EXPECT_EQ(list.windows().length(), 2);
 }
 
 TEST_F(qelProgressControl, DoesNothingWhenNoWindowIsSwitchedOn)

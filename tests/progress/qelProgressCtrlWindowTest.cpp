@@ -2,6 +2,7 @@
 
 #include "ScreenDialogs.h"
 #include "qelProgressCtrl.h"
+#include "support/FailingAllocation.h"
 #include "support/ImportHook.h"
 
 #include <gtest/gtest.h>
@@ -275,10 +276,6 @@ TEST_F(qelProgressWindow, ShowsADialogLikeTheTemplate)
     EXPECT_NE(style & DS_MODALFRAME, 0U);
     EXPECT_NE(style & WS_CAPTION, static_cast<DWORD>(WS_CAPTION));
 
-    RECT client = {};
-    GetClientRect(dialog, &client);
-    EXPECT_TRUE(equal(client, pixels(dialog, 0, 0, 169, 48))) << client.right << " by " << client.bottom;
-
     LOGFONTW font = {};
     const HFONT handle = reinterpret_cast<HFONT>(SendMessageW(dialog, WM_GETFONT, 0, 0));
     ASSERT_NE(GetObjectW(handle, sizeof(font), &font), 0);
@@ -303,7 +300,25 @@ TEST_F(qelProgressWindow, ShowsADialogLikeTheTemplate)
     EXPECT_EQ(textOf(percent), L"");
     EXPECT_TRUE(IsWindowVisible(percent));
     EXPECT_EQ(GetWindowLongW(percent, GWL_STYLE) & (SS_TYPEMASK | SS_SUNKEN), SS_CENTER | SS_SUNKEN);
-    EXPECT_TRUE(equal(placeIn(dialog, percent), pixels(dialog, 46, 32, 78, 8)));
+}
+
+// Checks of other resolutions: see printDialogPlaces.
+TEST_F(qelProgressWindow, GrowsWhereBarOrPercentageWouldNotBeSeen)
+{
+    window.activate(L"");
+    const HWND dialog = onlyDialog();
+    // As the template has them, in the units of this screen.
+    const RECT client = pixels(dialog, 0, 0, 169, 48);
+    const RECT percent = pixels(dialog, 46, 32, 78, 8);
+
+    const LONG width = client.right < 310 ? 310 : client.right;
+    const bool covered = percent.top < 60 && percent.bottom > 40;
+    const LONG down = covered ? 64 - percent.top : 0;
+    RECT placed = {};
+    GetClientRect(dialog, &placed);
+    EXPECT_TRUE(equal(placed, RECT{0, 0, width, client.bottom + down})) << placed.right << " by " << placed.bottom;
+    EXPECT_TRUE(equal(placeIn(dialog, GetDlgItem(dialog, 1003)),
+                      RECT{percent.left, percent.top + down, percent.right, percent.bottom + down}));
 }
 
 TEST_F(qelProgressWindow, MakesASmoothBarFromZeroToAHundred)
@@ -338,6 +353,13 @@ TEST_F(qelProgressWindow, ShowsEveryPercentageOnBarAndText)
     EXPECT_EQ(window.setPercentage(0, 1), 1);
     EXPECT_EQ(positionOf(dialog), 0);
     EXPECT_EQ(percentTextOf(dialog), L"0%");
+}
+
+TEST_F(qelProgressWindow, ShowsAPercentageWithoutAskingForMemory)
+{
+    window.activate(L"Title");
+    EXPECT_EQ(qelTest::failEveryAllocation([this] { EXPECT_EQ(window.setPercentage(42), 1); }, [] {}), 0);
+    EXPECT_EQ(percentTextOf(onlyDialog()), L"42%");
 }
 
 TEST_F(qelProgressWindow, ShowsTitlesOfEveryKind)
@@ -691,12 +713,6 @@ LRESULT WINAPI sendMessage(HWND window, UINT message, WPARAM wParam, LPARAM lPar
     return SendMessageW(window, message, wParam, lParam);
 }
 
-BOOL WINAPI isWindow(HWND window)
-{
-    Calls::s_calls.push_back("IsWindow");
-    return IsWindow(window);
-}
-
 BOOL WINAPI showWindow(HWND window, int how)
 {
     Calls::s_calls.push_back("ShowWindow " + std::to_string(how));
@@ -757,15 +773,23 @@ TEST_F(qelProgressWindowCalls, IsHarmlessAfterTheUserHasEndedTheDialog)
     EXPECT_EQ(Calls::made(), CallList());
 }
 
-TEST_F(qelProgressWindowCalls, DoesNotEvenAskForAHandleThatAnotherWindowMayHaveByNow)
+TEST_F(qelProgressWindowCalls, LeavesAWindowAloneThatOnlyHasTheHandleOfItsDialog)
 {
+    // Handles are used again. Nothing but what the library has left in its dialog tells the two apart.
     window.activate(L"Title");
-    const ImportHook hook("IsWindow", isWindow);
-    SendMessageW(onlyDialog(), WM_COMMAND, IDCANCEL, 0);
+    const HWND other = onlyDialog();
+    SetWindowLongPtrW(other, DWLP_USER, 0);
     Calls::clear();
-    window.setPercentage(43);
-    window.reset();
+    EXPECT_EQ(window.setPercentage(43), 1);
+    EXPECT_EQ(window.setTitle(L"Other"), 1);
+    EXPECT_EQ(window.reset(), 1);
     EXPECT_EQ(Calls::made(), CallList());
+    EXPECT_EQ(window.activate(L"Next"), 1);
+    EXPECT_EQ(titleOf(other), L"Title");
+    DestroyWindow(other);
+    EXPECT_EQ(titleOf(onlyDialog()), L"Next");
+    EXPECT_EQ(window.setPercentage(7), 1);
+    EXPECT_EQ(percentTextOf(onlyDialog()), L"7%");
 }
 
 TEST_F(qelProgressWindowCalls, ShowsAFreshDialogAfterTheUserHasEndedOne)
@@ -808,6 +832,28 @@ TEST_F(qelProgressWindowCalls, SurvivesTheEndOfTheThreadThatMadeTheDialog)
     EXPECT_EQ(Calls::made(), CallList());
     EXPECT_EQ(window.activate(L"Next"), 1);
     EXPECT_NE(onlyDialog(), nullptr);
+}
+
+TEST_F(qelProgressWindowCalls, KeepsTheNextDialogWhenTheOneBeforeGoesLast)
+{
+    static qelProgressCtrlWindow* next = nullptr;
+    next = &window;
+    qelProgressCtrlWindow first;
+    first.activate(L"First");
+    const ImportHook hook("DestroyWindow", static_cast<BOOL(WINAPI*)(HWND)>([](HWND dialog) -> BOOL {
+                              qelProgressCtrlWindow* const opening = next;
+                              next = nullptr;
+                              if (opening != nullptr)
+                              {
+                                  EXPECT_EQ(opening->activate(L"Next"), 1);
+                              }
+                              return DestroyWindow(dialog);
+                          }));
+    EXPECT_EQ(first.reset(), 1);
+    ASSERT_NE(onlyDialog(), nullptr);
+    EXPECT_EQ(titleOf(onlyDialog()), L"Next");
+    EXPECT_EQ(window.setPercentage(7), 1);
+    EXPECT_EQ(percentTextOf(onlyDialog()), L"7%");
 }
 
 void resetFromElsewhere()
