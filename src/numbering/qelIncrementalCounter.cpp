@@ -78,11 +78,15 @@ qelIncrementalCounter::~qelIncrementalCounter() = default;
 // NOLINTNEXTLINE(modernize-use-equals-default): the default goes by the order of the fields
 qelIncrementalCounter& qelIncrementalCounter::operator=(const qelIncrementalCounter& other)
 {
-    m_characters = other.m_characters;
-    m_data = other.m_data;
-    m_numericOnly = other.m_numericOnly;
-    m_counterString = other.m_counterString;
-    m_callCount = other.m_callCount;
+    if (this != &other)
+    {
+        // First what may run out of memory.
+        assign(m_characters, other.m_characters.begin(), other.m_characters.length());
+        m_data = other.m_data;
+        m_numericOnly = other.m_numericOnly;
+        m_counterString = other.m_counterString;
+        m_callCount = other.m_callCount;
+    }
     return *this;
 }
 

@@ -56,15 +56,14 @@ qelProgressCtrlWindowController::qelProgressCtrlWindowController(const qelProgre
 qelProgressCtrlWindowController& qelProgressCtrlWindowController::operator=(
     const qelProgressCtrlWindowController& other)
 {
-    m_windows = other.m_windows;
+    // First what may run out of memory.
+    m_windows.setLogicalLength(other.m_windows.length());
     m_defaultWindow = other.m_defaultWindow;
-    // The other's built-in window goes with the other list.
     for (long i = 0; i < m_windows.length(); ++i)
     {
-        if (m_windows[i] == &other.m_defaultWindow)
-        {
-            m_windows[i] = &m_defaultWindow;
-        }
+        qelProgressCtrlWindow* window = other.m_windows[i];
+        // The other's built-in window goes with the other list.
+        m_windows[i] = window == &other.m_defaultWindow ? &m_defaultWindow : window;
     }
     return *this;
 }

@@ -4,7 +4,7 @@
 #include "qelDataSourcesUtilities.h"
 
 #include "config/DataSourceFixture.h"
-#include "config/FailingAllocation.h"
+#include "support/FailingAllocation.h"
 #include "support/FreshProcess.h"
 #include "support/ImportHook.h"
 

@@ -1,7 +1,7 @@
 #include "qelDataSourcesUtilities.h"
 
 #include "config/DataSourceFixture.h"
-#include "config/FailingAllocation.h"
+#include "support/FailingAllocation.h"
 #include "support/DebugOutput.h"
 
 #include <gtest/gtest.h>
