@@ -29,7 +29,7 @@ namespace
 wchar_t wideScratch[qelText::kCapacity + 1];
 char narrowScratch[qelText::kCapacity + 1];
 
-wchar_t emptyText[qelText::kUnitsPerChunk];
+wchar_t emptyText[qelUnits::kPerChunk];
 alignas(qelStringRepr) unsigned char emptyRepresentation[sizeof(qelStringRepr)];
 
 /// Holds an object that is made once and never destroyed, whatever its class says.
