@@ -101,7 +101,7 @@ int qelstrupr(char* buffer, size_t capacity)
 
 int qelwcsupr8(wchar_t* buffer, size_t capacity)
 {
-    return qelRuntimeGaps::wcsupr(buffer, capacity);
+    return _wcsupr_s(buffer, capacity);
 }
 
 int qelwcsupr6(unsigned short* buffer, size_t capacity)
@@ -116,7 +116,7 @@ int qelstrlwr(char* buffer, size_t capacity)
 
 int qelwcslwr8(wchar_t* buffer, size_t capacity)
 {
-    return qelRuntimeGaps::wcslwr(buffer, capacity);
+    return _wcslwr_s(buffer, capacity);
 }
 
 int qelwcslwr6(unsigned short* buffer, size_t capacity)
@@ -126,7 +126,7 @@ int qelwcslwr6(unsigned short* buffer, size_t capacity)
 
 int qelstrset(char* buffer, size_t capacity, int character)
 {
-    return qelRuntimeGaps::strset(buffer, capacity, character);
+    return _strset_s(buffer, capacity, character);
 }
 
 int qelwcsset8(wchar_t* buffer, size_t capacity, wchar_t character)
@@ -187,12 +187,12 @@ int qelwdupenv6(unsigned short** buffer, size_t* length, const unsigned short* n
 
 int qelsearchenv(const char* name, const char* variable, char* result, size_t capacity)
 {
-    return qelRuntimeGaps::searchenv(name, variable, result, capacity);
+    return _searchenv_s(name, variable, result, capacity);
 }
 
 int qelwsearchenv8(const wchar_t* name, const wchar_t* variable, wchar_t* result, size_t capacity)
 {
-    return qelRuntimeGaps::wsearchenv(name, variable, result, capacity);
+    return _wsearchenv_s(name, variable, result, capacity);
 }
 
 int qelwsearchenv6(const unsigned short* name, const unsigned short* variable, unsigned short* result, size_t capacity)
@@ -321,7 +321,7 @@ int qelstrerror(char* buffer, size_t capacity, int number)
 
 int qelwcserror8(wchar_t* buffer, size_t capacity, int number)
 {
-    return qelRuntimeGaps::wcserror(buffer, capacity, number);
+    return _wcserror_s(buffer, capacity, number);
 }
 
 int qelwcserror6(unsigned short* buffer, size_t capacity, int number)
