@@ -4,7 +4,8 @@
 
 #include "strings/Text.h"
 
-/// Sets are nearly always short and looked through; a long one gets a bit for every unit there is.
+/// Sets are nearly always short and of ASCII. The rest of a short one is looked through; a long one has a bit for every
+/// unit there is.
 class UnitSet
 {
 public:
@@ -13,6 +14,13 @@ public:
         : m_units(units)
         , m_length(length)
     {
+        for (size_t i = 0; i < length; ++i)
+        {
+            if (units[i] < kAscii)
+            {
+                m_ascii[units[i] / 64] |= uint64_t(1) << units[i] % 64;
+            }
+        }
         if (!isShort())
         {
             memset(m_bits, 0, sizeof m_bits);
@@ -26,10 +34,18 @@ public:
     UnitSet(const UnitSet&) = delete;
     UnitSet& operator=(const UnitSet&) = delete;
 
-    bool contains(wchar_t c) const { return isShort() ? isAmongFew(c) : (m_bits[c / kBitsPerByte] & bitOf(c)) != 0; }
+    bool contains(wchar_t c) const
+    {
+        if (c < kAscii)
+        {
+            return (m_ascii[c / 64] >> c % 64 & 1) != 0;
+        }
+        return isShort() ? isAmongFew(c) : (m_bits[c / kBitsPerByte] & bitOf(c)) != 0;
+    }
 
 private:
     static const size_t kFew = 16;
+    static const wchar_t kAscii = 0x80;
     static const unsigned kBitsPerByte = 8;
 
     static unsigned char bitOf(wchar_t c) { return static_cast<unsigned char>(1U << c % kBitsPerByte); }
@@ -48,6 +64,7 @@ private:
 
     const wchar_t* m_units;
     size_t m_length;
+    uint64_t m_ascii[kAscii / 64] = {};
     unsigned char m_bits[0x10000 / kBitsPerByte]; // of no value for a short set
 };
 

@@ -20,8 +20,8 @@ namespace qelUnits
 {
 namespace plain
 {
-/// Position of the first 0, at most `limit`. Reads no more than `limit` units.
-inline size_t measure(const wchar_t* text, size_t limit)
+/// Position of the first 0, at most `limit`. Reads no more than `limit` units or bytes.
+template <class Char> size_t measure(const Char* text, size_t limit)
 {
     size_t length = 0;
     while (length < limit && text[length] != 0)
@@ -60,9 +60,9 @@ inline const wchar_t* findPair(const wchar_t* text, const wchar_t* end, wchar_t 
 /// begins inside it can be read without looking for its end first.
 const size_t kPerChunk = 8;
 
-inline __m128i chunk(const wchar_t* text)
+inline __m128i chunk(const void* text)
 {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+    return _mm_loadu_si128(static_cast<const __m128i*>(text));
 }
 
 inline __m128i equal(const wchar_t* text, wchar_t c)
@@ -70,48 +70,81 @@ inline __m128i equal(const wchar_t* text, wchar_t c)
     return _mm_cmpeq_epi16(chunk(text), _mm_set1_epi16(static_cast<short>(c)));
 }
 
+/// A bit for each byte.
+inline unsigned bitsOf(__m128i bytes)
+{
+    return static_cast<unsigned>(_mm_movemask_epi8(bytes));
+}
+
 /// Position of the lowest bit, of which there must be one.
-inline size_t lowestBit(unsigned bits)
+inline size_t lowestBit(uint64_t bits)
 {
 #if defined(_MSC_VER)
     unsigned long position = 0;
-    _BitScanForward(&position, bits);
+    _BitScanForward64(&position, bits);
     return position;
 #else
-    return static_cast<size_t>(__builtin_ctz(bits));
+    return static_cast<size_t>(__builtin_ctzll(bits));
 #endif
 }
 
-/// A bit for each of the 32 units of an aligned block of 64 bytes, set where it is 0.
-inline unsigned zerosOfBlock(const wchar_t* block)
+const size_t kBlock = 64;
+
+/// An aligned block of 64 bytes, looked at for characters that are 0.
+template <class Char> struct Block
 {
-    const __m128i low = _mm_packs_epi16(equal(block, 0), equal(block + kPerChunk, 0));
-    const __m128i high = _mm_packs_epi16(equal(block + 2 * kPerChunk, 0), equal(block + 3 * kPerChunk, 0));
-    return static_cast<unsigned>(_mm_movemask_epi8(low)) | static_cast<unsigned>(_mm_movemask_epi8(high)) << 16;
-}
+    explicit Block(const Char* text)
+    {
+        const __m128i zero = _mm_setzero_si128();
+        for (size_t i = 0; i < 4; ++i)
+        {
+            const __m128i part = chunk(text + i * sizeof(__m128i) / sizeof(Char));
+            zeros[i] = sizeof(Char) == 1 ? _mm_cmpeq_epi8(part, zero) : _mm_cmpeq_epi16(part, zero);
+        }
+    }
+
+    bool hasZero() const
+    {
+        return bitsOf(_mm_or_si128(_mm_or_si128(zeros[0], zeros[1]), _mm_or_si128(zeros[2], zeros[3]))) != 0;
+    }
+
+    /// A bit for each byte of a 0.
+    uint64_t bits() const
+    {
+        const uint64_t low = bitsOf(zeros[0]) | bitsOf(zeros[1]) << 16;
+        const uint64_t high = bitsOf(zeros[2]) | bitsOf(zeros[3]) << 16;
+        return low | high << 32;
+    }
+
+    __m128i zeros[4];
+};
 
 /// Looks at aligned blocks: one that begins before the text or ends behind it lies in the same page.
-inline size_t measure(const wchar_t* text, size_t limit)
+template <class Char> size_t measure(const Char* text, size_t limit)
 {
-    const size_t kPerBlock = 32;
     const auto address = reinterpret_cast<uintptr_t>(text);
-    if (limit == 0 || address % sizeof(wchar_t) != 0)
+    if (limit == 0 || address % sizeof(Char) != 0)
     {
         return plain::measure(text, limit);
     }
-    const size_t before = address % (kPerBlock * sizeof(wchar_t)) / sizeof(wchar_t);
-    unsigned zeros = zerosOfBlock(text - before) >> before;
+    const size_t perBlock = kBlock / sizeof(Char);
+    const size_t before = address % kBlock;
+    uint64_t zeros = Block<Char>(text - before / sizeof(Char)).bits() >> before;
     size_t length = 0;
-    for (size_t next = kPerBlock - before; zeros == 0 && next < limit; next += kPerBlock)
+    for (size_t next = perBlock - before / sizeof(Char); zeros == 0 && next < limit; next += perBlock)
     {
-        length = next;
-        zeros = zerosOfBlock(text + length);
+        const Block<Char> block(text + next);
+        if (block.hasZero())
+        {
+            length = next;
+            zeros = block.bits();
+        }
     }
     if (zeros == 0)
     {
         return limit;
     }
-    length += lowestBit(zeros);
+    length += lowestBit(zeros) / sizeof(Char);
     return length < limit ? length : limit;
 }
 
@@ -123,10 +156,9 @@ inline size_t firstDifference(const wchar_t* a, const wchar_t* b)
     {
         const __m128i same = _mm_cmpeq_epi16(chunk(a + at), chunk(b + at));
         const __m128i goesOn = _mm_andnot_si128(equal(a + at, 0), same);
-        const auto bits = static_cast<unsigned>(_mm_movemask_epi8(goesOn));
-        if (bits != kAllEqual)
+        if (bitsOf(goesOn) != kAllEqual)
         {
-            return at + lowestBit(~bits) / sizeof(wchar_t);
+            return at + lowestBit(~bitsOf(goesOn)) / sizeof(wchar_t);
         }
     }
 }
@@ -136,10 +168,9 @@ inline const wchar_t* findPair(const wchar_t* text, const wchar_t* end, wchar_t 
     for (; static_cast<size_t>(end - text) >= kPerChunk; text += kPerChunk)
     {
         const __m128i both = _mm_and_si128(equal(text, first), equal(text + distance, last));
-        const auto bits = static_cast<unsigned>(_mm_movemask_epi8(both));
-        if (bits != 0)
+        if (bitsOf(both) != 0)
         {
-            return text + lowestBit(bits) / sizeof(wchar_t);
+            return text + lowestBit(bitsOf(both)) / sizeof(wchar_t);
         }
     }
     return plain::findPair(text, end, first, distance, last);

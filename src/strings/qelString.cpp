@@ -167,6 +167,7 @@ qelString& qelString::operator=(const qelString& other)
 {
     if (m_rep != other.m_rep)
     {
+        // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): it does not follow the count of those that share
         qelStringAccess::adopt(*this, qelStringAccess::share(other.m_rep));
     }
     return *this;
@@ -175,7 +176,8 @@ qelString& qelString::operator=(const qelString& other)
 // The new text is built before the old one goes: the argument may point into either form of it.
 qelString& qelString::operator=(const wchar_t* text)
 {
-    return qelStringAccess::assign(*this, text, qelText::measure(text));
+    qelStringAccess::assign(*this, text, qelText::measure(text));
+    return *this;
 }
 
 qelString& qelString::operator=(const unsigned short* text)
@@ -333,7 +335,7 @@ void qelString::ReleaseCharCache()
 {
     if (m_charCache != nullptr)
     {
-        qelText::scrub(m_charCache, strlen(m_charCache));
+        qelText::scrub(m_charCache, qelUnits::measure(m_charCache, SIZE_MAX));
         ::operator delete(m_charCache);
         m_charCache = nullptr;
     }

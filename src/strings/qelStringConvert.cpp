@@ -110,7 +110,7 @@ qelString& qelString::vformat(const char* fmt, va_list args)
         return empty();
     }
     const size_t bytes = formatted(vsprintf_s(qelStringTempBuffer, qelText::kCapacity, fmt, args));
-    return qelStringAccess::assign(*this, qelStringTempBuffer, strnlen(qelStringTempBuffer, bytes), CP_ACP);
+    return qelStringAccess::assign(*this, qelStringTempBuffer, qelUnits::measure(qelStringTempBuffer, bytes), CP_ACP);
 }
 
 qelString& qelString::vformat(const wchar_t* fmt, va_list args)

@@ -77,7 +77,7 @@ UINT codePageOf(int selector)
 
 qelString qelString::setFromMIFString(const char* text)
 {
-    const size_t length = text == nullptr ? 0 : strnlen(text, INT_MAX);
+    const size_t length = text == nullptr ? 0 : qelUnits::measure(text, INT_MAX);
     const qelText::NarrowBuffer decoded(length + 1);
     size_t made = 0;
     int selector = 0;
@@ -101,5 +101,6 @@ qelString qelString::setFromMIFString(const char* text)
         i += kEscapeLength;
     }
     // A decoded 0 ends the text.
-    return qelStringAccess::assign(*this, decoded.data(), strnlen(decoded.data(), made), codePageOf(selector));
+    return qelStringAccess::assign(*this, decoded.data(), qelUnits::measure(decoded.data(), made),
+                                   codePageOf(selector));
 }

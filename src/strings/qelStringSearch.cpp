@@ -38,7 +38,7 @@ int qelString::find_last_of(unsigned short c) const
 int qelString::find_last_of(char c) const
 {
     const char* text = getStringA();
-    const int bytes = static_cast<int>(strlen(text));
+    const int bytes = static_cast<int>(qelUnits::measure(text, SIZE_MAX));
     const int units = length();
     // A narrow form that is shorter than the text is read up to its terminator and no further.
     int i = units <= bytes ? units - 1 : bytes;

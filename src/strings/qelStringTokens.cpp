@@ -13,8 +13,8 @@ class Scanner
 public:
     Scanner(const wchar_t* text, const UnitSet& separators, const UnitSet& quotes)
         : m_next(text)
-        , m_separators(separators)
-        , m_quotes(quotes)
+        , m_separators(&separators)
+        , m_quotes(&quotes)
     {
     }
 
@@ -22,18 +22,18 @@ public:
     bool find()
     {
         // A unit that is both counts as a quote.
-        while (*m_next != 0 && m_separators.contains(*m_next) && !m_quotes.contains(*m_next))
+        while (*m_next != 0 && m_separators->contains(*m_next) && !m_quotes->contains(*m_next))
         {
             ++m_next;
         }
         m_token = m_next;
         while (*m_next != 0)
         {
-            if (m_quotes.contains(*m_next))
+            if (m_quotes->contains(*m_next))
             {
                 m_next = behindQuoted(m_next);
             }
-            else if (!m_separators.contains(*m_next))
+            else if (!m_separators->contains(*m_next))
             {
                 ++m_next;
             }
@@ -69,8 +69,8 @@ private:
 
     const wchar_t* m_next;
     const wchar_t* m_token = nullptr;
-    const UnitSet& m_separators;
-    const UnitSet& m_quotes;
+    const UnitSet* m_separators;
+    const UnitSet* m_quotes;
 };
 } // namespace
 
