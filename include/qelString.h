@@ -124,7 +124,7 @@ public:
     /// Process-wide scratch buffer of 524,288 bytes.
     static char* qelStringTempBuffer;
 
-    /// @name Life
+    /// @name Construction and assignment
     /// @{
 
     /// The empty text.

@@ -32,8 +32,8 @@ inline wchar_t unit(char byte)
 /// WideCharToMultiByte to the ANSI code page with "?" for what it lacks; a null target measures.
 inline int toAnsi(const wchar_t* text, int length, char* target, int capacity)
 {
-    // UTF-8 lacks nothing and refuses a default character. Nearly all others have "?" by themselves, and are faster when
-    // they are not asked for it.
+    // UTF-8 lacks nothing and refuses a default character. Nearly all other code pages use "?" without being told, and
+    // telling them is slow.
     CPINFO page;
     const bool byItself = GetACP() == CP_UTF8 ||
                           (GetCPInfo(CP_ACP, &page) != 0 && page.DefaultChar[0] == '?' && page.DefaultChar[1] == 0);

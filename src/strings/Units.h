@@ -56,8 +56,8 @@ inline const wchar_t* findPair(const wchar_t* text, const wchar_t* end, wchar_t 
 
 #if defined(QEL_HAS_SSE2)
 
-/// Units that one instruction takes. The text of a representation is stored in whole chunks, so that a chunk that
-/// begins inside it can be read without looking for its end first.
+/// Units in a chunk, which is what one instruction takes. The text of a representation is stored in whole chunks: a chunk
+/// that begins inside it can be read before its end is known.
 const size_t kPerChunk = 8;
 
 inline __m128i chunk(const void* text)
@@ -70,7 +70,7 @@ inline __m128i equal(const wchar_t* text, wchar_t c)
     return _mm_cmpeq_epi16(chunk(text), _mm_set1_epi16(static_cast<short>(c)));
 }
 
-/// A bit for each byte.
+/// The highest bit of each byte.
 inline unsigned bitsOf(__m128i bytes)
 {
     return static_cast<unsigned>(_mm_movemask_epi8(bytes));
@@ -108,7 +108,7 @@ template <class Char> struct Block
         return bitsOf(_mm_or_si128(_mm_or_si128(zeros[0], zeros[1]), _mm_or_si128(zeros[2], zeros[3]))) != 0;
     }
 
-    /// A bit for each byte of a 0.
+    /// A bit for each byte, set where its character is 0.
     uint64_t bits() const
     {
         const uint64_t low = bitsOf(zeros[0]) | bitsOf(zeros[1]) << 16;

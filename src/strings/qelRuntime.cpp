@@ -1,4 +1,4 @@
-// Each wide function stands in its wchar_t form; the form for unsigned short hands the same memory to it.
+// Wide functions are written for wchar_t; the forms for unsigned short hand the same memory on to them.
 
 #include "qelRuntime.h"
 
@@ -347,7 +347,7 @@ int qelfopen(FILE** file, const qelString& name, const qelString& mode)
 {
     if (file != nullptr)
     {
-        // What _wfopen is; Visual C++ marks only the short name as deprecated.
+        // The same as _wfopen, which Visual C++ marks as deprecated.
         *file = _wfsopen(name.getStringW(), mode.getStringW(), _SH_DENYNO);
     }
     return 0;

@@ -1,4 +1,5 @@
-// Life, access, comparison operators and concatenation. The other operations stand in qelString*.cpp by topic.
+// Construction, assignment, access, comparison operators and concatenation. The other operations are in qelString*.cpp,
+// by topic.
 
 #include "qelString.h"
 

@@ -23,8 +23,8 @@ bool isRadix(int radix)
     return radix >= 2 && radix <= 36;
 }
 
-/// Length of what a formatting function of the runtime left in a scratch buffer. One runtime reports a result that does
-/// not fit as a failure, another one cuts it without a terminator: it counts as empty with both.
+/// Length of a formatted result in a scratch buffer, from what the runtime returned. A result that does not fit is a
+/// failure of the UCRT, and msvcrt cuts it without a terminator: it counts as empty with both.
 size_t formatted(int result)
 {
     return result < 0 || static_cast<size_t>(result) >= qelText::kCapacity ? 0 : static_cast<size_t>(result);

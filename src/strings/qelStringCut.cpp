@@ -24,7 +24,7 @@ size_t countInside(const wchar_t* text, int start, int count)
     return reached > before ? reached - before : 0;
 }
 
-/// Makes a part of the text of `text` its whole.
+/// Sets `text` to a part of its own text.
 void keep(qelString& text, const wchar_t* part, size_t length)
 {
     if (qelText::fits(length))

@@ -21,7 +21,7 @@ bool isBeyondAscii(wchar_t c)
     return c >= 0x80;
 }
 
-/// Whether _wtoi may read on over it: the digits of other scripts are not told apart from the rest of theirs.
+/// Whether _wtoi may read `c` as a digit. It knows those of other scripts; here everything beyond ASCII may be one.
 bool isPartOfNumber(wchar_t c)
 {
     return isDigit(c) || isBeyondAscii(c);
