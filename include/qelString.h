@@ -91,9 +91,9 @@ private:
  * object is next changed or destroyed. Text and narrow forms are overwritten with zeros before their memory is freed.
  *
  * @par Threads
- * Not thread-safe, not even for separate objects: keep all use of the class on one thread at a time. The reference count
- * of a shared text is a plain integer, and several operations work without a lock in two buffers that belong to the
- * process (qelStringTempBufferWide and qelStringTempBuffer).
+ * Not thread-safe, not even for separate objects: keep all use of the class on one thread at a time. The reference
+ * count of a shared text is a plain integer, and several operations work without a lock in two buffers that belong to
+ * the process (qelStringTempBufferWide and qelStringTempBuffer).
  *
  * @par Cost
  * Copying and isEmpty() are O(1). length() measures the text on every call, O(n). A change is one allocation and O(n),
@@ -493,12 +493,12 @@ public:
 private:
     friend struct qelStringAccess;
 
-    /// The text of `chars[first..last]`; empty when the range is none. An empty array leaves m_rep null. The library does
-    /// not call it: it is kept as an exported name.
+    /// The text of `chars[first..last]`; empty when the range is none. An empty array leaves m_rep null. The library
+    /// does not call it: it is kept as an exported name.
     qelString(const qelArray<wchar_t>& chars, int first, int last);
 
-    /// Appends every unit of the text to `chars`, which is not cleared first. The library does not call it: it is kept as
-    /// an exported name.
+    /// Appends every unit of the text to `chars`, which is not cleared first. The library does not call it: it is kept
+    /// as an exported name.
     void StringToArr(qelArray<wchar_t>& chars) const;
 
     void ReleaseRep();

@@ -1,4 +1,4 @@
-// How the sources of qelString make texts and hand them over. Private to them; not exported, as private members would be.
+// How the sources of qelString make texts and hand them over. Private members would be exported, these are not.
 #ifndef QEL_STRING_ACCESS_H
 #define QEL_STRING_ACCESS_H
 

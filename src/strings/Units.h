@@ -1,4 +1,4 @@
-// Loops over the units of a text, by vector instructions where the processor has them. Not part of the public interface.
+// Loops over the units of a text, with vector instructions on x64. Not part of the public interface.
 //
 // Each function has a plain twin in qelUnits::plain that says what it does and serves other processors.
 #ifndef QEL_UNITS_H
@@ -56,7 +56,7 @@ inline const wchar_t* findPair(const wchar_t* text, const wchar_t* end, wchar_t 
 
 #if defined(QEL_HAS_SSE2)
 
-/// Units in a chunk, which is what one instruction takes. The text of a representation is stored in whole chunks: a chunk
+/// Units in a chunk, which is what one instruction takes. The text of a representation is stored in whole chunks: one
 /// that begins inside it can be read before its end is known.
 const size_t kPerChunk = 8;
 

@@ -238,8 +238,8 @@ const wchar_t& qelString::operator[](int index) const
     return m_rep->m_data[index];
 }
 
-// Goes through the scratch buffer: a write over the terminator lets the text run on into what the buffer held behind it.
-// Deliberate.
+// Goes through the scratch buffer: a write over the terminator lets the text run on into what the buffer held behind
+// it. Deliberate.
 qelString& qelString::setAt(int index, const wchar_t& c)
 {
     const wchar_t unit = c;
