@@ -21,6 +21,10 @@ class qelString;
  * Modules that call the runtime through these functions all use the runtime of this library, so streams, environment
  * and error texts are the same for all of them.
  *
+ * The narrow form of a function takes bytes, the form with suffix 8 `wchar_t` and the form with suffix 6
+ * `unsigned short`. 6 and 8 are one function under two names: both types hold the same UTF-16 text. A capacity is the
+ * whole size of a buffer in elements, terminator included: bytes for narrow text, 16-bit units for wide text.
+ *
  * @par Example
  * @code
  * wchar_t path[260];
@@ -41,25 +45,17 @@ class qelString;
  * The caller owns the buffer of qeldupenv(), the text of qelGetBSTR8() and the stream of qelfopen().
  *
  * @par Threads
- * Any: the functions keep nothing between calls. A buffer or stream is used by one thread at a time, and the
- * environment must not change while a function reads it. Where a qelString is taken, its rule counts.
+ * Thread-safe: the functions keep nothing between calls. A buffer or stream is used by one thread at a time, and the
+ * environment must not change while a function reads it. Functions that take a qelString stay on its thread.
  *
  * @par Failure
  * Where nothing else is said, 0 for success, else the runtime's error code, unchanged: EINVAL (22) for an argument that
- * cannot be, ERANGE (34) for a buffer that is too small. Nothing is ever cut, unless it is said, and take nothing from
- * a buffer after a failure: in most functions it then holds the empty text.
+ * cannot be, ERANGE (34) for a buffer that is too small. Nothing is cut, unless a function says so. Do not use a buffer
+ * after a failure: in most functions it then holds the empty text.
  *
  * An invalid argument, and in most functions a buffer that is too small, goes to the runtime's invalid-parameter
  * handling. On the UCRT (Visual C++) its handler ends the process unless the host has set another; on msvcrt (MinGW)
  * there is none and the error code comes back.
- *
- * @par Forms
- * The narrow form takes bytes, the form with suffix 8 `wchar_t` and the form with suffix 6 `unsigned short`. 6 and 8
- * are one function under two names: both types hold the same UTF-16 text.
- *
- * @par Capacity
- * It is the whole size of the buffer in elements, terminator included: bytes for narrow text, 16-bit units for wide
- * text.
  *
  * @{
  */

@@ -13,13 +13,13 @@
 
 struct tm;
 class qelString;
+struct qelStringAccess;
 
 /**
- * @brief A text and the number of qelString objects that share it.
+ * @brief Holds a text and its reference count, so that copies of a qelString can share one buffer (copy-on-write).
  * @ingroup text
  *
- * What a copy of a text shares with the first one. Only qelString makes these, and it never writes to a text once built
- * (qelString::strRev() excepted).
+ * Only qelString makes these. It never writes to a text once built; qelString::strRev() is the one exception.
  *
  * @par Example
  * @code
@@ -32,7 +32,7 @@ class qelString;
  * It belongs to the strings that share it and goes with the last of them. Representation and text are one block.
  *
  * @par Threads
- * The count is a plain integer: strings that share a text stay on one thread.
+ * The reference count is not thread-safe: it is a plain integer, so strings that share a text stay on one thread.
  */
 class QEL_API qelStringRepr
 {
@@ -51,28 +51,27 @@ public:
 
 private:
     friend class qelString;
+    friend struct qelStringAccess;
 
-    /// Takes over `data`, which holds the text of the new representation; the count starts at 1.
+    /// Refers to `data`, which holds the text of the new representation; the count starts at 1.
     explicit qelStringRepr(wchar_t* data);
-
-    /// A representation with room for `length` units and the terminator, which is set; the rest is for the caller.
-    static qelStringRepr* create(size_t length);
-
-    /// Counts one more string that shares this representation, and returns it.
-    qelStringRepr* share();
 
     wchar_t* m_data; ///< the text, ended by a 0 unit
     int m_refCount;  ///< objects that share this representation
 };
 
 /**
- * @brief Shared, immutable UTF-16 text.
+ * @brief The string class of the library: UTF-16 text with copy-on-write.
  * @ingroup text
  *
- * Every interface of the library that takes or returns text uses this type. Copies of one text travel through the whole
- * application, in and out of functions by value, in lists, in records: sharing makes a copy one counter increment, at
- * the price of an allocation for every change, since a text is never changed in place. The narrow form (process's ANSI
- * code page) is made on demand.
+ * Every interface of the library that takes or returns text uses it. Strings that are copies of each other share one
+ * text, so a copy costs one increment of a reference count, and strings go into and out of functions by value. A change
+ * builds a new text and leaves the one that others share as it is. The text in the process's ANSI code page, its narrow
+ * form, is made on demand.
+ *
+ * Positions and lengths count UTF-16 code units, from 0; "not found" is -1. A character beyond U+FFFF takes two units.
+ * Comparison is by unit, so case-sensitive; compareNoCase() is case-insensitive, compareWithNumbers() sorts as people
+ * count.
  *
  * @par Example
  * @code
@@ -92,22 +91,19 @@ private:
  * object is next changed or destroyed. Text and narrow forms are overwritten with zeros before their memory is freed.
  *
  * @par Threads
- * Keep all use of the class on one thread at a time: the count of a shared text is a plain integer, and several
- * operations work in two buffers that belong to the process (qelStringTempBufferWide and qelStringTempBuffer), without
- * a lock.
+ * Not thread-safe, not even for separate objects: keep all use of the class on one thread at a time. The reference
+ * count of a shared text is a plain integer, and several operations work without a lock in two buffers that belong to
+ * the process (qelStringTempBufferWide and qelStringTempBuffer).
  *
  * @par Cost
- * Copying and isEmpty() are O(1). length() measures the text on every call, O(n). Every change is a new text: one
- * allocation and O(n), where the member says nothing else.
+ * Copying and isEmpty() are O(1). length() measures the text on every call, O(n). A change is one allocation and O(n),
+ * where the member says nothing else.
  *
  * @par Failure
  * Nothing reports an error or throws by itself; memory that cannot be had surfaces from the allocation. A text has at
  * most 524,288 units: longer text given to a constructor or an assignment is cut there. Results of concatenation,
  * replacement and formatting end at 524,287 units: a longer one goes to the C runtime's invalid-parameter handling,
  * which may end the process; where that returns, the result is the empty text.
- *
- * @par Positions and lengths
- * They count 16-bit units from 0; "not found" is -1. A character outside the basic plane takes two units.
  */
 class QEL_API qelString
 {
@@ -128,7 +124,7 @@ public:
     /// Process-wide scratch buffer of 524,288 bytes.
     static char* qelStringTempBuffer;
 
-    /// @name Life
+    /// @name Construction and assignment
     /// @{
 
     /// The empty text.
@@ -279,7 +275,7 @@ public:
     /// @{
 
     /// Position of the first `what` at or after `start`, or -1; also -1 when `start` is negative or not below length().
-    /// O(n) for ordinary text, O(n * what.length()) when the beginning of `what` occurs nearly everywhere.
+    /// O(n).
     int find(const qelString& what, int start = 0) const;
 
     /// Position of the last `c`, or -1.
@@ -348,7 +344,8 @@ public:
     /// The last `n` units; empty for a negative `n`, the whole text (shared) for `n` at or above length().
     qelString right(int n) const;
 
-    /// Up to `count` units from `start`; a start outside the text or a negative count gives the empty text.
+    /// Up to `count` units from `start`, all that are left for a negative count; a start outside the text gives the
+    /// empty text.
     qelString mid(int start, int count) const;
 
     /// The text from `start` on; a start outside the text gives the empty text.
@@ -424,6 +421,14 @@ public:
     /// The platform's format language: "%s" takes wide text in wide formats and narrow text in narrow ones, "%S" the
     /// other way round. Narrow results are converted from the ANSI code page. A null format gives the empty text. An
     /// argument may be this string's own text.
+    ///
+    /// A qelString is no argument for "%s". It compiles, often without a warning, and prints garbage: pass its text.
+    /// @code
+    /// const qelString profile = L"HEA 200";
+    /// qelString label;
+    /// label.format(L"%s x %d", profile.getStringW(), 4);     // == L"HEA 200 x 4"
+    /// label.format("%s x %d", profile.getStringA(), 4);      // == L"HEA 200 x 4"
+    /// @endcode
     /// @{
 
     /// Sets this string to the formatted text and returns it.
@@ -486,24 +491,14 @@ public:
     /// @}
 
 private:
-    class Trimming;
+    friend struct qelStringAccess;
 
-    /// The text of `chars[first..last]`; empty when the range is none. An empty array leaves m_rep null.
+    /// The text of `chars[first..last]`; empty when the range is none. An empty array leaves m_rep null. The library
+    /// does not call it: it is kept as an exported name.
     qelString(const qelArray<wchar_t>& chars, int first, int last);
 
-    /// Takes over a representation whose count already covers the new string.
-    explicit qelString(qelStringRepr* rep);
-
-    /// A new representation of `length` units, or the empty one; `text` holds no terminator among them.
-    static qelStringRepr* represent(const wchar_t* text, size_t length);
-
-    /// The same for `length` bytes in a code page; cut at the greatest length.
-    static qelStringRepr* represent(const char* text, size_t length, unsigned codePage);
-
-    /// Releases text and narrow form and takes over `rep`, whose count already covers this string.
-    qelString& adopt(qelStringRepr* rep);
-
-    /// Appends every unit of the text to `chars`, which is not cleared first.
+    /// Appends every unit of the text to `chars`, which is not cleared first. The library does not call it: it is kept
+    /// as an exported name.
     void StringToArr(qelArray<wchar_t>& chars) const;
 
     void ReleaseRep();

@@ -26,11 +26,10 @@
 // NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables): the one place for what lives as long as the process
 namespace
 {
-// One more than they hold: a C runtime that cannot convert a text while formatting puts a 0 right behind the buffer.
-wchar_t wideScratch[qelText::kCapacity + 1];
-char narrowScratch[qelText::kCapacity + 1];
+wchar_t wideScratch[qelText::kCapacity];
+char narrowScratch[qelText::kCapacity];
 
-wchar_t emptyText[qelText::kUnitsPerChunk];
+wchar_t emptyText[qelUnits::kPerChunk];
 alignas(qelStringRepr) unsigned char emptyRepresentation[sizeof(qelStringRepr)];
 
 /// Holds an object that is made once and never destroyed, whatever its class says.

@@ -20,10 +20,10 @@ bool allDigits(const qelString& text)
     return true;
 }
 
-/// The one-character text of NUL is empty, and so in no text.
+/// The one-character text of NUL is the empty one, which every text has but the empty one.
 bool occursIn(wchar_t c, const wchar_t* text)
 {
-    return c != 0 && wcschr(text, c) != nullptr;
+    return *text != 0 && wcschr(text, c) != nullptr;
 }
 
 void assign(qelArray<wchar_t>& characters, const wchar_t* code, long length)
@@ -165,10 +165,11 @@ wchar_t qelIncrementalCounter::incrementAtPosition(wchar_t current, qelString ex
 {
     const int first = initChar();
     const wchar_t* left = excluded.getStringW();
+    const wchar_t before = current;
     do
     {
         current = static_cast<wchar_t>(current + 1);
-    } while (occursIn(current, left) && current - first < m_data.range);
+    } while (occursIn(current, left) && current - first < m_data.range && current != before);
 
     // An equality by design: a character behind the end of the range never starts over.
     carry = current - first == m_data.range ? 1 : 0;

@@ -16,9 +16,9 @@ inline size_t mostBytes()
 /// Bytes of the ANSI code page before the terminator, at most as many as the longest text can need; 0 for null.
 inline size_t measure(const char* text)
 {
-    const size_t length = text == nullptr ? 0 : strnlen(text, qelText::kCapacity);
+    const size_t length = text == nullptr ? 0 : qelUnits::measure(text, qelText::kCapacity);
     // Only where a character takes several bytes can more of them still be needed.
-    return length < qelText::kCapacity ? length : length + strnlen(text + length, mostBytes() - length);
+    return length < qelText::kCapacity ? length : length + qelUnits::measure(text + length, mostBytes() - length);
 }
 
 /// The unit that one byte of the ANSI code page stands for; 0 for a byte that is no character by itself.
@@ -32,11 +32,14 @@ inline wchar_t unit(char byte)
 /// WideCharToMultiByte to the ANSI code page with "?" for what it lacks; a null target measures.
 inline int toAnsi(const wchar_t* text, int length, char* target, int capacity)
 {
-    // UTF-8 lacks nothing and refuses a default character.
-    const bool complete = GetACP() == CP_UTF8;
+    // UTF-8 lacks nothing and refuses a default character. Nearly all other code pages use "?" without being told, and
+    // telling them is slow.
+    CPINFO page;
+    const bool byItself = GetACP() == CP_UTF8 ||
+                          (GetCPInfo(CP_ACP, &page) != 0 && page.DefaultChar[0] == '?' && page.DefaultChar[1] == 0);
     BOOL usedDefault = FALSE;
-    return WideCharToMultiByte(CP_ACP, 0, text, length, target, capacity, complete ? nullptr : "?",
-                               complete ? nullptr : &usedDefault);
+    return WideCharToMultiByte(CP_ACP, 0, text, length, target, capacity, byItself ? nullptr : "?",
+                               byItself ? nullptr : &usedDefault);
 }
 } // namespace qelCodePage
 

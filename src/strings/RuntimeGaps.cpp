@@ -5,15 +5,6 @@
 #include <string.h>
 #include <wchar.h>
 
-namespace
-{
-/// Wine's runtimes do not tell that nothing could be written.
-int countOrFailure(FILE* file, bool failedBefore, int count)
-{
-    return !failedBefore && ferror(file) != 0 ? -1 : count;
-}
-} // namespace
-
 #if defined(_UCRT) || defined(_MSC_VER)
 
 int qelRuntimeGaps::dupenv(char** buffer, size_t* length, const char* name)
@@ -26,50 +17,16 @@ int qelRuntimeGaps::wdupenv(wchar_t** buffer, size_t* length, const wchar_t* nam
     return _wdupenv_s(buffer, length, name);
 }
 
-int qelRuntimeGaps::strset(char* buffer, size_t capacity, int character)
-{
-    return _strset_s(buffer, capacity, character);
-}
-
-int qelRuntimeGaps::wcserror(wchar_t* buffer, size_t capacity, int number)
-{
-    return _wcserror_s(buffer, capacity, number);
-}
-
-int qelRuntimeGaps::wcsupr(wchar_t* buffer, size_t capacity)
-{
-    return _wcsupr_s(buffer, capacity);
-}
-
-int qelRuntimeGaps::wcslwr(wchar_t* buffer, size_t capacity)
-{
-    return _wcslwr_s(buffer, capacity);
-}
-
-int qelRuntimeGaps::searchenv(const char* name, const char* variable, char* result, size_t capacity)
-{
-    return _searchenv_s(name, variable, result, capacity);
-}
-
-int qelRuntimeGaps::wsearchenv(const wchar_t* name, const wchar_t* variable, wchar_t* result, size_t capacity)
-{
-    return _wsearchenv_s(name, variable, result, capacity);
-}
-
 // What vfprintf and vfwprintf are in Visual C++'s headers; those of MinGW make something else of the names.
 
 int qelRuntimeGaps::print(FILE* file, const char* format, va_list args)
 {
-    const bool failedBefore = ferror(file) != 0;
-    const int count = __stdio_common_vfprintf(_CRT_INTERNAL_LOCAL_PRINTF_OPTIONS, file, format, nullptr, args);
-    return countOrFailure(file, failedBefore, count);
+    return __stdio_common_vfprintf(_CRT_INTERNAL_LOCAL_PRINTF_OPTIONS, file, format, nullptr, args);
 }
 
 int qelRuntimeGaps::print(FILE* file, const wchar_t* format, va_list args)
 {
-    const bool failedBefore = ferror(file) != 0;
-    const int count = __stdio_common_vfwprintf(_CRT_INTERNAL_LOCAL_PRINTF_OPTIONS, file, format, nullptr, args);
-    return countOrFailure(file, failedBefore, count);
+    return __stdio_common_vfwprintf(_CRT_INTERNAL_LOCAL_PRINTF_OPTIONS, file, format, nullptr, args);
 }
 
 #else
@@ -137,20 +94,6 @@ template <typename Char> int duplicate(Char** buffer, size_t* length, const Char
     }
     return 0;
 }
-
-template <typename Char>
-int searchFolders(errno_t (*search)(const Char*, const Char*, Char*, size_t), const Char* name, const Char* variable,
-                  Char* result, size_t capacity)
-{
-    if (name != nullptr && *name == 0 && result != nullptr && capacity != 0)
-    {
-        *result = 0;
-        return fail(ENOENT);
-    }
-    const Char none = 0;
-    const int code = search(name, variable == nullptr ? &none : variable, result, capacity);
-    return code == 0 && result != nullptr && *result == 0 ? fail(ERANGE) : code;
-}
 } // namespace
 
 int qelRuntimeGaps::dupenv(char** buffer, size_t* length, const char* name)
@@ -163,70 +106,16 @@ int qelRuntimeGaps::wdupenv(wchar_t** buffer, size_t* length, const wchar_t* nam
     return duplicate(buffer, length, name);
 }
 
-int qelRuntimeGaps::strset(char* buffer, size_t capacity, int character)
-{
-    if (buffer == nullptr || capacity == 0)
-    {
-        return fail(EINVAL);
-    }
-    const size_t length = strnlen(buffer, capacity);
-    if (length == capacity)
-    {
-        buffer[0] = 0;
-        return fail(EINVAL);
-    }
-    memset(buffer, character, length);
-    return 0;
-}
-
-int qelRuntimeGaps::wcserror(wchar_t* buffer, size_t capacity, int number)
-{
-    if (buffer == nullptr || capacity == 0)
-    {
-        return fail(EINVAL);
-    }
-    const wchar_t* text = _wcserror(number);
-    if (text == nullptr)
-    {
-        buffer[0] = 0;
-        return fail(ENOMEM);
-    }
-    (void)wcsncpy_s(buffer, capacity, text, _TRUNCATE);
-    return 0;
-}
-
-int qelRuntimeGaps::wcsupr(wchar_t* buffer, size_t capacity)
-{
-    return capacity == 0 ? fail(EINVAL) : _wcsupr_s(buffer, capacity);
-}
-
-int qelRuntimeGaps::wcslwr(wchar_t* buffer, size_t capacity)
-{
-    return capacity == 0 ? fail(EINVAL) : _wcslwr_s(buffer, capacity);
-}
-
-int qelRuntimeGaps::searchenv(const char* name, const char* variable, char* result, size_t capacity)
-{
-    return searchFolders<char>(&_searchenv_s, name, variable, result, capacity);
-}
-
-int qelRuntimeGaps::wsearchenv(const wchar_t* name, const wchar_t* variable, wchar_t* result, size_t capacity)
-{
-    return searchFolders<wchar_t>(&_wsearchenv_s, name, variable, result, capacity);
-}
-
 // A null locale is the current one.
 
 int qelRuntimeGaps::print(FILE* file, const char* format, va_list args)
 {
-    const bool failedBefore = ferror(file) != 0;
-    return countOrFailure(file, failedBefore, _vfprintf_l(file, format, nullptr, args));
+    return _vfprintf_l(file, format, nullptr, args);
 }
 
 int qelRuntimeGaps::print(FILE* file, const wchar_t* format, va_list args)
 {
-    const bool failedBefore = ferror(file) != 0;
-    return countOrFailure(file, failedBefore, _vfwprintf_l(file, format, nullptr, args));
+    return _vfwprintf_l(file, format, nullptr, args);
 }
 
 #endif

@@ -1,4 +1,4 @@
-// Each wide function stands in its wchar_t form; the form for unsigned short hands the same memory to it.
+// Wide functions are written for wchar_t; the forms for unsigned short hand the same memory on to them.
 
 #include "qelRuntime.h"
 
@@ -101,7 +101,7 @@ int qelstrupr(char* buffer, size_t capacity)
 
 int qelwcsupr8(wchar_t* buffer, size_t capacity)
 {
-    return qelRuntimeGaps::wcsupr(buffer, capacity);
+    return _wcsupr_s(buffer, capacity);
 }
 
 int qelwcsupr6(unsigned short* buffer, size_t capacity)
@@ -116,7 +116,7 @@ int qelstrlwr(char* buffer, size_t capacity)
 
 int qelwcslwr8(wchar_t* buffer, size_t capacity)
 {
-    return qelRuntimeGaps::wcslwr(buffer, capacity);
+    return _wcslwr_s(buffer, capacity);
 }
 
 int qelwcslwr6(unsigned short* buffer, size_t capacity)
@@ -126,7 +126,7 @@ int qelwcslwr6(unsigned short* buffer, size_t capacity)
 
 int qelstrset(char* buffer, size_t capacity, int character)
 {
-    return qelRuntimeGaps::strset(buffer, capacity, character);
+    return _strset_s(buffer, capacity, character);
 }
 
 int qelwcsset8(wchar_t* buffer, size_t capacity, wchar_t character)
@@ -187,12 +187,12 @@ int qelwdupenv6(unsigned short** buffer, size_t* length, const unsigned short* n
 
 int qelsearchenv(const char* name, const char* variable, char* result, size_t capacity)
 {
-    return qelRuntimeGaps::searchenv(name, variable, result, capacity);
+    return _searchenv_s(name, variable, result, capacity);
 }
 
 int qelwsearchenv8(const wchar_t* name, const wchar_t* variable, wchar_t* result, size_t capacity)
 {
-    return qelRuntimeGaps::wsearchenv(name, variable, result, capacity);
+    return _wsearchenv_s(name, variable, result, capacity);
 }
 
 int qelwsearchenv6(const unsigned short* name, const unsigned short* variable, unsigned short* result, size_t capacity)
@@ -321,7 +321,7 @@ int qelstrerror(char* buffer, size_t capacity, int number)
 
 int qelwcserror8(wchar_t* buffer, size_t capacity, int number)
 {
-    return qelRuntimeGaps::wcserror(buffer, capacity, number);
+    return _wcserror_s(buffer, capacity, number);
 }
 
 int qelwcserror6(unsigned short* buffer, size_t capacity, int number)
@@ -347,7 +347,7 @@ int qelfopen(FILE** file, const qelString& name, const qelString& mode)
 {
     if (file != nullptr)
     {
-        // What _wfopen is; Visual C++ marks only the short name as deprecated.
+        // The same as _wfopen, which Visual C++ marks as deprecated.
         *file = _wfsopen(name.getStringW(), mode.getStringW(), _SH_DENYNO);
     }
     return 0;

@@ -1,8 +1,10 @@
-// Life, access, comparison operators and concatenation. The other operations stand in qelString*.cpp by topic.
+// Construction, assignment, access, comparison operators and concatenation. The other operations are in qelString*.cpp,
+// by topic.
 
 #include "qelString.h"
 
 #include "strings/CodePage.h"
+#include "strings/StringAccess.h"
 #include "strings/Text.h"
 
 static_assert(qelString::kMaxLength == qelText::kCapacity, "one limit, told to callers and to the library's sources");
@@ -49,21 +51,47 @@ void qelStringRepr::operator delete(void* block)
     ::operator delete(block);
 }
 
-qelStringRepr* qelStringRepr::create(size_t length)
+qelStringRepr* qelStringAccess::create(size_t length)
 {
     // One block for both: the text stands right behind the representation, in whole chunks.
-    const size_t lastChunk = length / qelText::kUnitsPerChunk * qelText::kUnitsPerChunk;
-    void* block = ::operator new(sizeof(qelStringRepr) + (lastChunk + qelText::kUnitsPerChunk) * sizeof(wchar_t));
+    const size_t lastChunk = length / qelUnits::kPerChunk * qelUnits::kPerChunk;
+    void* block = ::operator new(sizeof(qelStringRepr) + (lastChunk + qelUnits::kPerChunk) * sizeof(wchar_t));
     auto* data = reinterpret_cast<wchar_t*>(static_cast<unsigned char*>(block) + sizeof(qelStringRepr));
-    memset(data + lastChunk, 0, qelText::kUnitsPerChunk * sizeof(wchar_t));
+    memset(data + lastChunk, 0, qelUnits::kPerChunk * sizeof(wchar_t));
     return new (block, qelPlacement()) qelStringRepr(data);
 }
 
-qelStringRepr* qelStringRepr::share()
+qelStringRepr* qelStringAccess::represent(const wchar_t* text, size_t length)
 {
-    // Nobody reads the count of the empty text, which only ever grows: let it wrap round.
-    m_refCount = static_cast<int>(static_cast<unsigned>(m_refCount) + 1U);
-    return this;
+    if (length == 0)
+    {
+        return qelString::m_repEmpty;
+    }
+    qelStringRepr* rep = create(length);
+    memcpy(rep->m_data, text, length * sizeof(wchar_t));
+    return rep;
+}
+
+qelStringRepr* qelStringAccess::represent(const char* text, size_t length, unsigned codePage)
+{
+    if (length == 0)
+    {
+        return qelString::m_repEmpty;
+    }
+    // No code page makes more units than it has bytes, so one conversion into that much room does.
+    const int room = static_cast<int>(length);
+    qelStringRepr* rep = create(length);
+    const auto made = static_cast<size_t>(MultiByteToWideChar(codePage, 0, text, room, rep->m_data, room));
+    memset(rep->m_data + made, 0, (length - made) * sizeof(wchar_t));
+    const size_t units = qelText::measureOwn(rep->m_data, qelText::kCapacity);
+    // The destructor wipes up to the terminator only: nothing may stand behind it.
+    qelText::scrub(rep->m_data + units, (made - units) * sizeof(wchar_t));
+    if (units == 0)
+    {
+        delete rep;
+        return qelString::m_repEmpty;
+    }
+    return rep;
 }
 
 qelString::qelString()
@@ -73,7 +101,7 @@ qelString::qelString()
 }
 
 qelString::qelString(const wchar_t* text)
-    : m_rep(represent(text, qelText::measure(text)))
+    : m_rep(qelStringAccess::represent(text, qelText::measure(text)))
     , m_charCache(nullptr)
 {
 }
@@ -84,18 +112,18 @@ qelString::qelString(const unsigned short* text)
 }
 
 qelString::qelString(const char* text)
-    : m_rep(represent(text, qelCodePage::measure(text), CP_ACP))
+    : m_rep(qelStringAccess::represent(text, qelCodePage::measure(text), CP_ACP))
     , m_charCache(nullptr)
 {
 }
 
 qelString::qelString(const qelString& other)
-    : m_rep(other.m_rep->share())
+    : m_rep(qelStringAccess::share(other.m_rep))
     , m_charCache(nullptr)
 {
 }
 
-// Kept as callers know it: an empty array leaves no representation at all, not even the empty one.
+// Deliberate: an empty array leaves no representation at all, not even that of the empty text.
 qelString::qelString(const qelArray<wchar_t>& chars, int first, int last)
     : m_rep(nullptr)
     , m_charCache(nullptr)
@@ -115,13 +143,9 @@ qelString::qelString(const qelArray<wchar_t>& chars, int first, int last)
     {
         units += chars[i] != 0 ? 1U : 0U;
     }
-    if (units >= qelText::kCapacity)
+    if (units > 0 && qelText::fits(units))
     {
-        qelText::refuseTooLong();
-    }
-    else if (units > 0)
-    {
-        m_rep = qelStringRepr::create(units);
+        m_rep = qelStringAccess::create(units);
         wchar_t* to = m_rep->m_data;
         for (int i = first; i <= last; ++i)
         {
@@ -133,24 +157,19 @@ qelString::qelString(const qelArray<wchar_t>& chars, int first, int last)
     }
 }
 
-qelString::qelString(qelStringRepr* rep)
-    : m_rep(rep)
-    , m_charCache(nullptr)
-{
-}
-
 qelString::~qelString()
 {
     ReleaseRep();
     ReleaseCharCache();
 }
 
-// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): texts that share everything are left alone
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): two strings that share a text already are left alone
 qelString& qelString::operator=(const qelString& other)
 {
     if (m_rep != other.m_rep)
     {
-        adopt(other.m_rep->share());
+        // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): it does not follow the count of those that share
+        qelStringAccess::adopt(*this, qelStringAccess::share(other.m_rep));
     }
     return *this;
 }
@@ -158,7 +177,7 @@ qelString& qelString::operator=(const qelString& other)
 // The new text is built before the old one goes: the argument may point into either form of it.
 qelString& qelString::operator=(const wchar_t* text)
 {
-    adopt(represent(text, qelText::measure(text)));
+    qelStringAccess::assign(*this, text, qelText::measure(text));
     return *this;
 }
 
@@ -182,7 +201,7 @@ qelString qelString::setFromUnsignedShortString(const unsigned short* text)
 
 qelString& qelString::empty()
 {
-    return adopt(m_repEmpty);
+    return qelStringAccess::adopt(*this, m_repEmpty);
 }
 
 const wchar_t* qelString::getStringW() const
@@ -219,14 +238,14 @@ const wchar_t& qelString::operator[](int index) const
     return m_rep->m_data[index];
 }
 
-// Goes through the scratch buffer because a write over the terminator is to show what the buffer held behind it.
+// Goes through the scratch buffer: a write over the terminator lets the text run on into what the buffer held behind
+// it. Deliberate.
 qelString& qelString::setAt(int index, const wchar_t& c)
 {
     const wchar_t unit = c;
     const size_t units = qelText::measureOwn(m_rep->m_data);
-    if (units >= qelText::kCapacity)
+    if (!qelText::fits(units))
     {
-        qelText::refuseTooLong();
         return empty();
     }
     memcpy(qelStringTempBufferWide, m_rep->m_data, (units + 1) * sizeof(wchar_t));
@@ -271,19 +290,14 @@ qelString qelString::operator+(const qelString& other) const
 {
     const size_t front = qelText::measureOwn(m_rep->m_data);
     const size_t back = qelText::measureOwn(other.m_rep->m_data);
-    if (front + back >= qelText::kCapacity)
-    {
-        qelText::refuseTooLong();
-        return qelString();
-    }
-    if (front + back == 0)
+    if (front + back == 0 || !qelText::fits(front + back))
     {
         return qelString();
     }
-    qelStringRepr* rep = qelStringRepr::create(front + back);
+    qelStringRepr* rep = qelStringAccess::create(front + back);
     memcpy(rep->m_data, m_rep->m_data, front * sizeof(wchar_t));
     memcpy(rep->m_data + front, other.m_rep->m_data, back * sizeof(wchar_t));
-    return qelString(rep);
+    return qelStringAccess::stringOf(rep);
 }
 
 const qelString& qelString::operator+=(const qelString& other)
@@ -299,7 +313,7 @@ qelString& qelString::operator>>=(int count)
     }
     const int units = length();
     const int dropped = count < units ? count : units;
-    return adopt(represent(m_rep->m_data + dropped, static_cast<size_t>(units - dropped)));
+    return qelStringAccess::assign(*this, m_rep->m_data + dropped, static_cast<size_t>(units - dropped));
 }
 
 qelString qelString::operator>>(int count) const
@@ -307,47 +321,6 @@ qelString qelString::operator>>(int count) const
     qelString result(*this);
     result >>= count;
     return result;
-}
-
-qelStringRepr* qelString::represent(const wchar_t* text, size_t length)
-{
-    if (length == 0)
-    {
-        return m_repEmpty;
-    }
-    qelStringRepr* rep = qelStringRepr::create(length);
-    memcpy(rep->m_data, text, length * sizeof(wchar_t));
-    return rep;
-}
-
-qelStringRepr* qelString::represent(const char* text, size_t length, unsigned codePage)
-{
-    if (length == 0)
-    {
-        return m_repEmpty;
-    }
-    // No code page makes more units than it has bytes, so one conversion into that much room does.
-    const int room = static_cast<int>(length);
-    qelStringRepr* rep = qelStringRepr::create(length);
-    const auto made = static_cast<size_t>(MultiByteToWideChar(codePage, 0, text, room, rep->m_data, room));
-    memset(rep->m_data + made, 0, (length - made) * sizeof(wchar_t));
-    const size_t units = qelText::measureOwn(rep->m_data, qelText::kCapacity);
-    // Leaves nothing behind the text that its own scrubbing would not reach.
-    qelText::scrub(rep->m_data + units, (made - units) * sizeof(wchar_t));
-    if (units == 0)
-    {
-        delete rep;
-        return m_repEmpty;
-    }
-    return rep;
-}
-
-qelString& qelString::adopt(qelStringRepr* rep)
-{
-    ReleaseCharCache();
-    ReleaseRep();
-    m_rep = rep;
-    return *this;
 }
 
 void qelString::ReleaseRep()
@@ -363,7 +336,7 @@ void qelString::ReleaseCharCache()
 {
     if (m_charCache != nullptr)
     {
-        qelText::scrub(m_charCache, strlen(m_charCache));
+        qelText::scrub(m_charCache, qelUnits::measure(m_charCache, SIZE_MAX));
         ::operator delete(m_charCache);
         m_charCache = nullptr;
     }

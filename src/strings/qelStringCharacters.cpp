@@ -2,6 +2,7 @@
 
 #include "qelString.h"
 
+#include "strings/StringAccess.h"
 #include "strings/Text.h"
 
 #include <wctype.h>
@@ -16,6 +17,20 @@ bool isAll(const wchar_t* text, int (*isKind)(wint_t))
         ++text;
     }
     return *text == 0;
+}
+
+/// Gives `text` a copy of itself that `convert` has changed; the empty text where that fails.
+qelString& convertCase(qelString& text, errno_t (*convert)(wchar_t*, size_t))
+{
+    const size_t units = qelText::measureOwn(text.getStringW());
+    if (units == 0 || !qelText::fits(units))
+    {
+        return text.empty();
+    }
+    qelStringRepr* rep = qelStringAccess::represent(text.getStringW(), units);
+    const bool converted = convert(qelStringAccess::unitsOf(rep), units + 1) == 0;
+    qelStringAccess::adopt(text, rep);
+    return converted ? text : text.empty();
 }
 } // namespace
 
@@ -36,29 +51,17 @@ bool qelString::IsNumeric() const
 
 qelString& qelString::toUpper()
 {
-    const size_t units = qelText::measureOwn(m_rep->m_data);
-    if (!qelText::fits(units))
-    {
-        return empty();
-    }
-    const qelString changed(represent(m_rep->m_data, units));
-    return _wcsupr_s(changed.m_rep->m_data, units + 1) == 0 ? *this = changed : empty();
+    return convertCase(*this, _wcsupr_s);
 }
 
 qelString& qelString::toLower()
 {
-    const size_t units = qelText::measureOwn(m_rep->m_data);
-    if (!qelText::fits(units))
-    {
-        return empty();
-    }
-    const qelString changed(represent(m_rep->m_data, units));
-    return _wcslwr_s(changed.m_rep->m_data, units + 1) == 0 ? *this = changed : empty();
+    return convertCase(*this, _wcslwr_s);
 }
 
-// In place although others may share the text: callers rely on seeing all of them turned round.
+// In place: every string that shares the text is reversed with it. Deliberate.
 qelString qelString::strRev()
 {
     (void)_wcsrev(m_rep->m_data);
-    return qelString(represent(m_rep->m_data, qelText::measureOwn(m_rep->m_data)));
+    return qelStringAccess::stringOf(m_rep->m_data, qelText::measureOwn(m_rep->m_data));
 }

@@ -3,6 +3,7 @@
 #include "qelString.h"
 
 #include "strings/CodePage.h"
+#include "strings/StringAccess.h"
 #include "strings/Text.h"
 
 #include <stdio.h>
@@ -22,8 +23,8 @@ bool isRadix(int radix)
     return radix >= 2 && radix <= 36;
 }
 
-/// Length of what a formatting function of the runtime left in a scratch buffer. One runtime reports a result that does
-/// not fit as a failure, another one cuts it without a terminator: it counts as empty with both.
+/// Length of a formatted result in a scratch buffer, from what the runtime returned. A result that does not fit is a
+/// failure of the UCRT, and msvcrt cuts it without a terminator: it counts as empty with both.
 size_t formatted(int result)
 {
     return result < 0 || static_cast<size_t>(result) >= qelText::kCapacity ? 0 : static_cast<size_t>(result);
@@ -40,7 +41,7 @@ long qelString::toLong() const
     return _wtol(m_rep->m_data);
 }
 
-// The 32-bit parse is what callers have always had.
+// Deliberate: the 32-bit range only.
 long long qelString::toIntPtr() const
 {
     return _wtoi(m_rep->m_data);
@@ -109,7 +110,7 @@ qelString& qelString::vformat(const char* fmt, va_list args)
         return empty();
     }
     const size_t bytes = formatted(vsprintf_s(qelStringTempBuffer, qelText::kCapacity, fmt, args));
-    return adopt(represent(qelStringTempBuffer, strnlen(qelStringTempBuffer, bytes), CP_ACP));
+    return qelStringAccess::assign(*this, qelStringTempBuffer, qelUnits::measure(qelStringTempBuffer, bytes), CP_ACP);
 }
 
 qelString& qelString::vformat(const wchar_t* fmt, va_list args)
@@ -119,7 +120,7 @@ qelString& qelString::vformat(const wchar_t* fmt, va_list args)
         return empty();
     }
     const size_t units = formatted(vswprintf_s(qelStringTempBufferWide, qelText::kCapacity, fmt, args));
-    return adopt(represent(qelStringTempBufferWide, wcsnlen(qelStringTempBufferWide, units)));
+    return qelStringAccess::assign(*this, qelStringTempBufferWide, qelUnits::measure(qelStringTempBufferWide, units));
 }
 
 qelString& qelString::vformat(const unsigned short* fmt, va_list args)
@@ -135,7 +136,7 @@ qelString& qelString::formatTime(size_t maxSize, const char* fmt, const tm* when
     }
     const qelText::NarrowBuffer buffer(maxSize);
     const size_t bytes = strftime(buffer.data(), maxSize, fmt, when);
-    return adopt(represent(buffer.data(), bytes, CP_ACP));
+    return qelStringAccess::assign(*this, buffer.data(), bytes, CP_ACP);
 }
 
 qelString qelString::time()

@@ -2,11 +2,13 @@
 
 #include "qelString.h"
 
+#include "strings/StringAccess.h"
 #include "strings/Text.h"
+#include "strings/UnitSet.h"
 
 namespace
 {
-// Deliberately without the carriage return: callers count on its staying.
+// Deliberately without the carriage return.
 const wchar_t defaultTrimSet[] = L"\t\n ";
 const size_t defaultTrimSetLength = 3;
 
@@ -21,48 +23,50 @@ size_t countInside(const wchar_t* text, int start, int count)
     const size_t reached = qelText::measureOwn(text, before + static_cast<size_t>(count));
     return reached > before ? reached - before : 0;
 }
-} // namespace
 
-/// Takes the units that belong to a set from one end of a text.
-class qelString::Trimming
+/// Sets `text` to a part of its own text.
+void keep(qelString& text, const wchar_t* part, size_t length)
 {
-public:
-    static void front(qelString& trimmed, const wchar_t* set, size_t setLength)
+    if (qelText::fits(length))
     {
-        if (trimmed.isEmpty() != 0)
-        {
-            return;
-        }
-        const wchar_t* text = trimmed.m_rep->m_data;
-        const wchar_t* end = text + qelText::measureOwn(text);
-        while (text < end && qelText::contains(set, setLength, *text))
-        {
-            ++text;
-        }
-        keep(trimmed, text, static_cast<size_t>(end - text));
+        qelStringAccess::assign(text, part, length);
     }
+    else
+    {
+        text.empty();
+    }
+}
 
-    static void back(qelString& trimmed, const wchar_t* set, size_t setLength)
+void trimLeft(qelString& text, const UnitSet& set)
+{
+    const wchar_t* first = text.getStringW();
+    const wchar_t* end = first + qelText::measureOwn(first);
+    if (first == end)
     {
-        if (trimmed.isEmpty() != 0)
-        {
-            return;
-        }
-        const wchar_t* text = trimmed.m_rep->m_data;
-        size_t kept = qelText::measureOwn(text);
-        while (kept > 0 && qelText::contains(set, setLength, text[kept - 1]))
-        {
-            --kept;
-        }
-        keep(trimmed, text, kept);
+        return;
     }
+    while (first < end && set.contains(*first))
+    {
+        ++first;
+    }
+    keep(text, first, static_cast<size_t>(end - first));
+}
 
-private:
-    static void keep(qelString& trimmed, const wchar_t* text, size_t length)
+void trimRight(qelString& text, const UnitSet& set)
+{
+    const wchar_t* units = text.getStringW();
+    size_t kept = qelText::measureOwn(units);
+    if (kept == 0)
     {
-        trimmed.adopt(qelText::fits(length) ? represent(text, length) : m_repEmpty);
+        return;
     }
-};
+    while (kept > 0 && set.contains(units[kept - 1]))
+    {
+        --kept;
+    }
+    keep(text, units, kept);
+}
+} // namespace
 
 qelString qelString::left(int n) const
 {
@@ -75,7 +79,7 @@ qelString qelString::left(int n) const
     {
         return *this;
     }
-    return qelString(represent(m_rep->m_data, kept));
+    return qelStringAccess::stringOf(m_rep->m_data, kept);
 }
 
 qelString qelString::right(int n) const
@@ -86,13 +90,14 @@ qelString qelString::right(int n) const
         return *this;
     }
     const int kept = n < 0 ? 0 : n;
-    return qelString(represent(m_rep->m_data + (units - kept), static_cast<size_t>(kept)));
+    return qelStringAccess::stringOf(m_rep->m_data + (units - kept), static_cast<size_t>(kept));
 }
 
+// The count goes to a bounded copy, which takes a negative one for a very large one.
 qelString qelString::mid(int start, int count) const
 {
-    const size_t units = countInside(m_rep->m_data, start, count);
-    return qelString(represent(units == 0 ? nullptr : m_rep->m_data + start, units));
+    const size_t units = countInside(m_rep->m_data, start, count < 0 ? kMaxLength : count);
+    return units == 0 ? qelString() : qelStringAccess::stringOf(m_rep->m_data + start, units);
 }
 
 qelString qelString::mid(int start) const
@@ -103,7 +108,7 @@ qelString qelString::mid(int start) const
 qelString qelString::copy(const qelString& source, int start, int count)
 {
     const size_t units = countInside(source.m_rep->m_data, start, count);
-    return adopt(represent(units == 0 ? nullptr : source.m_rep->m_data + start, units));
+    return units == 0 ? empty() : qelStringAccess::assign(*this, source.m_rep->m_data + start, units);
 }
 
 qelString qelString::copy(const qelString& source, int start)
@@ -113,22 +118,22 @@ qelString qelString::copy(const qelString& source, int start)
 
 void qelString::TrimLeft()
 {
-    Trimming::front(*this, defaultTrimSet, defaultTrimSetLength);
+    trimLeft(*this, UnitSet(defaultTrimSet, defaultTrimSetLength));
 }
 
 void qelString::TrimRight()
 {
-    Trimming::back(*this, defaultTrimSet, defaultTrimSetLength);
+    trimRight(*this, UnitSet(defaultTrimSet, defaultTrimSetLength));
 }
 
 void qelString::TrimLeft(const qelString& set)
 {
-    Trimming::front(*this, set.m_rep->m_data, qelText::measureOwn(set.m_rep->m_data));
+    trimLeft(*this, UnitSet(set.m_rep->m_data, static_cast<size_t>(set.length())));
 }
 
 void qelString::TrimRight(const qelString& set)
 {
-    Trimming::back(*this, set.m_rep->m_data, qelText::measureOwn(set.m_rep->m_data));
+    trimRight(*this, UnitSet(set.m_rep->m_data, static_cast<size_t>(set.length())));
 }
 
 void qelString::StringToArr(qelArray<wchar_t>& chars) const

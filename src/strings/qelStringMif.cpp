@@ -2,6 +2,7 @@
 
 #include "qelString.h"
 
+#include "strings/StringAccess.h"
 #include "strings/Text.h"
 
 #include <limits.h>
@@ -18,7 +19,7 @@ bool hasBits(char byte, unsigned bits)
     return (static_cast<unsigned>(byte) & bits) == bits;
 }
 
-// Kept as files have always been read: a test for bits, so more than the three characters passes.
+// A test for bits, so more than the three characters passes. Deliberate.
 bool isEscape(const char* text, size_t left)
 {
     return left >= 3 && hasBits(text[0], '\\') && hasBits(text[1], 'M') && hasBits(text[2], '+');
@@ -29,9 +30,27 @@ int digit(char byte)
     return byte >= '0' && byte <= '9' ? byte - '0' : 0;
 }
 
+/// -1 for what is no hexadecimal digit.
+int hexDigit(char byte)
+{
+    const int lower = byte | 0x20;
+    if (lower >= 'a' && lower <= 'f')
+    {
+        return lower - 'a' + 10;
+    }
+    return byte >= '0' && byte <= '9' ? byte - '0' : -1;
+}
+
 /// The byte that two hexadecimal characters stand for, read as "%x" reads them; 0 when there is no number.
 char byteOf(const char* pair)
 {
+    const int high = hexDigit(pair[0]);
+    const int low = hexDigit(pair[1]);
+    if (high >= 0 && low >= 0)
+    {
+        return static_cast<char>(high * 16 + low);
+    }
+    // Blanks, signs and single digits.
     const char digits[] = {pair[0], pair[1], 0};
     return static_cast<char>(strtoul(digits, nullptr, 16));
 }
@@ -58,7 +77,7 @@ UINT codePageOf(int selector)
 
 qelString qelString::setFromMIFString(const char* text)
 {
-    const size_t length = text == nullptr ? 0 : strnlen(text, INT_MAX);
+    const size_t length = text == nullptr ? 0 : qelUnits::measure(text, INT_MAX);
     const qelText::NarrowBuffer decoded(length + 1);
     size_t made = 0;
     int selector = 0;
@@ -82,5 +101,6 @@ qelString qelString::setFromMIFString(const char* text)
         i += kEscapeLength;
     }
     // A decoded 0 ends the text.
-    return adopt(represent(decoded.data(), strnlen(decoded.data(), made), codePageOf(selector)));
+    return qelStringAccess::assign(*this, decoded.data(), qelUnits::measure(decoded.data(), made),
+                                   codePageOf(selector));
 }

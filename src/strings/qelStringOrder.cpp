@@ -5,6 +5,7 @@
 #include "strings/Text.h"
 
 #include <limits.h>
+#include <stddef.h>
 #include <stdlib.h>
 #include <wchar.h>
 
@@ -15,83 +16,76 @@ bool isDigit(wchar_t c)
     return c >= L'0' && c <= L'9';
 }
 
-/// Consecutive ASCII digits, walked from the front; each of them starts a number.
-class DigitRun
+bool isBeyondAscii(wchar_t c)
+{
+    return c >= 0x80;
+}
+
+/// Whether _wtoi may read `c` as a digit. It knows those of other scripts; here everything beyond ASCII may be one.
+bool isPartOfNumber(wchar_t c)
+{
+    return isDigit(c) || isBeyondAscii(c);
+}
+
+/// Reads the numbers that start at each digit of a text, from front to back. Long runs of digits are not walked over
+/// again for each of their numbers.
+class NumberReader
 {
 public:
-    explicit DigitRun(const wchar_t* text)
-        : m_at(text)
-        , m_significant(text)
+    explicit NumberReader(const wchar_t* text)
+        : m_significant(text)
         , m_end(text)
     {
+    }
+
+    /// The number that starts with the digit at `text`, as _wtoi reads it.
+    int valueAt(const wchar_t* text)
+    {
+        m_significant = m_significant < text ? text : m_significant;
+        while (*m_significant == L'0' && isDigit(m_significant[1]))
+        {
+            ++m_significant;
+        }
+        const ptrdiff_t kDigitsOfGreatest = 10;
+        const wchar_t* digit = m_significant;
+        long long value = 0;
+        for (; isDigit(*digit); ++digit)
+        {
+            if (digit - m_significant == kDigitsOfGreatest)
+            {
+                return INT_MAX;
+            }
+            value = value * 10 + (*digit - L'0');
+        }
+        if (isBeyondAscii(*digit))
+        {
+            return _wtoi(m_significant); // may be a digit of another script, which goes on with the number
+        }
+        return value < INT_MAX ? static_cast<int>(value) : INT_MAX;
+    }
+
+    /// Whether there are only digits from `text` on.
+    bool isLastAt(const wchar_t* text)
+    {
+        m_end = m_end < text ? text : m_end;
         while (isDigit(*m_end))
         {
             ++m_end;
         }
+        return *m_end == 0;
     }
-
-    size_t length() const { return static_cast<size_t>(m_end - m_at); }
-    bool endsText() const { return *m_end == 0; }
-
-    /// The same digits, and nothing behind them that the runtime would read on into, as it does into other scripts.
-    bool isSameNumber(const DigitRun& other) const
-    {
-        return length() == other.length() && wmemcmp(m_at, other.m_at, length()) == 0 && *m_end < 0x80 &&
-               *other.m_end < 0x80;
-    }
-
-    /// The number that starts at the current digit, as the runtime reads it.
-    int value()
-    {
-        // Leading zeros are stepped over once for all the numbers of the run.
-        m_significant = m_significant < m_at ? m_at : m_significant;
-        while (m_significant + 1 < m_end && *m_significant == L'0')
-        {
-            ++m_significant;
-        }
-        // A runtime that stops at the greatest number need not read the rest of a long run for each of its digits.
-        const bool isGreatest = m_end - m_significant > kFewDigits && _wtoi(L"99999999999999999999") == INT_MAX;
-        return isGreatest ? INT_MAX : _wtoi(m_significant);
-    }
-
-    void next() { ++m_at; }
 
 private:
-    static const int kFewDigits = 20;
-
-    const wchar_t* m_at;
-    const wchar_t* m_significant;
-    const wchar_t* m_end;
+    const wchar_t* m_significant; // behind the leading zeros
+    const wchar_t* m_end;         // behind the digits
 };
 
-/// Compares the numbers that start at each of the digits that both texts have here. True when they decide on `order`;
-/// otherwise both texts are moved on behind those digits.
-bool decideByNumbers(const wchar_t*& left, const wchar_t*& right, int& order)
+// NOLINTBEGIN(readability-implicit-bool-conversion): the sign of the difference
+template <class T> int order(T a, T b)
 {
-    DigitRun a(left);
-    DigitRun b(right);
-    const size_t shared = a.length() < b.length() ? a.length() : b.length();
-    const bool endsBoth = a.endsText() && b.endsText();
-    if (!a.isSameNumber(b))
-    {
-        for (size_t i = 0; i < shared; ++i)
-        {
-            const int leftValue = a.value();
-            const int rightValue = b.value();
-            // NOLINTNEXTLINE(readability-implicit-bool-conversion): the sign of the difference
-            order = (leftValue > rightValue) - (leftValue < rightValue);
-            if (order != 0 || endsBoth)
-            {
-                return true;
-            }
-            a.next();
-            b.next();
-        }
-    }
-    left += shared;
-    right += shared;
-    return false;
+    return (a > b) - (a < b);
 }
+// NOLINTEND(readability-implicit-bool-conversion)
 } // namespace
 
 int qelString::compare(const qelString& a, const qelString& b)
@@ -102,21 +96,8 @@ int qelString::compare(const qelString& a, const qelString& b)
     {
         return 0;
     }
-    size_t at = 0;
-    unsigned long decisive = 0;
-    for (;; at += qelText::kUnitsPerChunk)
-    {
-        const __m128i units = qelText::chunk(left + at);
-        const unsigned long different = qelText::equalUnits(units, qelText::chunk(right + at)) ^ qelText::kAllUnits;
-        decisive = different | qelText::unitsEqualTo(units, 0);
-        if (decisive != 0)
-        {
-            break;
-        }
-    }
-    at += qelText::firstUnit(decisive);
-    // NOLINTNEXTLINE(readability-implicit-bool-conversion): the sign of the difference
-    return (left[at] > right[at]) - (left[at] < right[at]);
+    const size_t at = qelUnits::firstDifference(left, right);
+    return order(left[at], right[at]);
 }
 
 int qelString::compare(const qelString& a, const qelString& b, int n)
@@ -153,45 +134,57 @@ int qelString::strCompareNoCase(const void* a, const void* b)
 }
 
 // A text that begins another one, and a digit against what is none, give different answers depending on the side they
-// stand on. Lists have long been sorted this way, so it stays.
+// stand on. Deliberate.
 int qelString::compareWithNumbers(const qelString& a, const qelString& b)
 {
-    if (a.isEmpty() != 0 || b.isEmpty() != 0)
+    const wchar_t* left = a.m_rep->m_data;
+    const wchar_t* right = b.m_rep->m_data;
+    if (*left == 0)
     {
-        return b.isEmpty() - a.isEmpty();
+        return *right == 0 ? 0 : -1;
     }
-    if (compare(a, b) == 0)
+    size_t at = qelUnits::firstDifference(left, right);
+    if (left[at] == right[at])
     {
         return 0;
     }
-    const wchar_t* left = a.m_rep->m_data;
-    const wchar_t* right = b.m_rep->m_data;
-    int order = 0;
-    while (*left != 0)
+    // What is equal decides nothing, save for the beginning of a number that goes on here.
+    if (isPartOfNumber(left[at]) || isPartOfNumber(right[at]))
     {
-        if (*right == 0)
+        while (at > 0 && isPartOfNumber(left[at - 1]))
+        {
+            --at;
+        }
+    }
+    NumberReader leftNumber(left + at);
+    NumberReader rightNumber(right + at);
+    for (; left[at] != 0; ++at)
+    {
+        if (right[at] == 0)
         {
             return 1;
         }
-        if (isDigit(*left))
+        if (!isDigit(left[at]))
         {
-            if (!isDigit(*right))
+            if (left[at] != right[at])
             {
-                return -1;
+                return order(left[at], right[at]);
             }
-            if (decideByNumbers(left, right, order))
-            {
-                return order;
-            }
+            continue;
         }
-        else
+        if (!isDigit(right[at]))
         {
-            if (*left != *right)
-            {
-                return *left < *right ? -1 : 1;
-            }
-            ++left;
-            ++right;
+            return -1;
+        }
+        const int leftValue = leftNumber.valueAt(left + at);
+        const int rightValue = rightNumber.valueAt(right + at);
+        if (leftValue != rightValue)
+        {
+            return order(leftValue, rightValue);
+        }
+        if (leftNumber.isLastAt(left + at) && rightNumber.isLastAt(right + at))
+        {
+            return 0;
         }
     }
     return 0;

@@ -3,7 +3,9 @@
 #include "qelString.h"
 
 #include "strings/CodePage.h"
+#include "strings/StringAccess.h"
 #include "strings/Text.h"
+#include "strings/TextSearch.h"
 
 namespace
 {
@@ -20,7 +22,7 @@ int countUnit(const wchar_t* text, size_t length, wchar_t c)
 int countText(const wchar_t* text, const wchar_t* end, const wchar_t* what, size_t whatLength)
 {
     int count = 0;
-    while ((text = qelText::find(text, end, what, whatLength)) != nullptr)
+    while ((text = qelTextSearch::find(text, end, what, whatLength)) != nullptr)
     {
         text += whatLength;
         ++count;
@@ -47,15 +49,15 @@ int qelString::replace(wchar_t from, wchar_t to)
     }
     if (to == 0 && count > 0)
     {
-        adopt(represent(text, static_cast<size_t>(qelText::findUnit(text, text + units, from) - text)));
+        qelStringAccess::assign(*this, text, static_cast<size_t>(qelUnits::find(text, text + units, from) - text));
         return count;
     }
-    qelStringRepr* rep = represent(text, units);
+    qelStringRepr* rep = qelStringAccess::represent(text, units);
     for (size_t i = 0; count > 0 && i < units; ++i)
     {
         rep->m_data[i] = text[i] == from ? to : text[i];
     }
-    adopt(rep);
+    qelStringAccess::adopt(*this, rep);
     return count;
 }
 
@@ -91,17 +93,17 @@ int qelString::replace(const qelString& what, const qelString& with)
         empty();
         return count;
     }
-    qelStringRepr* rep = qelStringRepr::create(result);
+    qelStringRepr* rep = qelStringAccess::create(result);
     wchar_t* target = rep->m_data;
     for (int i = 0; i < count; ++i)
     {
-        const wchar_t* hit = qelText::find(text, end, sought, soughtUnits);
+        const wchar_t* hit = qelTextSearch::find(text, end, sought, soughtUnits);
         target = append(target, text, static_cast<size_t>(hit - text));
         target = append(target, inserted, insertedUnits);
         text = hit + soughtUnits;
     }
     append(target, text, static_cast<size_t>(end - text));
-    adopt(rep);
+    qelStringAccess::adopt(*this, rep);
     return count;
 }
 
@@ -126,11 +128,11 @@ qelString& qelString::replace(int start, int count, const qelString& with)
     {
         return empty();
     }
-    qelStringRepr* rep = qelStringRepr::create(result);
+    qelStringRepr* rep = qelStringAccess::create(result);
     wchar_t* target = append(rep->m_data, text, front);
     target = append(target, with.m_rep->m_data, middle);
     append(target, text + (units - kept), back);
-    return adopt(rep);
+    return qelStringAccess::adopt(*this, rep);
 }
 
 void qelString::removeAll(const wchar_t& c)
@@ -148,7 +150,7 @@ void qelString::removeAll(const wchar_t& c)
         empty();
         return;
     }
-    qelStringRepr* rep = qelStringRepr::create(left);
+    qelStringRepr* rep = qelStringAccess::create(left);
     wchar_t* target = rep->m_data;
     for (size_t i = 0; i < units; ++i)
     {
@@ -157,7 +159,7 @@ void qelString::removeAll(const wchar_t& c)
             *target++ = text[i];
         }
     }
-    adopt(rep);
+    qelStringAccess::adopt(*this, rep);
 }
 
 void qelString::removeAll(const unsigned short& c)

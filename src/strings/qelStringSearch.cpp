@@ -3,6 +3,7 @@
 #include "qelString.h"
 
 #include "strings/Text.h"
+#include "strings/TextSearch.h"
 
 int qelString::find(const qelString& what, int start) const
 {
@@ -13,7 +14,7 @@ int qelString::find(const qelString& what, int start) const
         return -1;
     }
     const wchar_t* sought = what.m_rep->m_data;
-    const wchar_t* hit = qelText::find(text + start, text + units, sought, qelText::measureOwn(sought));
+    const wchar_t* hit = qelTextSearch::find(text + start, text + units, sought, qelText::measureOwn(sought));
     return hit == nullptr ? -1 : static_cast<int>(hit - text);
 }
 
@@ -33,11 +34,11 @@ int qelString::find_last_of(unsigned short c) const
     return find_last_of(static_cast<wchar_t>(c));
 }
 
-// Kept as callers know it: the range is the length of the wide text, though the bytes are those of the narrow one.
+// Deliberate: the range is the length of the wide text, though the bytes are those of the narrow one.
 int qelString::find_last_of(char c) const
 {
     const char* text = getStringA();
-    const int bytes = static_cast<int>(strlen(text));
+    const int bytes = static_cast<int>(qelUnits::measure(text, SIZE_MAX));
     const int units = length();
     // A narrow form that is shorter than the text is read up to its terminator and no further.
     int i = units <= bytes ? units - 1 : bytes;

@@ -2,33 +2,19 @@
 
 #include "qelString.h"
 
-#include "strings/Text.h"
+#include "strings/StringAccess.h"
+#include "strings/UnitSet.h"
 
 namespace
 {
-/// Units that have a meaning for the scanner.
-struct Set
-{
-    explicit Set(const qelString& text)
-        : units(text.getStringW())
-        , length(qelText::measureOwn(units))
-    {
-    }
-
-    bool contains(wchar_t c) const { return qelText::contains(units, length, c); }
-
-    const wchar_t* units;
-    size_t length;
-};
-
 /// Finds one token after the other. A token is a stretch of the text: only separators between tokens are left out.
 class Scanner
 {
 public:
-    Scanner(const wchar_t* text, const Set& separators, const Set& quotes)
+    Scanner(const wchar_t* text, const UnitSet& separators, const UnitSet& quotes)
         : m_next(text)
-        , m_separators(separators)
-        , m_quotes(quotes)
+        , m_separators(&separators)
+        , m_quotes(&quotes)
     {
     }
 
@@ -36,18 +22,18 @@ public:
     bool find()
     {
         // A unit that is both counts as a quote.
-        while (*m_next != 0 && m_separators.contains(*m_next) && !m_quotes.contains(*m_next))
+        while (*m_next != 0 && m_separators->contains(*m_next) && !m_quotes->contains(*m_next))
         {
             ++m_next;
         }
         m_token = m_next;
         while (*m_next != 0)
         {
-            if (m_quotes.contains(*m_next))
+            if (m_quotes->contains(*m_next))
             {
                 m_next = behindQuoted(m_next);
             }
-            else if (!m_separators.contains(*m_next))
+            else if (!m_separators->contains(*m_next))
             {
                 ++m_next;
             }
@@ -83,8 +69,8 @@ private:
 
     const wchar_t* m_next;
     const wchar_t* m_token = nullptr;
-    Set m_separators;
-    Set m_quotes;
+    const UnitSet* m_separators;
+    const UnitSet* m_quotes;
 };
 } // namespace
 
@@ -98,19 +84,20 @@ void qelString::getTokens(qelString& text, qelArray<qelString>& tokens, const qe
     // The array may hold any of these: its elements change below.
     const qelString source(text);
     const qelString between(separators);
-    const Scanner start(source.getStringW(), Set(between), Set(quotes));
+    const UnitSet separatorSet(between.m_rep->m_data, static_cast<size_t>(between.length()));
+    const UnitSet quoteSet(quotes.m_rep->m_data, static_cast<size_t>(quotes.length()));
 
     long count = 0;
-    for (Scanner scanner(start); scanner.find();)
+    for (Scanner scanner(source.m_rep->m_data, separatorSet, quoteSet); scanner.find();)
     {
         ++count;
     }
     // Counted first, because an array grows in small steps.
     tokens.setLogicalLength(0);
     tokens.setLogicalLength(count);
-    Scanner scanner(start);
+    Scanner scanner(source.m_rep->m_data, separatorSet, quoteSet);
     for (long i = 0; i < count && scanner.find(); ++i)
     {
-        tokens[i].adopt(represent(scanner.token(), scanner.length()));
+        qelStringAccess::assign(tokens[i], scanner.token(), scanner.length());
     }
 }

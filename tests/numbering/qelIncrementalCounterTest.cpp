@@ -501,19 +501,34 @@ TEST(qelIncrementalCounterPosition, ReportsTheCarryAndUsesTheGivenExcludedSet)
     EXPECT_EQ(position(digits, L'7'), L"0+");
 }
 
-TEST(qelIncrementalCounterPosition, WrapsPast16BitsToNulWhichIsNeverExcluded)
+TEST(qelIncrementalCounterPosition, WrapsPast16BitsToNulWhichAnyExcludedSetLeavesOut)
 {
     const Probe probe = counter(record(L"A", L"A", 26));
     EXPECT_EQ(position(probe, 0xFFFF), std::wstring(1, L'\0'));
-    EXPECT_EQ(position(probe, 0xFFFF, L"ABC"), std::wstring(1, L'\0'));
+    EXPECT_EQ(position(probe, 0xFFFF, L"ABC"), L"\x0001") << "the text of NUL is empty, and found in any other";
     EXPECT_EQ(position(probe, 0xFFFE, L"\xFFFF"), std::wstring(1, static_cast<wchar_t>(0xFFFF)))
         << "not below the end of the range any more";
 
     const Probe wide = counter(record(L"A", L"A", 100000));
-    EXPECT_EQ(position(wide, 0xFFFE, L"\xFFFF"), std::wstring(1, L'\0'));
+    EXPECT_EQ(position(wide, 0xFFFE, L"\xFFFF"), L"\x0001");
+    EXPECT_EQ(position(wide, 0xFFFE), std::wstring(1, static_cast<wchar_t>(0xFFFF)));
+
+    const Probe belowNul = counter(record(L"", L"", -2));
+    EXPECT_EQ(position(belowNul, 0xFFFF, L"A"), std::wstring(1, L'\0')) << "not below the end of the range";
 }
 
-TEST(qelIncrementalCounterPosition, EndsAtNulWhenEveryCharacterAheadIsExcluded)
+TEST(qelIncrementalCounterPosition, StaysWhereItIsWhenEveryCharacterIsExcluded)
+{
+    std::wstring all;
+    for (int c = 1; c <= 0xFFFF; ++c)
+    {
+        all.push_back(static_cast<wchar_t>(c));
+    }
+    const Probe probe = counter(record(L"A", L"A", INT_MAX));
+    EXPECT_EQ(position(probe, L'C', all.c_str()), L"C");
+}
+
+TEST(qelIncrementalCounterPosition, GoesOnBehindNulWhenEveryCharacterAheadIsExcluded)
 {
     std::wstring ahead;
     for (int c = 0xF001; c <= 0xFFFF; ++c)
@@ -521,7 +536,7 @@ TEST(qelIncrementalCounterPosition, EndsAtNulWhenEveryCharacterAheadIsExcluded)
         ahead.push_back(static_cast<wchar_t>(c));
     }
     const Probe probe = counter(record(L"A", L"A", INT_MAX));
-    EXPECT_EQ(position(probe, 0xF000, ahead.c_str()), std::wstring(1, L'\0'));
+    EXPECT_EQ(position(probe, 0xF000, ahead.c_str()), L"\x0001");
 }
 
 TEST(qelIncrementalCounterPosition, EndOfTheRangeMayLieOnAnyDistance)
@@ -567,8 +582,9 @@ TEST(qelIncrementalCounter, EmptyFirstCharacterCountsFromNul)
         probe.increment();
         codes.push_back(probe.code());
     }
-    // NUL, 1, 2, then a carry: numeric, since empty texts are, so it starts over at the digit 0 behind a NUL.
-    EXPECT_EQ(codes, (std::vector<std::wstring>{L"", L"\x01", L"\x02", L"0", L"1", L"2"}));
+    // Numeric, since empty texts are. A position in front leaves out the digit 0, and NUL with it; one that starts over
+    // does so at the digit 0.
+    EXPECT_EQ(codes, (std::vector<std::wstring>{L"\x01", L"\x02", L"\x01\x30", L"\x01\x31", L"\x01\x32", L"\x01\x33"}));
 }
 
 TEST(qelIncrementalCounter, NumbersAgreeWithArithmetic)
@@ -659,7 +675,8 @@ private:
         {
             position = position == 0xFFFF ? 0 : position + 1;
             const wchar_t c = static_cast<wchar_t>(position);
-            const bool isExcluded = c != 0 && excluded.find(c) != std::wstring::npos;
+            const std::wstring shown = c == 0 ? std::wstring() : std::wstring(1, c);
+            const bool isExcluded = !excluded.empty() && excluded.find(shown) != std::wstring::npos;
             if (!isExcluded || position >= m_first + m_range)
             {
                 break;

@@ -4,6 +4,7 @@
 
 #include "qelString.h"
 
+#include <chrono>
 #include <cstdlib>
 #include <random>
 #include <string>
@@ -23,6 +24,27 @@ inline qelString repeated(int count, wchar_t unit)
 {
     return qelString(std::wstring(static_cast<size_t>(count), unit).c_str());
 }
+
+/// `count` units in ascending order.
+inline std::wstring manyUnits(int first, int count)
+{
+    std::wstring units;
+    for (int unit = first; unit < first + count; ++unit)
+    {
+        units += static_cast<wchar_t>(unit);
+    }
+    return units;
+}
+
+/// For tests of what must not take a time that grows with the square of the text.
+class Stopwatch
+{
+public:
+    double seconds() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_begin).count(); }
+
+private:
+    std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
+};
 
 inline bool isShared(const qelString& a, const qelString& b)
 {

@@ -1,4 +1,5 @@
 #include "strings/TextSupport.h"
+#include "support/StringInternals.h"
 
 #include <gtest/gtest.h>
 
@@ -105,6 +106,18 @@ TEST(qelStringCase, LeavesTheEmptyTextEmpty)
     qelString text;
     EXPECT_TRUE(isShared(text.toUpper(), qelString()));
     EXPECT_TRUE(isShared(text.toLower(), qelString()));
+}
+
+TEST(qelStringCase, DropsTheNarrowFormOfTheEmptyText)
+{
+    qelString text;
+    (void)text.getStringA();
+    ASSERT_NE(charCacheOf(text), nullptr);
+    text.toUpper();
+    EXPECT_EQ(charCacheOf(text), nullptr);
+    (void)text.getStringA();
+    text.toLower();
+    EXPECT_EQ(charCacheOf(text), nullptr);
 }
 
 TEST(qelStringCase, WorksUpToTheLongestResultAndGivesTheEmptyTextBeyond)

@@ -78,11 +78,23 @@ TEST(qelStringMid, ReturnsTheEmptyTextOutsideTheText)
     EXPECT_TRUE(isShared(text.mid(-1), qelString()));
     EXPECT_TRUE(isShared(text.mid(-1, 2), qelString()));
     EXPECT_TRUE(isShared(text.mid(1, 0), qelString()));
-    EXPECT_TRUE(isShared(text.mid(1, -1), qelString()));
     EXPECT_TRUE(isShared(text.mid(kIntMax, kIntMax), qelString()));
     EXPECT_TRUE(isShared(text.mid(kIntMin, kIntMax), qelString()));
     EXPECT_TRUE(isShared(text.mid(kIntMin), qelString()));
     EXPECT_TRUE(isShared(qelString().mid(0), qelString()));
+}
+
+TEST(qelStringMid, ReturnsTheRestForANegativeCount)
+{
+    const qelString text(L"abcdef");
+    EXPECT_EQ(plain(text.mid(2, -1)), L"cdef");
+    EXPECT_EQ(plain(text.mid(0, kIntMin)), L"abcdef");
+    EXPECT_EQ(plain(text.mid(5, -7)), L"f");
+    EXPECT_TRUE(isShared(text.mid(6, -1), qelString()));
+    EXPECT_TRUE(isShared(text.mid(7, -1), qelString()));
+    EXPECT_TRUE(isShared(text.mid(-1, -1), qelString()));
+    EXPECT_TRUE(isShared(text.mid(kIntMin, kIntMin), qelString()));
+    EXPECT_TRUE(isShared(qelString().mid(0, -1), qelString()));
 }
 
 TEST(qelStringMid, HandlesTheLongestText)
@@ -284,6 +296,33 @@ TEST(qelStringTrim, WorksUpToTheLongestResultAndGivesTheEmptyTextBeyond)
     text = repeated(kLongestText, L' ');
     text.TrimLeft();
     EXPECT_EQ(text.length(), 0);
+}
+
+TEST(qelStringTrim, TakesSetsOfAnySize)
+{
+    const std::wstring all = manyUnits(1, 60000);
+    EXPECT_EQ(trimmedLeft(L"abc\xffffxyz", all.c_str()), L"\xffffxyz");
+    EXPECT_EQ(trimmedRight(L"abc\xffffxyz", all.c_str()), L"abc\xffff");
+    for (int size = 1; size < 40; ++size)
+    {
+        const std::wstring set = manyUnits(0x100, size);
+        const std::wstring in = set + set;
+        const wchar_t behind[] = {static_cast<wchar_t>(0x100 + size), 0};
+        ASSERT_EQ(trimmedLeft((in + behind + in).c_str(), set.c_str()), behind + in) << size;
+        ASSERT_EQ(trimmedRight((in + behind + in).c_str(), set.c_str()), in + behind) << size;
+    }
+}
+
+TEST(qelStringTrim, StaysQuickWithLargeSets)
+{
+    const qelString set(manyUnits(1, 60000).c_str());
+    const Stopwatch watch;
+    qelString left = repeated(kLongestResult, 60000);
+    qelString right(left);
+    left.TrimLeft(set);
+    right.TrimRight(set);
+    EXPECT_EQ(left.length() + right.length(), 0);
+    EXPECT_LT(watch.seconds(), 2);
 }
 
 TEST(qelStringTrim, AgreesWithTheStandardLibraryOnRandomText)

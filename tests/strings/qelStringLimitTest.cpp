@@ -171,6 +171,26 @@ TEST(qelStringGuard, ReadsNoFurtherThanTheTerminator)
     }
 }
 
+TEST(qelStringGuard, ForeignTextIsMeasuredAtAnyAddress)
+{
+    // Zeros before and behind the text; odd addresses, too.
+    for (size_t offset = 0; offset < 70; ++offset)
+    {
+        for (const size_t length : {0u, 1u, 7u, 31u, 32u, 33u, 63u, 64u, 65u, 200u})
+        {
+            alignas(64) unsigned char room[70 + 2 * 201] = {};
+            const std::wstring wide(length, L'\x0100');
+            memcpy(room + offset, wide.c_str(), length * sizeof(wchar_t));
+            ASSERT_EQ(qelString(reinterpret_cast<const wchar_t*>(room + offset)).length(), static_cast<int>(length))
+                << offset;
+            memset(room, 0, sizeof room);
+            memset(room + offset, 'n', length);
+            ASSERT_EQ(qelString(reinterpret_cast<const char*>(room + offset)).length(), static_cast<int>(length))
+                << offset;
+        }
+    }
+}
+
 TEST(qelStringGuard, ReadsNoFurtherThanTheLimitWhereThereIsNoTerminator)
 {
     const std::wstring expected(kLimit, L'n');

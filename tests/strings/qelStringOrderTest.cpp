@@ -277,6 +277,20 @@ TEST(qelStringNaturalOrder, AgreesWithTheStatedStepsOnRandomText)
     }
 }
 
+TEST(qelStringNaturalOrder, AgreesWithTheStatedStepsBehindACommonBeginning)
+{
+    RandomText random(1011);
+    const std::wstring alphabets[] = {L"0123456789", L"00019", L"0129.:a", L"07\u0661\uff17x", L"9\u0669", L"1-"};
+    for (int round = 0; round < 60000; ++round)
+    {
+        const std::wstring& alphabet = alphabets[round % 6];
+        const std::wstring front = random.text(alphabet, 24);
+        const std::wstring a = front + random.text(alphabet, 3);
+        const std::wstring b = front + random.text(alphabet, 3);
+        ASSERT_EQ(natural(a, b), naturalByTheBook(a, b)) << a << " " << b;
+    }
+}
+
 TEST(qelStringNaturalOrder, AgreesWithTheStatedStepsOnNumbersOutOfRange)
 {
     RandomText random(1005);

@@ -202,6 +202,25 @@ TEST(qelStringReplaceText, AgreesWithTheStatedStepsOnRandomText)
     }
 }
 
+TEST(qelStringReplaceText, StaysQuickWhenTheTextNearlyFitsEverywhere)
+{
+    const std::wstring part(50000, L'a');
+    const std::wstring what = part.substr(25000) + L'b' + part.substr(25000);
+    std::wstring source;
+    std::wstring expected;
+    for (int i = 0; i < 4; ++i)
+    {
+        source += part + what;
+        expected += part + L"x";
+    }
+    qelString text(source.c_str());
+    const Stopwatch watch;
+    EXPECT_EQ(text.replace(what.c_str(), L"x"), 4);
+    EXPECT_LT(watch.seconds(), 2);
+    EXPECT_EQ(text.length(), static_cast<int>(expected.size()));
+    EXPECT_EQ(text, qelString(expected.c_str()));
+}
+
 TEST(qelStringReplaceText, WorksUpToTheLongestResultAndGivesTheEmptyTextBeyond)
 {
     const LenientRuntime lenient;

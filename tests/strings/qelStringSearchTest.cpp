@@ -53,6 +53,44 @@ TEST(qelStringFind, FindsTheStringItself)
     EXPECT_EQ(text.find(text, 1), -1);
 }
 
+TEST(qelStringFind, AgreesWithTheStandardLibraryOnRepetitiveText)
+{
+    RandomText random(1010);
+    for (int round = 0; round < 2000; ++round)
+    {
+        // Texts whose beginnings and ends fit nearly everywhere, longer and shorter than what is sought.
+        const std::wstring unit = random.text<wchar_t>(L"ab", 5) + L"a";
+        std::wstring text;
+        while (text.size() < 1500)
+        {
+            text += random.number(0, 40) == 0 ? random.text<wchar_t>(L"ab", 9) : unit;
+        }
+        const auto from = static_cast<size_t>(random.number(0, 1400));
+        std::wstring what = text.substr(from, static_cast<size_t>(random.number(1, 400)));
+        if (random.number(0, 2) == 0)
+        {
+            what[what.size() / 2] ^= 3;
+        }
+        const auto start = static_cast<size_t>(random.number(0, 1000));
+        const size_t expected = text.find(what, start);
+        ASSERT_EQ(qelString(text.c_str()).find(what.c_str(), static_cast<int>(start)),
+                  expected == std::wstring::npos ? -1 : static_cast<int>(expected))
+            << round;
+    }
+}
+
+TEST(qelStringFind, StaysQuickWhenTheTextNearlyFitsEverywhere)
+{
+    const std::wstring half(kLongestText / 2, L'a');
+    const qelString text((half + std::wstring(kLongestText / 2 - 1, L'a')).c_str());
+    const Stopwatch watch;
+    EXPECT_EQ(text.find((half + L'b').c_str()), -1);
+    EXPECT_EQ(text.find((L'b' + half).c_str()), -1);
+    EXPECT_EQ(text.find((half.substr(1000) + L'b' + half.substr(0, 1000)).c_str()), -1);
+    EXPECT_EQ(text.find(half.c_str(), 100), 100);
+    EXPECT_LT(watch.seconds(), 2);
+}
+
 TEST(qelStringFind, ReachesTheLastUnitOfTheLongestText)
 {
     qelString text = repeated(kLongestText - 1, L'a');

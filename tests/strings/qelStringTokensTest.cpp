@@ -158,6 +158,35 @@ TEST(qelStringTokens, CoverTheLongestText)
     EXPECT_EQ(plain(tokens.last()), L"x");
 }
 
+TEST(qelStringTokens, TakeAnyNumberOfSeparatorsAndQuotes)
+{
+    for (int size = 1; size < 40; ++size)
+    {
+        const std::wstring separators = manyUnits(0x100, size);
+        const std::wstring quotes = manyUnits(0x200, size);
+        const std::wstring text = L"a" + separators + L"b" + quotes.back() + separators + quotes.back() + L"c";
+        const Texts expected = {L"a", text.substr(1 + separators.size())};
+        ASSERT_EQ(split(text.c_str(), separators.c_str(), quotes.c_str()), expected) << size;
+    }
+}
+
+TEST(qelStringTokens, StayQuickWithManySeparators)
+{
+    const qelString separators(manyUnits(1, 60000).c_str());
+    std::wstring pairs;
+    for (int i = 0; i < kLongestText / 2; ++i)
+    {
+        pairs += L"\xfffd\xea60";
+    }
+    qelString text(pairs.c_str());
+    qelArray<qelString> tokens;
+    const Stopwatch watch;
+    qelString::getTokens(text, tokens, separators);
+    qelString::getTokens(text, tokens, separators, separators.left(59999));
+    EXPECT_EQ(tokens.length(), kLongestText / 2);
+    EXPECT_LT(watch.seconds(), 2);
+}
+
 TEST(qelStringQuotedTokens, KeepSeparatorsInsideQuotes)
 {
     EXPECT_EQ(split(L"a 'b c' d", L" ", L"'"), (Texts{L"a", L"'b c'", L"d"}));

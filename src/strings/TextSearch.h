@@ -1,0 +1,13 @@
+// Finds a text in another one. Not part of the public interface.
+#ifndef QEL_TEXT_SEARCH_H
+#define QEL_TEXT_SEARCH_H
+
+#include <stddef.h>
+
+namespace qelTextSearch
+{
+/// The first `what` in the text from `text` to `end`, or null; an empty one is found at once. O(n) for any text.
+const wchar_t* find(const wchar_t* text, const wchar_t* end, const wchar_t* what, size_t whatLength);
+} // namespace qelTextSearch
+
+#endif
