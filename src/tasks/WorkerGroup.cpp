@@ -181,9 +181,11 @@ bool WorkerGroup::takeTask(Task& task)
 }
 
 /**
- * Takes the lock, unless no worker is left to share it with. When a process ends, the system ends all threads but one,
- * and their handles are signalled, before it unloads the modules; static objects there are destroyed even later. A
- * thread that was ended inside the lock keeps it for ever, and who enters then is ended by the system with the process.
+ * Takes the lock, unless no worker is left to share it with. False then.
+ *
+ * When a process ends, the system ends all threads but one and signals their handles, and after that it unloads the
+ * modules and destroys their static objects. A thread that was ended inside the lock keeps it. Entering it would wait
+ * for ever, or make the system end the process on the spot.
  */
 bool WorkerGroup::enterToLeave()
 {
