@@ -90,9 +90,9 @@ void WorkerGroup::requestStop(TaskNode** queue)
 }
 
 WorkerGroup::WorkerGroup(int threadCount, TaskNode** queue)
-    : m_event(nullptr)
-    , m_handles(new HANDLE[static_cast<size_t>(threadCount)])
+    : m_handles(new HANDLE[static_cast<size_t>(threadCount)])
     , m_threadCount(threadCount)
+    , m_event(CreateEventW(nullptr, TRUE, FALSE, nullptr))
     , m_references(1)
     , m_queue(queue)
     , m_count(0)
@@ -100,7 +100,6 @@ WorkerGroup::WorkerGroup(int threadCount, TaskNode** queue)
     , m_signalled(false)
 {
     InitializeCriticalSection(&m_lock);
-    m_event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
 }
 
 WorkerGroup::~WorkerGroup()
@@ -134,7 +133,7 @@ HANDLE WorkerGroup::startWorker()
     const HANDLE worker = CreateThread(nullptr, 0, &threadMain, this, 0, nullptr);
     if (worker == nullptr)
     {
-        release();
+        InterlockedDecrement(&m_references); // never the last one
         FreeLibrary(module);
     }
     return worker;
@@ -184,18 +183,18 @@ bool WorkerGroup::takeTask(Task& task)
  * Takes the lock, unless no worker is left to share it with. False then.
  *
  * When a process ends, the system ends all threads but one and signals their handles, and after that it unloads the
- * modules and destroys their static objects. A thread that was ended inside the lock keeps it. Entering it would wait
- * for ever, or make the system end the process on the spot.
+ * modules and destroys their static objects. A thread that was ended inside the lock keeps it. To enter it then would
+ * hang, or make the system end the process on the spot; so it is only tried.
  */
 bool WorkerGroup::enterToLeave()
 {
-    if (!TryEnterCriticalSection(&m_lock))
+    while (!TryEnterCriticalSection(&m_lock))
     {
         if (!isAnyWorkerRunning())
         {
             return false;
         }
-        EnterCriticalSection(&m_lock);
+        Sleep(1);
     }
     return true;
 }

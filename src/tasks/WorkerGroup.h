@@ -24,6 +24,9 @@ public:
     /// Starts `threadCount` workers that serve `queue`, none when it is 0 or less. The caller gets a reference.
     static WorkerGroup* start(int threadCount, TaskNode** queue);
 
+    WorkerGroup(const WorkerGroup&) = delete;
+    WorkerGroup& operator=(const WorkerGroup&) = delete;
+
     /// The group that the lock belongs to.
     static WorkerGroup* of(void* lock);
 
@@ -56,9 +59,6 @@ private:
     WorkerGroup(int threadCount, TaskNode** queue);
     ~WorkerGroup();
 
-    WorkerGroup(const WorkerGroup&) = delete;
-    WorkerGroup& operator=(const WorkerGroup&) = delete;
-
     static DWORD WINAPI threadMain(void* argument);
 
     HANDLE startWorker();
@@ -69,9 +69,9 @@ private:
     void release();
 
     CRITICAL_SECTION m_lock; ///< guards all queues and the members from m_queue on
-    HANDLE m_event;          ///< manual reset; null when the system refused it
     HANDLE* m_handles;
     int m_threadCount; ///< never negative
+    HANDLE m_event;    ///< manual reset; null when the system refused it
     volatile LONG m_references;
     TaskNode** m_queue; ///< head of the queue that is served; null when its pool has left
     uint16_t m_count;   ///< length of that queue; wraps

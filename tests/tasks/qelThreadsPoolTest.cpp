@@ -136,7 +136,7 @@ TEST(qelThreadsPool, HasItsLockAndItsEventBeforeTheFirstWorker)
     const qelTest::ImportHook threadHook("CreateThread", &noteCreateThread);
     calls().clear();
     qelThreadsPool pool(2);
-    EXPECT_EQ(calls(), (std::vector<std::string>{"lock", "event", "thread", "thread"}));
+    EXPECT_EQ(calls(), (std::vector<std::string>{"event", "lock", "thread", "thread"}));
     pool.WaitForThreadsToFinishWork();
 }
 
