@@ -1,6 +1,6 @@
 /**
  * @file
- * @brief A small, one-shot pool of worker threads.
+ * @brief A small, one-shot thread pool.
  */
 #ifndef QEL_THREADS_POOL_H
 #define QEL_THREADS_POOL_H
@@ -13,12 +13,11 @@ struct TaskNode;
 }
 
 /**
- * @brief A small, one-shot pool of worker threads.
+ * @brief Runs queued tasks on worker threads and waits for all of them: a small, one-shot thread pool.
  * @ingroup workers
  *
- * A pool starts its workers when it is made, runs the tasks that are queued, and ends when it is waited for. A task is
- * a plain function with one pointer. After the wait a pool runs nothing more; there is no way to start its workers
- * again.
+ * A pool starts its worker threads when it is made. A task is a plain function with one pointer. After the wait a pool
+ * runs nothing more; there is no way to start its workers again.
  *
  * @par Example
  * @code
@@ -58,11 +57,12 @@ struct TaskNode;
  * One thread a worker, at most 64 workers; a task is queued in O(1). Made for a handful of coarse tasks a worker, with
  * fewer than 65,536 tasks pending at any time. The length of the queue is a 16-bit count: a queue of exactly 65,536
  * tasks, or a multiple, counts as empty, so workers leave it alone until its length changes and, once waited for, end
- * without running the rest.
+ * without running the rest. A task takes 24 bytes. That memory serves later tasks of the pool and its copies, and is
+ * freed when pool, copies and workers are all gone.
  *
  * @par Failure
- * Nothing reports an error. A worker that the system refuses is left out; a pool that gets no lock or no event starts
- * no worker. Memory that cannot be had surfaces from the allocation and leaves the pool as it was.
+ * Nothing reports an error. A worker that the system refuses is left out; a pool that gets no event starts no worker.
+ * Memory that cannot be had surfaces from the allocation and leaves the pool as it was.
  *
  * @par Order
  * None is promised. Pending tasks are taken last in, first out.
@@ -76,10 +76,10 @@ public:
     /**
      * A pool without workers of its own. It shares the handles of `other`, whose workers go on serving the pool that
      * they were started with, and gets a list of its own that nobody ever runs: for n tasks pending in `other`, the
-     * first n, n - 1, ..., 1 of them, n * (n + 1) / 2 nodes of 24 bytes. n is the 16-bit count.
+     * first n, n - 1, ..., 1 of them, n * (n + 1) / 2 nodes of 24 bytes. n is the 16-bit count. Nobody can queue or
+     * take tasks meanwhile.
      *
-     * The workers outlive the pool that they were started with for as long as a copy of it lives, and go on with its
-     * tasks.
+     * A copy may outlive the pool that it was made from, but does not keep its workers or its tasks.
      */
     qelThreadsPool(const qelThreadsPool& other);
 
@@ -91,9 +91,9 @@ public:
     qelThreadsPool& operator=(const qelThreadsPool& other);
 
     /**
-     * Never waits: where WaitForThreadsToFinishWork() was not called before, and no copy lives on, every worker ends
-     * with the task that it is running; pending tasks do not run any more. The last of pool, copies and workers closes
-     * the handles.
+     * Never waits for a task: where WaitForThreadsToFinishWork() was not called before, each worker ends with the task
+     * that it is running, and pending tasks are dropped. A copy leaves the workers alone. The last of pool, copies and
+     * workers closes the handles. Safe while the process ends.
      */
     ~qelThreadsPool();
 
@@ -106,8 +106,8 @@ public:
 
     /**
      * Lets the workers run what is queued, then end, and returns when all have ended. With more than 64 workers it
-     * returns at once and the workers end on their own. On a copy it returns when the workers have ended: while the
-     * pool that they serve lives, only waiting for that pool ends them; afterwards, this call does.
+     * returns at once and the workers end on their own. On a copy it only waits: the workers end when somebody waits
+     * for the pool that they serve, or destroys it.
      *
      * A task that waits for its own pool waits for ever; so does a caller inside DllMain, because a thread cannot end
      * before that returns.
@@ -118,8 +118,8 @@ private:
     int m_threadCount;              ///< number of workers, as given
     void** m_threadHandles;         ///< the workers in the order of their creation; shared with copies
     qelTasks::TaskNode* m_taskList; ///< pending tasks, last one first; null when there are none
-    void* m_queueMutex;             ///< of the lock that guards the list and the flag
-    void* m_workEvent;              ///< manual reset; signalled while there is work or the pool is stopping
+    void* m_queueMutex;             ///< the critical section that guards the list and the flag; shared with copies
+    void* m_workEvent;              ///< manual reset; signalled while there is work or the pool is stopping; shared
     bool m_stopRequested;           ///< set when this pool is waited for
 };
 

@@ -1,5 +1,6 @@
 #include "tasks/WorkerGroup.h"
 
+using qelTasks::Task;
 using qelTasks::TaskNode;
 using qelTasks::WorkerGroup;
 
@@ -15,225 +16,209 @@ HMODULE thisModule(DWORD flags)
 }
 } // namespace
 
-WorkerGroup* WorkerGroup::create(int threadCount, TaskNode** list)
+WorkerGroup* WorkerGroup::start(int threadCount, TaskNode** queue)
 {
-    const int count = threadCount > 0 ? threadCount : 0;
-    auto* group = new (count) WorkerGroup(count, list);
-    for (int i = 0; i < count; ++i)
+    auto* group = new WorkerGroup(threadCount > 0 ? threadCount : 0, queue);
+    for (int i = 0; i < group->m_threadCount; ++i)
     {
-        group->start(group->handles()[i]);
+        group->m_handles[i] = group->startWorker();
     }
     return group;
 }
 
-// One block for both: the handles stand right behind the group, so that of() finds it.
-void* WorkerGroup::operator new(size_t size, int handleCount)
+WorkerGroup* WorkerGroup::of(void* lock)
 {
-    return ::operator new(size + static_cast<size_t>(handleCount) * sizeof(void*));
-}
-
-void WorkerGroup::operator delete(void* block)
-{
-    ::operator delete(block);
-}
-
-void WorkerGroup::operator delete(void* block, int)
-{
-    ::operator delete(block);
-}
-
-WorkerGroup* WorkerGroup::of(void** handles)
-{
-    return reinterpret_cast<WorkerGroup*>(handles) - 1;
-}
-
-void** WorkerGroup::handles()
-{
-    return reinterpret_cast<void**>(this + 1);
+    return CONTAINING_RECORD(lock, WorkerGroup, m_lock);
 }
 
 void WorkerGroup::join()
 {
     InterlockedIncrement(&m_references);
-    InterlockedIncrement(&m_pools);
 }
 
-void WorkerGroup::leave(TaskNode** list)
+void WorkerGroup::leave(TaskNode** queue)
 {
-    TaskNode* pending = nullptr;
+    if (enterToLeave())
     {
-        const Lock lock(m_lock);
-        if (m_served == list)
+        m_nodes.giveBack(*queue);
+        if (m_queue == queue)
         {
-            m_inherited = *list;
-            *list = nullptr;
-            m_served = &m_inherited;
-            m_stopping = m_stopping || m_copyWaits;
+            m_queue = nullptr;
+            m_count = 0;
+            m_stopping = true;
+            updateEvent();
         }
-        if (InterlockedDecrement(&m_pools) == 0)
-        {
-            m_abandoned = true;
-            pending = m_inherited;
-            m_inherited = nullptr;
-        }
-        updateEvent();
+        LeaveCriticalSection(&m_lock);
     }
-    freeNodes(pending);
+    *queue = nullptr;
     release();
 }
 
-void WorkerGroup::push(TaskNode** list, TaskNode* node)
+void WorkerGroup::push(TaskNode** queue, const Task& task)
 {
-    node->next = *list;
-    *list = node;
-    if (m_served == list)
+    *queue = m_nodes.make(task, *queue);
+    if (m_queue == queue)
     {
         ++m_count;
-        if (m_count <= 1)
-        {
-            updateEvent();
-        }
-    }
-}
-
-TaskNode* WorkerGroup::replace(TaskNode** list, TaskNode* nodes)
-{
-    TaskNode* old = *list;
-    *list = nodes;
-    if (m_served == list)
-    {
-        m_count = countNodes(nodes);
         updateEvent();
     }
-    return old;
 }
 
-void WorkerGroup::requestStop(const TaskNode* const* list)
+TaskNode* WorkerGroup::copyQueue(const TaskNode* queue)
 {
-    if (m_served == list || m_served == &m_inherited)
+    return m_nodes.copyQueue(queue);
+}
+
+void WorkerGroup::replace(TaskNode** queue, TaskNode* tasks)
+{
+    m_nodes.giveBack(*queue);
+    *queue = tasks;
+    if (m_queue == queue)
+    {
+        m_count = countTasks(tasks);
+        updateEvent();
+    }
+}
+
+void WorkerGroup::requestStop(TaskNode** queue)
+{
+    if (m_queue == queue)
     {
         m_stopping = true;
         updateEvent();
     }
-    else
-    {
-        m_copyWaits = true;
-    }
 }
 
-WorkerGroup::WorkerGroup(int threadCount, TaskNode** list)
-    : m_references(1)
-    , m_pools(1)
+WorkerGroup::WorkerGroup(int threadCount, TaskNode** queue)
+    : m_handles(new HANDLE[static_cast<size_t>(threadCount)])
     , m_threadCount(threadCount)
+    , m_event(CreateEventW(nullptr, TRUE, FALSE, nullptr))
+    , m_references(1)
+    , m_queue(queue)
     , m_count(0)
     , m_stopping(false)
-    , m_copyWaits(false)
-    , m_abandoned(false)
-    , m_served(list)
-    , m_inherited(nullptr)
-    , m_event(CreateEventW(nullptr, TRUE, FALSE, nullptr))
+    , m_signalled(false)
 {
+    InitializeCriticalSection(&m_lock);
 }
 
 WorkerGroup::~WorkerGroup()
 {
     for (int i = 0; i < m_threadCount; ++i)
     {
-        if (handles()[i] != nullptr)
+        if (m_handles[i] != nullptr)
         {
-            CloseHandle(handles()[i]);
+            CloseHandle(m_handles[i]);
         }
     }
+    delete[] m_handles;
     if (m_event != nullptr)
     {
         CloseHandle(m_event);
     }
+    DeleteCriticalSection(&m_lock);
 }
 
-void WorkerGroup::start(void*& handle)
+/// Null when the system refuses what a worker needs.
+HANDLE WorkerGroup::startWorker()
 {
-    handle = nullptr;
-    if (m_lock.mutex() == nullptr || m_event == nullptr)
-    {
-        return;
-    }
-
     // A worker keeps the library loaded. The reference is taken here, not by the worker: the library could be gone
     // before the worker takes its first step.
-    const HMODULE module = thisModule(0);
+    const HMODULE module = m_event != nullptr ? thisModule(0) : nullptr;
     if (module == nullptr)
     {
-        return;
+        return nullptr;
     }
-    InterlockedIncrement(&m_references);
-    handle = CreateThread(nullptr, 0, &threadMain, this, 0, nullptr);
-    if (handle == nullptr)
+    join();
+    const HANDLE worker = CreateThread(nullptr, 0, &threadMain, this, 0, nullptr);
+    if (worker == nullptr)
     {
-        InterlockedDecrement(&m_references);
+        InterlockedDecrement(&m_references); // never the last one
         FreeLibrary(module);
     }
+    return worker;
 }
 
 DWORD WINAPI WorkerGroup::threadMain(void* argument)
 {
     auto* group = static_cast<WorkerGroup*>(argument);
-    group->serve();
+    Task task = {};
+    while (group->takeTask(task))
+    {
+        task.function(task.argument);
+    }
     group->release();
     // Does not come back: there may be no library any more to come back to.
     FreeLibraryAndExitThread(thisModule(GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT), 0);
 }
 
-void WorkerGroup::serve()
+/// Waits for a task. False when the worker is to end.
+bool WorkerGroup::takeTask(Task& task)
 {
-    TaskNode* node = nullptr;
-    while (takeTask(node))
+    for (;;)
     {
-        if (node != nullptr)
         {
-            const Task task = node->task;
-            delete node;
-            task.function(task.argument);
+            const Lock guard(&m_lock);
+            if (m_count != 0)
+            {
+                TaskNode* node = *m_queue;
+                *m_queue = node->next;
+                --m_count;
+                task = node->task;
+                node->next = nullptr;
+                m_nodes.giveBack(node);
+                return true;
+            }
+            if (m_stopping)
+            {
+                return false;
+            }
+            updateEvent();
         }
-        else
-        {
-            WaitForSingleObject(m_event, INFINITE);
-        }
+        WaitForSingleObject(m_event, INFINITE);
     }
 }
 
-/// False when the worker is to end; `node` is null when there is nothing to do now.
-bool WorkerGroup::takeTask(TaskNode*& node)
+/**
+ * Takes the lock, unless no worker is left to share it with. False then.
+ *
+ * When a process ends, the system ends all threads but one and signals their handles, and after that it unloads the
+ * modules and destroys their static objects. A thread that was ended inside the lock keeps it. To enter it then would
+ * hang, or make the system end the process on the spot; so it is only tried.
+ */
+bool WorkerGroup::enterToLeave()
 {
-    node = nullptr;
-    const Lock lock(m_lock);
-    if (m_abandoned)
+    while (!TryEnterCriticalSection(&m_lock))
     {
-        return false;
-    }
-    if (m_count == 0)
-    {
-        return !m_stopping;
-    }
-    node = *m_served;
-    *m_served = node->next;
-    --m_count;
-    if (m_count == 0)
-    {
-        updateEvent();
+        if (!isAnyWorkerRunning())
+        {
+            return false;
+        }
+        Sleep(1);
     }
     return true;
 }
 
-/// Makes the event say whether workers have anything to do. Under the lock.
+bool WorkerGroup::isAnyWorkerRunning() const
+{
+    for (int i = 0; i < m_threadCount; ++i)
+    {
+        if (m_handles[i] != nullptr && WaitForSingleObject(m_handles[i], 0) == WAIT_TIMEOUT)
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Signals the event while there is something to do; a system call only when that has changed. Under the lock.
 void WorkerGroup::updateEvent()
 {
-    if (m_count != 0 || m_stopping || m_abandoned)
+    const bool signalled = m_count != 0 || m_stopping;
+    if (signalled != m_signalled)
     {
-        SetEvent(m_event);
-    }
-    else
-    {
-        ResetEvent(m_event);
+        m_signalled = signalled;
+        (void)(signalled ? SetEvent(m_event) : ResetEvent(m_event));
     }
 }
 

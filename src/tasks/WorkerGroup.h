@@ -2,83 +2,100 @@
 #ifndef QEL_WORKER_GROUP_H
 #define QEL_WORKER_GROUP_H
 
-#include "tasks/QueueLock.h"
-#include "tasks/TaskList.h"
+#include "tasks/TaskNodes.h"
 
 #include <windows.h>
 
 namespace qelTasks
 {
 /**
- * Everything that workers touch: a pool may be destroyed while they run, so it must not be part of the pool object. One
- * group belongs to a pool, the copies of that pool and the running workers; the last of them frees it.
+ * The threads of one pool, and all that they need except the pool's queue: the lock of the queue, its length, the
+ * memory for tasks, the event that idle workers wait for.
  *
- * Of the pool object itself the workers use only the head of its list, under the lock. When that pool goes before its
- * copies, its list moves in here.
+ * A pool may be destroyed while its workers run, so a group lives on its own. The pool, each copy of it and each worker
+ * hold a reference; the group goes with the last of them.
+ *
+ * The head of the queue is a member of the pool object. Workers touch it only under the lock, and no more once the pool
+ * has left the group. Copies have queues as well, which no worker ever touches.
  */
 class WorkerGroup
 {
 public:
-    /// Starts `threadCount` workers that serve `list`. The caller is the first pool of the group.
-    static WorkerGroup* create(int threadCount, TaskNode** list);
+    /// Starts `threadCount` workers that serve `queue`, none when it is 0 or less. The caller gets a reference.
+    static WorkerGroup* start(int threadCount, TaskNode** queue);
 
-    /// The group that an array of handles belongs to.
-    static WorkerGroup* of(void** handles);
+    WorkerGroup(const WorkerGroup&) = delete;
+    WorkerGroup& operator=(const WorkerGroup&) = delete;
 
-    /// The workers' handles in the order of their creation, null where the system refused one.
-    void** handles();
+    /// The group that the lock belongs to.
+    static WorkerGroup* of(void* lock);
 
-    QueueLock& lock() { return m_lock; }
+    CRITICAL_SECTION* lock() { return &m_lock; }
     HANDLE event() const { return m_event; }
 
-    /// Counts one more pool.
+    /// The workers in the order of their creation, null where the system refused one.
+    HANDLE* handles() const { return m_handles; }
+
+    /// Adds a reference.
     void join();
 
-    /**
-     * Counts one pool less. The list that the workers serve goes over to the group and `list` is then empty; another
-     * list stays as it is. When no pool is left, the workers end with their current tasks and the rest is freed.
-     */
-    void leave(TaskNode** list);
+    /// Empties `queue` and drops a reference. If the workers serve that queue, each ends with its current task.
+    void leave(TaskNode** queue);
 
-    /// Puts `node` at the head of `list`, for the workers if they serve that list. Under the lock.
-    void push(TaskNode** list, TaskNode* node);
+    // These want the caller to hold the lock. `queue` is the one that the workers serve, or that of a copy.
 
-    /// Exchanges `list` for `nodes` and returns the old nodes. Under the lock.
-    TaskNode* replace(TaskNode** list, TaskNode* nodes);
+    void push(TaskNode** queue, const Task& task);
 
-    /**
-     * Lets the workers end once the queue is empty, if they serve `list` or the pool that they served is gone. If it
-     * is not, they do so when it goes without having been waited for. Under the lock.
-     */
-    void requestStop(const TaskNode* const* list);
+    /// The queue that a copy of the pool with this queue gets; for replace().
+    TaskNode* copyQueue(const TaskNode* queue);
+
+    /// Puts other tasks in place of those in `queue`.
+    void replace(TaskNode** queue, TaskNode* tasks);
+
+    /// If the workers serve `queue`, they end when it is empty.
+    void requestStop(TaskNode** queue);
 
 private:
-    WorkerGroup(int threadCount, TaskNode** list);
+    WorkerGroup(int threadCount, TaskNode** queue);
     ~WorkerGroup();
-
-    static void* operator new(size_t size, int handleCount);
-    static void operator delete(void* block);
-    static void operator delete(void* block, int handleCount);
 
     static DWORD WINAPI threadMain(void* argument);
 
-    void start(void*& handle);
-    void serve();
-    bool takeTask(TaskNode*& node);
+    HANDLE startWorker();
+    bool takeTask(Task& task);
+    bool enterToLeave();
+    bool isAnyWorkerRunning() const;
     void updateEvent();
     void release();
 
-    volatile LONG m_references; ///< pools and workers
-    volatile LONG m_pools;      ///< the pool that is served, and the copies
-    int m_threadCount;          ///< never negative
-    uint16_t m_count;           ///< length of the list that is served; wraps
-    bool m_stopping;            ///< workers end when the queue is empty
-    bool m_copyWaits;           ///< a copy was waited for while the pool itself lived
-    bool m_abandoned;           ///< no pool is left: workers end at once
-    TaskNode** m_served;        ///< head of the list that is served, in its pool or here
-    TaskNode* m_inherited;      ///< the list of a pool that went before its copies
-    QueueLock m_lock;           ///< guards the list that is served and the fields from m_count on
-    HANDLE m_event;             ///< manual reset; signalled while workers have something to do
+    CRITICAL_SECTION m_lock; ///< guards all queues and the members from m_queue on
+    HANDLE* m_handles;
+    int m_threadCount; ///< never negative
+    HANDLE m_event;    ///< manual reset; null when the system refused it
+    volatile LONG m_references;
+    TaskNode** m_queue; ///< head of the queue that is served; null when its pool has left
+    uint16_t m_count;   ///< length of that queue; wraps
+    bool m_stopping;    ///< workers end when the queue is empty
+    bool m_signalled;   ///< state of the event
+    TaskNodes m_nodes;  ///< of all queues
+};
+
+/// Holds a lock while it lives.
+class Lock
+{
+public:
+    explicit Lock(CRITICAL_SECTION* section)
+        : m_section(section)
+    {
+        EnterCriticalSection(m_section);
+    }
+
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+    ~Lock() { LeaveCriticalSection(m_section); }
+
+private:
+    CRITICAL_SECTION* m_section;
 };
 } // namespace qelTasks
 

@@ -1,32 +1,48 @@
 // A module with a pool whose worker is inside the lock of the queue when the process ends. The system ends the worker
-// there, then the pool is destroyed.
+// there, then it unloads the module, and the pool and a copy of it are destroyed.
 
 #include "qelThreadsPool.h"
 #include "support/ImportHook.h"
+#include "support/PrivateMembers.h"
 
 #include <windows.h>
+
+struct PoolLock
+{
+    using type = void* qelThreadsPool::*;
+    friend type member(PoolLock);
+};
+
+template struct PrivateMember<PoolLock, &qelThreadsPool::m_queueMutex>;
 
 extern "C" __declspec(dllexport) void keepBusy();
 
 namespace
 {
+void* lockOfPool = nullptr;
 DWORD mainThread = 0;
 volatile LONG isInside = 0;
 
-BOOL WINAPI stayInsideTheLock(HANDLE event)
+/// Called by a worker that finds the queue empty after a task, in the lock.
+BOOL WINAPI stayInsideTheLock(HANDLE)
 {
-    if (GetCurrentThreadId() != mainThread)
-    {
-        InterlockedExchange(&isInside, 1);
-        Sleep(INFINITE);
-    }
-    return SetEvent(event);
+    InterlockedExchange(&isInside, 1);
+    Sleep(INFINITE);
+    return FALSE;
 }
 
-void queueAnother(void* pool)
+/// Windows ends a process that enters the lock of an ended thread while it ends, Wine lets it in: both would hide the
+/// mistake, so it gets an exit code of its own.
+void WINAPI enterLock(CRITICAL_SECTION* section)
 {
-    static_cast<qelThreadsPool*>(pool)->QueueTask(&queueAnother, pool);
+    if (section == lockOfPool && isInside != 0 && GetCurrentThreadId() == mainThread)
+    {
+        TerminateProcess(GetCurrentProcess(), 5);
+    }
+    EnterCriticalSection(section);
 }
+
+void doNothing(void*) {}
 
 /// Made before the pool, and so destroyed after it: the exit code tells that the process got there.
 struct Witness
@@ -39,9 +55,12 @@ void keepBusy()
 {
     mainThread = GetCurrentThreadId();
     static const Witness witness;
-    static const qelTest::ImportHook hook("SetEvent", &stayInsideTheLock);
+    static const qelTest::ImportHook resetHook("ResetEvent", &stayInsideTheLock);
+    static const qelTest::ImportHook enterHook("EnterCriticalSection", &enterLock);
     static qelThreadsPool pool;
-    pool.QueueTask(&queueAnother, &pool);
+    static const qelThreadsPool copy(pool);
+    lockOfPool = pool.*member(PoolLock());
+    pool.QueueTask(&doNothing, nullptr);
     while (isInside == 0)
     {
         Sleep(1);

@@ -23,10 +23,10 @@ struct PoolHandles
     friend type member(PoolHandles);
 };
 
-struct PoolMutex
+struct PoolLock
 {
     using type = void* qelThreadsPool::*;
-    friend type member(PoolMutex);
+    friend type member(PoolLock);
 };
 
 struct PoolEvent
@@ -36,7 +36,7 @@ struct PoolEvent
 };
 
 template struct PrivateMember<PoolHandles, &qelThreadsPool::m_threadHandles>;
-template struct PrivateMember<PoolMutex, &qelThreadsPool::m_queueMutex>;
+template struct PrivateMember<PoolLock, &qelThreadsPool::m_queueMutex>;
 template struct PrivateMember<PoolEvent, &qelThreadsPool::m_workEvent>;
 
 namespace qelTest
@@ -46,9 +46,9 @@ inline HANDLE workerOf(const qelThreadsPool& pool, int index)
     return (pool.*member(PoolHandles()))[index];
 }
 
-inline HANDLE mutexOf(const qelThreadsPool& pool)
+inline CRITICAL_SECTION* lockOf(const qelThreadsPool& pool)
 {
-    return pool.*member(PoolMutex());
+    return static_cast<CRITICAL_SECTION*>(pool.*member(PoolLock()));
 }
 
 inline HANDLE eventOf(const qelThreadsPool& pool)
@@ -241,6 +241,7 @@ public:
         , m_free("free", &HeapCount::discount)
     {
         allocated() = 0;
+        allocatedBytes() = 0;
         freed() = 0;
     }
 
@@ -248,6 +249,12 @@ public:
     {
         static std::atomic<int> blocks;
         return blocks;
+    }
+
+    static std::atomic<size_t>& allocatedBytes()
+    {
+        static std::atomic<size_t> bytes;
+        return bytes;
     }
 
     static std::atomic<int>& freed()
@@ -260,6 +267,7 @@ private:
     static void* count(size_t bytes)
     {
         ++allocated();
+        allocatedBytes() += bytes;
         return malloc(bytes);
     }
 

@@ -1,8 +1,9 @@
-// Copies: what they share, what is their own, and who keeps the workers alive.
+// Copies: what they share, what is their own, and what remains when the original is destroyed.
 
 #include "tasks/PoolTest.h"
 
 #include <memory>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -14,7 +15,8 @@ using qelTest::HeapCount;
 using qelTest::increment;
 using qelTest::isSignalled;
 using qelTest::Journal;
-using qelTest::mutexOf;
+using qelTest::lockOf;
+using qelTest::workerOf;
 using qelTest::WorkersWatch;
 
 using Numbers = std::vector<int>;
@@ -43,12 +45,23 @@ template struct PrivateMember<PoolStop, &qelThreadsPool::m_stopRequested>;
 
 namespace
 {
-// Allocations of a copy of `pool`, which are its nodes and the list that it is built from.
-int allocationsOfCopy(const qelThreadsPool& pool)
+// How many tasks run when a pool with that many pending ones gets its own copy back. Its worker then serves the queue of
+// a copy's copy: from n tasks the steps lead to n(n+1)/2, twice.
+int tasksRunAfterCopyingTwice(int pending)
 {
-    const HeapCount heap;
+    std::atomic<int> ran(0);
+    Gate gate;
+    qelThreadsPool pool(1);
+    gate.occupy(pool, 1);
+    for (int i = 0; i < pending; ++i)
+    {
+        pool.QueueTask(&increment, &ran);
+    }
     const qelThreadsPool copy(pool);
-    return HeapCount::allocated();
+    pool = copy;
+    gate.open();
+    pool.WaitForThreadsToFinishWork();
+    return ran;
 }
 
 bool isStopRequested(const qelThreadsPool& pool)
@@ -62,7 +75,7 @@ TEST(qelThreadsPoolCopy, SharesTheHandles)
     const qelThreadsPool copy(pool);
     EXPECT_EQ(copy.*member(PoolCount()), 2);
     EXPECT_EQ(copy.*member(PoolHandles()), pool.*member(PoolHandles()));
-    EXPECT_EQ(mutexOf(copy), mutexOf(pool));
+    EXPECT_EQ(lockOf(copy), lockOf(pool));
     EXPECT_EQ(eventOf(copy), eventOf(pool));
     EXPECT_FALSE(isStopRequested(copy));
     pool.WaitForThreadsToFinishWork();
@@ -128,30 +141,53 @@ TEST(qelThreadsPoolCopy, OfTwoTasksHoldsThemAs121)
     EXPECT_EQ(journal.numbers(), (Numbers{1, 2, 1, 1, 2, 1}));
 }
 
-TEST(qelThreadsPoolCopy, HasNTimesNPlusOneHalfNodes)
+TEST(qelThreadsPoolCopy, HasNTimesNPlusOneHalfTasks)
 {
-    for (int tasks : {0, 1, 2, 3, 10, 100})
-    {
-        qelThreadsPool pool(0);
-        for (int i = 0; i < tasks; ++i)
-        {
-            pool.QueueTask(&increment, nullptr);
-        }
-        EXPECT_EQ(allocationsOfCopy(pool), tasks + tasks * (tasks + 1) / 2) << tasks;
-    }
+    EXPECT_EQ(tasksRunAfterCopyingTwice(0), 0);
+    EXPECT_EQ(tasksRunAfterCopyingTwice(1), 1);
+    EXPECT_EQ(tasksRunAfterCopyingTwice(2), 6);      // 3
+    EXPECT_EQ(tasksRunAfterCopyingTwice(10), 1540);  // 55
+    EXPECT_EQ(tasksRunAfterCopyingTwice(25), 52975); // 325
 }
 
 TEST(qelThreadsPoolCopy, TakesTheLengthFromThe16BitCount)
 {
+    EXPECT_EQ(tasksRunAfterCopyingTwice(65536), 0);
+    EXPECT_EQ(tasksRunAfterCopyingTwice(65536 + 2), 6);
+}
+
+TEST(qelThreadsPoolCopy, TakesTheMemoryOfItsTasksAndNoMore)
+{
     qelThreadsPool pool(0);
-    for (int i = 0; i < 65536; ++i)
+    for (int i = 0; i < 1000; ++i)
     {
         pool.QueueTask(&increment, nullptr);
     }
-    EXPECT_EQ(allocationsOfCopy(pool), 0);
-    pool.QueueTask(&increment, nullptr);
-    pool.QueueTask(&increment, nullptr);
-    EXPECT_EQ(allocationsOfCopy(pool), 2 + 3);
+    const HeapCount heap;
+    const qelThreadsPool copy(pool);
+    const size_t expected = 500500 * size_t{24};
+    EXPECT_LT(HeapCount::allocatedBytes(), expected) << "the rest of the last block is used";
+    EXPECT_GT(HeapCount::allocatedBytes(), expected - 127 * size_t{24});
+    EXPECT_EQ(HeapCount::allocated(), 1);
+}
+
+TEST(qelThreadsPoolCopy, LeavesItsMemoryToTheNextOne)
+{
+    qelThreadsPool pool(0);
+    for (int i = 0; i < 100; ++i)
+    {
+        pool.QueueTask(&increment, nullptr);
+    }
+    qelThreadsPool second(pool);
+    {
+        const qelThreadsPool third(pool);
+    }
+    const HeapCount heap;
+    for (int round = 0; round < 100; ++round)
+    {
+        const qelThreadsPool copy(pool);
+        EXPECT_EQ(HeapCount::allocated(), 0) << round;
+    }
 }
 
 TEST(qelThreadsPoolCopy, IsNeverServed)
@@ -200,12 +236,13 @@ TEST(qelThreadsPoolCopy, MayGoBeforeTheOriginal)
     EXPECT_EQ(ran, 100);
 }
 
-TEST(qelThreadsPoolCopy, KeepsTheWorkersOfADestroyedOriginal)
+TEST(qelThreadsPoolCopy, DoesNotKeepTheTasksOfADestroyedOriginal)
 {
     std::atomic<int> ran(0);
     Gate gate;
     auto pool = std::make_unique<qelThreadsPool>(2);
-    const qelThreadsPool copy(*pool);
+    qelThreadsPool copy(*pool);
+    const qelThreadsPool second(copy);
     const WorkersWatch workers(*pool, 2);
     gate.occupy(*pool, 2);
     for (int i = 0; i < 50; ++i)
@@ -213,27 +250,70 @@ TEST(qelThreadsPoolCopy, KeepsTheWorkersOfADestroyedOriginal)
         pool->QueueTask(&increment, &ran);
     }
     pool.reset();
-    EXPECT_EQ(ran, 0);
+    EXPECT_EQ(workers.running(), 2) << "never waits for a running task";
     gate.open();
-    EXPECT_TRUE(comesTrue([&] { return ran == 50; }));
-    giveWorkersTime();
-    EXPECT_EQ(workers.running(), 2) << "they wait for the last copy";
+    EXPECT_TRUE(workers.end());
+    EXPECT_EQ(gate.passed(), 2);
+    EXPECT_EQ(ran, 0);
 }
 
-TEST(qelThreadsPoolCopy, CanBeWaitedForInsteadOfADestroyedOriginal)
+TEST(qelThreadsPoolCopy, IsNotServedInThePlaceOfADestroyedOriginal)
 {
     std::atomic<int> ran(0);
+    Gate gate;
+    std::optional<qelThreadsPool> place(std::in_place, 1);
+    const qelThreadsPool copy(*place);
+    const WorkersWatch workers(*place, 1);
+    gate.occupy(*place, 1);
+    place.reset();
+    place.emplace(copy);
+    place->QueueTask(&increment, &ran);
+    gate.open();
+    EXPECT_TRUE(workers.end());
+    EXPECT_EQ(ran, 0);
+}
+
+TEST(qelThreadsPoolCopy, EndsIdleWorkersWithTheOriginal)
+{
+    auto pool = std::make_unique<qelThreadsPool>(3);
+    const qelThreadsPool copy(*pool);
+    const WorkersWatch workers(*pool, 3);
+    giveWorkersTime();
+    pool.reset();
+    EXPECT_TRUE(workers.end());
+}
+
+TEST(qelThreadsPoolCopy, KeepsTheHandlesOpen)
+{
+    auto pool = std::make_unique<qelThreadsPool>(2);
+    const qelThreadsPool copy(*pool);
+    pool->WaitForThreadsToFinishWork();
+    pool.reset();
+    for (int i = 0; i < 2; ++i)
+    {
+        EXPECT_TRUE(isSignalled(workerOf(copy, i))) << i;
+    }
+    EXPECT_TRUE(isSignalled(eventOf(copy)));
+}
+
+TEST(qelThreadsPoolCopy, CanStillBeUsedWhenTheOriginalIsDestroyed)
+{
+    std::atomic<int> ran(0);
+    Gate gate;
     std::vector<qelThreadsPool> pools;
     pools.emplace_back(2);
+    gate.occupy(pools[0], 2);
     for (int i = 0; i < 200; ++i)
     {
         pools[0].QueueTask(&increment, &ran);
     }
-    pools.reserve(100); // copies the pool and destroys the original
     const WorkersWatch workers(pools[0], 2);
+    pools.reserve(100); // copies the pool and destroys the original
+    pools[0].QueueTask(&increment, &ran);
+    gate.open();
     pools[0].WaitForThreadsToFinishWork();
-    EXPECT_EQ(ran, 200);
     EXPECT_EQ(workers.running(), 0);
+    EXPECT_EQ(ran, 0);
 }
 
 TEST(qelThreadsPoolCopy, DoesNotStopTheWorkersOfALivingOriginal)
@@ -256,38 +336,25 @@ TEST(qelThreadsPoolCopy, DoesNotStopTheWorkersOfALivingOriginal)
     EXPECT_TRUE(returned);
 }
 
-TEST(qelThreadsPoolCopy, ThatWaitsEndsTheWorkersWhenTheOriginalGoes)
+TEST(qelThreadsPoolCopy, WaitsForTheRunningTasksOfADestroyedOriginal)
 {
     std::atomic<int> ran(0);
+    std::atomic<bool> returned(false);
     Gate gate;
     auto pool = std::make_unique<qelThreadsPool>(2);
     qelThreadsPool copy(*pool);
     gate.occupy(*pool, 2);
     pool->QueueTask(&increment, &ran);
-    std::thread waiter([&] { copy.WaitForThreadsToFinishWork(); });
+    std::thread waiter([&] {
+        copy.WaitForThreadsToFinishWork();
+        returned = true;
+    });
     ASSERT_TRUE(comesTrue([&] { return isStopRequested(copy); }));
-    giveWorkersTime();
     pool.reset();
+    giveWorkersTime();
+    EXPECT_FALSE(returned);
     gate.open();
     waiter.join();
-    EXPECT_EQ(ran, 1);
-}
-
-TEST(qelThreadsPoolCopy, TheLastOneStopsTheWorkers)
-{
-    std::atomic<int> ran(0);
-    Gate gate;
-    auto pool = std::make_unique<qelThreadsPool>(2);
-    auto copy = std::make_unique<qelThreadsPool>(*pool);
-    auto last = std::make_unique<qelThreadsPool>(*copy);
-    const WorkersWatch workers(*pool, 2);
-    gate.occupy(*pool, 2);
-    pool->QueueTask(&increment, &ran);
-    pool.reset();
-    copy.reset();
-    last.reset();
-    gate.open();
-    EXPECT_TRUE(workers.end());
     EXPECT_EQ(gate.passed(), 2);
     EXPECT_EQ(ran, 0);
 }
@@ -329,7 +396,7 @@ TEST(qelThreadsPoolAssign, GivesUpTheFormerWorkersAndTasks)
     pool = other;
     EXPECT_EQ(pool.*member(PoolCount()), 1);
     EXPECT_EQ(pool.*member(PoolHandles()), other.*member(PoolHandles()));
-    EXPECT_EQ(mutexOf(pool), mutexOf(other));
+    EXPECT_EQ(lockOf(pool), lockOf(other));
     EXPECT_EQ(eventOf(pool), eventOf(other));
     gate.open();
     EXPECT_TRUE(workers.end());
@@ -343,7 +410,7 @@ TEST(qelThreadsPoolAssign, GivesUpTheFormerWorkersAndTasks)
     EXPECT_EQ(ranElsewhere, 1);
 }
 
-TEST(qelThreadsPoolAssign, LeavesTheFormerWorkersToTheCopies)
+TEST(qelThreadsPoolAssign, EndsTheFormerWorkersThoughACopyLives)
 {
     std::atomic<int> ran(0);
     Gate gate;
@@ -355,7 +422,8 @@ TEST(qelThreadsPoolAssign, LeavesTheFormerWorkersToTheCopies)
     pool = other;
     gate.open();
     copy.WaitForThreadsToFinishWork();
-    EXPECT_EQ(ran, 1);
+    EXPECT_EQ(gate.passed(), 1);
+    EXPECT_EQ(ran, 0);
 }
 
 TEST(qelThreadsPoolAssign, ReplacesTheListOfACopy)
@@ -366,9 +434,12 @@ TEST(qelThreadsPoolAssign, ReplacesTheListOfACopy)
         pool.QueueTask(&increment, nullptr);
         pool.QueueTask(&increment, nullptr);
         qelThreadsPool copy(pool);
-        const int before = HeapCount::freed();
-        copy = pool;
-        EXPECT_EQ(HeapCount::freed() - before, 3 + 2) << "three nodes of its own, two of building";
+        const int before = HeapCount::allocated();
+        for (int i = 0; i < 1000; ++i)
+        {
+            copy = pool;
+        }
+        EXPECT_EQ(HeapCount::allocated(), before) << "each list takes the place of the one before";
         EXPECT_NE(copy.*member(PoolTasks()), nullptr);
         copy = qelThreadsPool(0);
         EXPECT_EQ(copy.*member(PoolTasks()), nullptr);

@@ -14,7 +14,6 @@ using qelTest::HeapCount;
 using qelTest::ImportHook;
 using qelTest::increment;
 using qelTest::liveHandles;
-using qelTest::mutexOf;
 using qelTest::workerOf;
 using qelTest::WorkersWatch;
 
@@ -119,7 +118,7 @@ TEST(qelThreadsPoolDestroy, FreesEveryBlockOnce)
     {
         const HeapCount heap;
         usePools(wait);
-        EXPECT_GT(HeapCount::allocated(), 200);
+        EXPECT_GE(HeapCount::allocated(), 4) << "workers, handles, tasks of the pool, tasks of the copy";
         EXPECT_EQ(HeapCount::freed(), HeapCount::allocated()) << wait;
     }
 }
@@ -189,88 +188,52 @@ TEST(qelThreadsPoolWorker, EndedByItsTaskLeavesTheOthersAtWork)
     EXPECT_EQ(ran, 100);
 }
 
-TEST(qelThreadsPoolWorker, TakesOverAMutexThatAnEndedThreadLeftBehind)
+std::atomic<int> inside(0);
+
+// Called by a worker that finds the queue empty after a task, in the lock.
+BOOL WINAPI stayInsideTheLock(HANDLE)
 {
+    ++inside;
+    Sleep(INFINITE);
+    return FALSE;
+}
+
+BOOL WINAPI endInsideTheLock(HANDLE)
+{
+    ++inside;
+    ExitThread(0);
+}
+
+// Destroys a pool whose only worker was ended inside the lock: nobody is left who could use the queue.
+void destroyWithEndedWorker(BOOL(WINAPI* whatTheWorkerDoes)(HANDLE), bool terminate)
+{
+    const ImportHook hook("ResetEvent", whatTheWorkerDoes);
+    inside = 0;
     std::atomic<int> ran(0);
-    qelThreadsPool pool(2);
-    std::thread([&] { WaitForSingleObject(mutexOf(pool), INFINITE); }).join();
-    for (int i = 0; i < 100; ++i)
+    auto pool = std::make_unique<qelThreadsPool>(1);
+    auto copy = std::make_unique<qelThreadsPool>(*pool);
+    const WorkersWatch worker(*pool, 1);
+    pool->QueueTask(&increment, &ran);
+    ASSERT_TRUE(comesTrue([&] { return inside == 1; }));
+    if (terminate)
     {
-        pool.QueueTask(&increment, &ran);
+        ASSERT_TRUE(TerminateThread(workerOf(*pool, 0), 0));
     }
-    pool.WaitForThreadsToFinishWork();
-    EXPECT_EQ(ran, 100);
+    ASSERT_TRUE(worker.end());
+
+    pool.reset(); // where it hangs, the watchdog comes
+    copy.reset();
+    EXPECT_EQ(ran, 1);
 }
 
-std::atomic<DWORD> threadToEnd(0);
-
-BOOL WINAPI endThreadInsteadOfSignalling(HANDLE event)
+TEST(qelThreadsPoolDestroy, DoesNotHangWhenTheLastWorkerWasTerminatedInsideTheLock)
 {
-    if (threadToEnd == GetCurrentThreadId())
-    {
-        ExitThread(0);
-    }
-    return SetEvent(event);
+    destroyWithEndedWorker(&stayInsideTheLock, true);
 }
 
-// What the library takes for the number of the thread that is to end; 0 for its own.
-std::atomic<DWORD> numberOfThreadToEnd(0);
-
-DWORD WINAPI numberOfThisThread()
+TEST(qelThreadsPoolDestroy, DoesNotHangWhenTheLastWorkerEndedInsideTheLock)
 {
-    const DWORD number = GetCurrentThreadId();
-    return threadToEnd == number && numberOfThreadToEnd != 0 ? numberOfThreadToEnd.load() : number;
-}
-
-// A thread with the given number ends in the lock of a pool, which goes on all the same.
-void endInsideTheLock(DWORD number)
-{
-    const ImportHook eventHook("SetEvent", &endThreadInsteadOfSignalling);
-    const ImportHook numberHook("GetCurrentThreadId", &numberOfThisThread);
-    std::atomic<int> ran(0);
-    qelThreadsPool pool(2);
-    // Not a std::thread: it ends without unwinding.
-    struct Caller
-    {
-        qelThreadsPool* pool;
-        std::atomic<int>* ran;
-        static DWORD WINAPI main(void* argument)
-        {
-            threadToEnd = GetCurrentThreadId();
-            static_cast<Caller*>(argument)->pool->QueueTask(&increment, static_cast<Caller*>(argument)->ran);
-            return 1;
-        }
-    };
-    Caller caller = {&pool, &ran};
-    numberOfThreadToEnd = number;
-    HANDLE thread = CreateThread(nullptr, 0, &Caller::main, &caller, 0, nullptr);
-    ASSERT_EQ(WaitForSingleObject(thread, 30000), WAIT_OBJECT_0);
-    threadToEnd = 0;
-    DWORD result = 1;
-    EXPECT_TRUE(GetExitCodeThread(thread, &result));
-    EXPECT_EQ(result, 0U);
-    CloseHandle(thread);
-    for (int i = 0; i < 100; ++i)
-    {
-        pool.QueueTask(&increment, &ran);
-    }
-    pool.WaitForThreadsToFinishWork();
-    EXPECT_EQ(ran, 101);
-}
-
-TEST(qelThreadsPoolWorker, GoesOnWhenAThreadEndsInsideTheLock)
-{
-    endInsideTheLock(0);
-}
-
-TEST(qelThreadsPoolWorker, GoesOnWhenTheNumberOfAThreadThatEndedInsideTheLockIsUsedAgain)
-{
-    endInsideTheLock(GetCurrentThreadId());
-}
-
-HANDLE WINAPI refuseMutex(SECURITY_ATTRIBUTES*, BOOL, const wchar_t*)
-{
-    return nullptr;
+    destroyWithEndedWorker(&endInsideTheLock, false);
 }
 
 HANDLE WINAPI refuseEvent(SECURITY_ATTRIBUTES*, BOOL, BOOL, const wchar_t*)
@@ -321,7 +284,6 @@ template <class Function> void useWithout(const char* name, Function* refusal)
 
 TEST(qelThreadsPoolRefused, OnlyQueuesWithoutWorkers)
 {
-    useWithout("CreateMutexW", &refuseMutex);
     useWithout("CreateEventW", &refuseEvent);
     useWithout("CreateThread", &refuseThread);
     useWithout("GetModuleHandleExW", &refuseModule);
@@ -381,26 +343,27 @@ void runOutOfMemoryEverywhere()
     const ImportHook hook("malloc", &refuseOnce);
     std::atomic<int> ran(0);
     EXPECT_TRUE(runsOutOfMemory(0, [] { const qelThreadsPool pool(2); }));
+    EXPECT_TRUE(runsOutOfMemory(1, [] { const qelThreadsPool pool(2); }));
+    EXPECT_FALSE(runsOutOfMemory(2, [] { const qelThreadsPool pool(0); })) << "no worker that outlives it";
 
     Gate gate;
     qelThreadsPool pool(1);
     qelThreadsPool other(1);
-    gate.occupy(pool, 1);
-    pool.QueueTask(&increment, &ran);
-    pool.QueueTask(&increment, &ran);
     EXPECT_TRUE(runsOutOfMemory(0, [&] { pool.QueueTask(&increment, &ran); }));
-    for (int after = 0; after < 5; ++after)
+    gate.occupy(pool, 1);
+    for (int i = 0; i < 20; ++i)
     {
-        EXPECT_TRUE(runsOutOfMemory(after, [&] { const qelThreadsPool copy(pool); })) << after;
-        EXPECT_TRUE(runsOutOfMemory(after, [&] { other = pool; })) << after;
+        pool.QueueTask(&increment, &ran); // a copy has 210, more than there is memory for yet
     }
-    EXPECT_FALSE(runsOutOfMemory(5, [&] { const qelThreadsPool copy(pool); }));
+    EXPECT_TRUE(runsOutOfMemory(0, [&] { const qelThreadsPool copy(pool); }));
+    EXPECT_TRUE(runsOutOfMemory(0, [&] { other = pool; }));
+    EXPECT_FALSE(runsOutOfMemory(1, [&] { const qelThreadsPool copy(pool); }));
     gate.open();
     pool.WaitForThreadsToFinishWork();
-    EXPECT_EQ(ran, 2);
+    EXPECT_EQ(ran, 20);
     other.QueueTask(&increment, &ran);
     other.WaitForThreadsToFinishWork();
-    EXPECT_EQ(ran, 3);
+    EXPECT_EQ(ran, 21);
 }
 
 TEST(qelThreadsPoolRefused, MemoryLeavesThePoolAsItWas)

@@ -91,7 +91,7 @@ TEST(qelThreadsPool, KeepsItsMembersInTheirOrder)
     memcpy(members, bytes + 8, sizeof members);
     EXPECT_EQ(members[0], pool.*member(PoolHandles()));
     EXPECT_EQ(members[1], nullptr);
-    EXPECT_EQ(members[2], qelTest::mutexOf(pool));
+    EXPECT_EQ(members[2], qelTest::lockOf(pool));
     EXPECT_EQ(members[3], eventOf(pool));
     EXPECT_EQ(bytes[40], 0);
     pool.WaitForThreadsToFinishWork();
@@ -109,10 +109,10 @@ std::vector<std::string>& calls()
     return names;
 }
 
-HANDLE WINAPI noteCreateMutex(SECURITY_ATTRIBUTES* security, BOOL owned, const wchar_t* name)
+void WINAPI noteInitializeLock(CRITICAL_SECTION* section)
 {
-    calls().push_back(security == nullptr && !owned && name == nullptr ? "mutex" : "another mutex");
-    return CreateMutexW(security, owned, name);
+    calls().emplace_back("lock");
+    InitializeCriticalSection(section);
 }
 
 HANDLE WINAPI noteCreateEvent(SECURITY_ATTRIBUTES* security, BOOL manual, BOOL signalled, const wchar_t* name)
@@ -131,12 +131,12 @@ HANDLE WINAPI noteCreateThread(SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTH
 
 TEST(qelThreadsPool, HasItsLockAndItsEventBeforeTheFirstWorker)
 {
-    const qelTest::ImportHook mutexHook("CreateMutexW", &noteCreateMutex);
+    const qelTest::ImportHook lockHook("InitializeCriticalSection", &noteInitializeLock);
     const qelTest::ImportHook eventHook("CreateEventW", &noteCreateEvent);
     const qelTest::ImportHook threadHook("CreateThread", &noteCreateThread);
     calls().clear();
     qelThreadsPool pool(2);
-    EXPECT_EQ(calls(), (std::vector<std::string>{"mutex", "event", "thread", "thread"}));
+    EXPECT_EQ(calls(), (std::vector<std::string>{"event", "lock", "thread", "thread"}));
     pool.WaitForThreadsToFinishWork();
 }
 
@@ -224,13 +224,12 @@ TEST(qelThreadsPoolQueueTask, SignalsTheEventWhileThereIsWork)
     qelThreadsPool pool(1);
     EXPECT_FALSE(isSignalled(eventOf(pool)));
     gate.occupy(pool, 1);
-    EXPECT_FALSE(isSignalled(eventOf(pool))) << "reset by the worker that took the last task";
     pool.QueueTask(&increment, &ran);
     EXPECT_TRUE(isSignalled(eventOf(pool)));
     EXPECT_TRUE(isSignalled(eventOf(pool))) << "reset by hand only";
     gate.open();
     EXPECT_TRUE(comesTrue([&] { return ran == 1; }));
-    EXPECT_FALSE(isSignalled(eventOf(pool)));
+    EXPECT_TRUE(comesTrue([&] { return !isSignalled(eventOf(pool)); })) << "reset by the worker that finds no more";
     pool.WaitForThreadsToFinishWork();
     EXPECT_TRUE(isSignalled(eventOf(pool))) << "stays signalled from then on";
 }
@@ -261,6 +260,34 @@ TEST(qelThreadsPoolQueueTask, IsOpenToTasksOfTheSamePool)
     pool.QueueTask(&Splitter::task, new Splitter{&pool, &ran, 11});
     pool.WaitForThreadsToFinishWork();
     EXPECT_EQ(ran, 4095);
+}
+
+TEST(qelThreadsPoolQueueTask, SharesAnAllocationWithManyTasks)
+{
+    const qelTest::HeapCount heap;
+    qelThreadsPool pool(0);
+    const int before = qelTest::HeapCount::allocated();
+    for (int i = 0; i < 1000; ++i)
+    {
+        pool.QueueTask(&increment, nullptr);
+    }
+    EXPECT_GT(qelTest::HeapCount::allocated(), before);
+    EXPECT_LE(qelTest::HeapCount::allocated(), before + 10);
+}
+
+TEST(qelThreadsPoolQueueTask, UsesTheMemoryOfTasksThatHaveRun)
+{
+    std::atomic<int> ran(0);
+    qelThreadsPool pool(1);
+    pool.QueueTask(&increment, &ran);
+    const qelTest::HeapCount heap;
+    for (int i = 1; i <= 500; ++i)
+    {
+        pool.QueueTask(&increment, &ran);
+        ASSERT_TRUE(comesTrue([&] { return ran == i + 1; })) << i;
+    }
+    pool.WaitForThreadsToFinishWork();
+    EXPECT_EQ(qelTest::HeapCount::allocated(), 0);
 }
 
 TEST(qelThreadsPoolQueueTask, IsOpenToSeveralThreads)
@@ -320,8 +347,8 @@ TEST(qelThreadsPoolWait, ReturnsWhenAllWorkersHaveEnded)
         EXPECT_TRUE(GetExitCodeThread(workerOf(pool, i), &result));
         EXPECT_EQ(result, 0U);
     }
-    EXPECT_TRUE(isSignalled(qelTest::mutexOf(pool)));
-    ReleaseMutex(qelTest::mutexOf(pool));
+    EXPECT_TRUE(TryEnterCriticalSection(qelTest::lockOf(pool))) << "released by all of them";
+    LeaveCriticalSection(qelTest::lockOf(pool));
 }
 
 TEST(qelThreadsPoolWait, IsTheEndOfThePool)
