@@ -1,6 +1,9 @@
 #include "config/DatabaseConfiguration.h"
 
 #include "config/Literals.h"
+#include "strings/StringAccess.h"
+
+#include <string.h>
 
 namespace
 {
@@ -18,7 +21,7 @@ template <size_t Size> const wchar_t* behind(const wchar_t* text, const wchar_t*
 /// As the default set of qelString::TrimLeft(): no carriage return.
 bool isBlank(wchar_t c)
 {
-    return qelText::contains(L"\t\n ", 3, c);
+    return c == L' ' || c == L'\t' || c == L'\n';
 }
 
 /// Makes `text` the part from `begin` to `end`.
@@ -28,10 +31,7 @@ void set(qelString& text, const wchar_t* begin, const wchar_t* end)
     // Platforms are nearly always those of the entry before, whose text will do.
     if (static_cast<size_t>(text.length()) != length || memcmp(text.getStringW(), begin, length * sizeof(wchar_t)) != 0)
     {
-        // The part has no terminator: the scratch buffer, which has room for any, lends one.
-        memcpy(qelString::qelStringTempBufferWide, begin, length * sizeof(wchar_t));
-        qelString::qelStringTempBufferWide[length] = 0;
-        text = qelString::qelStringTempBufferWide;
+        qelStringAccess::assign(text, begin, length);
     }
 }
 

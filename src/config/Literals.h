@@ -3,14 +3,14 @@
 #define QEL_LITERALS_H
 
 #include "qelString.h"
-#include "strings/Text.h"
+#include "strings/TextSearch.h"
 
 namespace qelLiterals
 {
 /// Where `literal` first stands in the text from `text` to `end`, or null.
 template <size_t Size> const wchar_t* find(const wchar_t* text, const wchar_t* end, const wchar_t (&literal)[Size])
 {
-    return qelText::find(text, end, literal, Size - 1);
+    return qelTextSearch::find(text, end, literal, Size - 1);
 }
 
 /// The same in a whole text.

@@ -1,4 +1,5 @@
-// How the sources of qelString make texts and hand them over. Private members would be exported, these are not.
+// Makes texts and hands them over. Private members would be exported, these are not. Not part of the public interface;
+// other subsystems may use it.
 #ifndef QEL_STRING_ACCESS_H
 #define QEL_STRING_ACCESS_H
 
@@ -15,6 +16,9 @@ struct qelStringAccess
 
     /// The same for `length` bytes in a code page; cut at the greatest length.
     static qelStringRepr* represent(const char* text, size_t length, unsigned codePage);
+
+    /// As getStringW(), without a call.
+    static const wchar_t* textOf(const qelString& text) { return text.m_rep->m_data; }
 
     /// The units of a representation that nobody shares yet.
     static wchar_t* unitsOf(qelStringRepr* rep) { return rep->m_data; }

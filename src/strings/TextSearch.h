@@ -1,4 +1,4 @@
-// Finds a text in another one. Not part of the public interface.
+// Finds a text in another one. Not part of the public interface; other subsystems may use it.
 #ifndef QEL_TEXT_SEARCH_H
 #define QEL_TEXT_SEARCH_H
 

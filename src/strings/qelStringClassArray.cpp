@@ -1,6 +1,7 @@
 #include "qelStringClassArray.h"
 
-#include "strings/Text.h"
+#include "strings/StringAccess.h"
+#include "strings/Units.h"
 
 #include <stdlib.h>
 
@@ -98,14 +99,12 @@ void sortTexts(qelString* texts, size_t count, Comparator compare)
 /// Position of the first text from `start` on that equals the key, or -1.
 long findEqual(const qelArray<qelString>& texts, const qelString& key, long start)
 {
-    // The first units decide nearly always: those of the key's first chunk, up to the terminator, take no call.
-    const __m128i beginning = qelText::chunk(key.getStringW());
-    const unsigned long end = qelText::unitsEqualTo(beginning, 0);
-    const unsigned long decisive = (end ^ (end - 1)) & qelText::kAllUnits;
+    const wchar_t* const wanted = qelStringAccess::textOf(key);
     for (long i = start < 0 ? 0 : start; i < texts.length(); ++i)
     {
-        const unsigned long equal = qelText::equalUnits(qelText::chunk(texts[i].getStringW()), beginning);
-        if ((equal & decisive) == decisive && texts[i] == key)
+        const wchar_t* const text = qelStringAccess::textOf(texts[i]);
+        const size_t at = qelUnits::firstDifference(text, wanted);
+        if (text[at] == wanted[at])
         {
             return i;
         }

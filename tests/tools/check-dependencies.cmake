@@ -16,7 +16,7 @@ set(subsystems strings files config numbering progress numeric tasks)
 
 # Private headers that are offered on purpose to those who may use the folder. The module's handle is for all: whoever
 # loads a resource needs it.
-set(offered strings/Text.h strings/CodePage.h module/Module.h)
+set(offered strings/CodePage.h strings/StringAccess.h strings/Text.h strings/TextSearch.h module/Module.h)
 
 # The one source that is built on a library of C++.
 set(usesCppLibrary src/strings/PatternSearch.cpp)
