@@ -2,10 +2,12 @@
 #ifndef QEL_PATTERN_SEARCH_H
 #define QEL_PATTERN_SEARCH_H
 
+#include <stddef.h>
+
 namespace qelPattern
 {
-/// Takes the text of one group, ended by a 0 unit and gone after the call.
-using GroupSink = void (*)(void* context, const wchar_t* group);
+/// Takes the place of one group in the text. May throw, which ends the match.
+using GroupSink = void (*)(void* context, size_t start, size_t length);
 
 /**
  * Whether the pattern matches the whole text. If so, the whole text and then every group go to the sink, the empty ones
