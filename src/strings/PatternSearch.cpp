@@ -74,7 +74,10 @@ public:
     {
     }
 
-    /// Kept small, to be worth nothing beside the engine's own work.
+    // GCC takes it for not worth inlining, which makes matches slower by a third.
+#if defined(__GNUC__)
+    __attribute__((always_inline))
+#endif
     void step()
     {
         if (stackPosition() < m_lowest || --m_stepsLeft == 0)
