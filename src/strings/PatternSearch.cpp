@@ -197,17 +197,17 @@ private:
 template <class Next> struct boost::xpressive::detail::alt_match_pred<GuardedIterator, Next>
 {
     explicit alt_match_pred(match_state<GuardedIterator>& state)
-        : m_state(state)
+        : m_state(&state)
     {
     }
 
     template <class Alternative> bool operator()(const Alternative& alternative) const
     {
-        m_state.cur_.step();
-        return alternative.template push_match<Next>(m_state);
+        m_state->cur_.step();
+        return alternative.template push_match<Next>(*m_state);
     }
 
-    match_state<GuardedIterator>& m_state;
+    match_state<GuardedIterator>* m_state;
 };
 
 namespace
@@ -290,7 +290,7 @@ void attempt(Job& job) noexcept
     }
     catch (...)
     {
-        // No match, whatever the reason.
+        job.matched = false;
     }
 }
 

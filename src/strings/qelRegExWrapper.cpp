@@ -6,14 +6,14 @@ namespace
 {
 struct Target
 {
-    const qelString& text;
-    qelArray<qelString>& results;
+    const qelString* text;
+    qelArray<qelString>* results;
 };
 
 void append(void* target, size_t start, size_t length)
 {
     const Target& to = *static_cast<const Target*>(target);
-    to.results.append(to.text.mid(static_cast<int>(start), static_cast<int>(length)));
+    to.results->append(to.text->mid(static_cast<int>(start), static_cast<int>(length)));
 }
 } // namespace
 
@@ -34,6 +34,6 @@ bool qelRegExWrapper::match(const qelString& text, qelArray<qelString>& results)
 {
     // The text may sit in a spare slot of the results, which the first of them overwrites.
     const qelString kept(text);
-    Target target = {kept, results};
+    Target target = {&kept, &results};
     return qelPattern::match(m_pattern.getStringW(), kept.getStringW(), append, &target);
 }
