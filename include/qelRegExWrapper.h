@@ -33,8 +33,8 @@
  *
  * @par Cost
  * The pattern is compiled on every call and nothing is kept between calls: made for texts of any length and patterns of
- * up to some thousand characters. A call that needs more than 50 million steps or 256 MiB of stack gives up, so that no
- * pattern can hang or end the process.
+ * up to some thousand characters. A call that takes longer than a minute or needs more than 256 MiB of stack gives up,
+ * so that no pattern can hang or end the process.
  *
  * @par Failure
  * An invalid pattern, a limit and memory that cannot be had all look like a text that does not match; nothing is

@@ -3,151 +3,132 @@
 // No header with an exported class belongs in here: GCC would then export the type information of the engine as well.
 //
 // The engine backtracks by recursion and knows no limits: some patterns keep it busy for longer than the universe
-// lasts, and long texts make it run off the stack, which no caller can catch. So it never walks over plain pointers
-// here. Its iterators report every move to a Guard, which throws when too many steps were made or the stack is nearly
-// used up. What needs more stack than the caller has left is tried once more on a large stack.
+// lasts, and long texts make it run off the stack, which no caller can catch. Wherever it has a choice, it first copies
+// its position in the text or enters an alternative. Both report to a Guard here, which throws when the stack is nearly
+// used up or too much time has passed. What needs more stack than the caller has left runs on a large one.
 
 #include "strings/PatternSearch.h"
 
 #include "strings/Text.h"
 
-// What the engine merely asserts (that a back reference has a group, for one) must neither become undefined behaviour
-// nor end the process.
-#define BOOST_ENABLE_ASSERT_HANDLER
+// Some valid patterns break conditions that the engine asserts, without harm.
+#define BOOST_DISABLE_ASSERTS
+#include <boost/iterator/iterator_adaptor.hpp>
 #include <boost/xpressive/xpressive_dynamic.hpp>
 
-#include <cstddef>
-#include <cstring>
-#include <iterator>
-#include <stdexcept>
-#include <string>
-#include <vector>
+#include <algorithm>
+
+// GCC takes these few instructions for not worth inlining, which makes many matches slower by a fifth.
+#if defined(__GNUC__)
+#define QEL_PATTERN_INLINE __attribute__((always_inline))
+#else
+#define QEL_PATTERN_INLINE
+#endif
+
+namespace xpressive = boost::xpressive;
 
 namespace
 {
-/// Conditions that valid patterns break without harm: a quantifier {0} at the end, and an empty quotation.
-bool isHarmless(const char* condition)
-{
-    return std::strcmp(condition, "begin != end") == 0 || std::strcmp(condition, "0 != literal.size()") == 0;
-}
-} // namespace
+/// Time of one attempt, in milliseconds: several times what a match may take that is not to be refused, as the machine may
+/// be busy.
+const ULONGLONG kMostTime = 60000;
 
-namespace boost
-{
-void assertion_failed(const char* expr, const char*, const char*, long)
-{
-    if (!isHarmless(expr))
-    {
-        throw std::logic_error(expr);
-    }
-}
+/// Steps from one look at the clock to the next.
+const int kStepsPerLook = 1024;
 
-void assertion_failed_msg(const char* expr, const char*, const char* function, const char* file, long line)
-{
-    assertion_failed(expr, function, file, line);
-}
-} // namespace boost
-
-namespace
-{
-/// Steps of one attempt: some tenths of a second, and far more than any sensible pattern needs for the longest text.
-const long kMostSteps = 50000000;
-
-/// Stack that the second attempt gets: enough for a repeated group on the longest text.
+/// Enough for a repeated group on the longest text.
 const size_t kLargeStack = size_t(256) << 20;
 
 /// Stack that must be left for what lies below a step: a few more calls, and throwing and unwinding.
 const size_t kStackReserve = size_t(64) << 10;
 
-/// Stack that linking and destroying the compiled form may need for each unit of the pattern that is not literal. Both
-/// follow its chain of nodes by recursion, without a step in between.
+/// Stack for each unit of the pattern that is not literal: linking and destroying its compiled form go down the chain of
+/// its nodes without a step in between, and so may a match.
 const size_t kStackPerNode = 768;
+
+/// Stack that one turn of a repeated group takes, about.
+const size_t kStackPerTurn = 480;
 
 struct StackUsedUp
 {
 };
 
-struct StepsUsedUp
+struct TimeUsedUp
 {
 };
 
-/// Counts steps and watches the stack of the thread (or fiber) that made it.
+/// `here` is left to its default: a temporary on the caller's stack.
+uintptr_t stackPosition(const char& here = 0)
+{
+    return reinterpret_cast<uintptr_t>(&here);
+}
+
+uintptr_t lowestOfStack()
+{
+    MEMORY_BASIC_INFORMATION stack = {};
+    VirtualQuery(&stack, &stack, sizeof stack);
+    return reinterpret_cast<uintptr_t>(stack.AllocationBase);
+}
+
+/// Watches the clock, and the stack of the thread (or fiber) that made it.
 class Guard
 {
 public:
-    Guard()
-        : m_stepsLeft(kMostSteps)
-        , m_lowest(lowestOfStack() + kStackReserve)
+    explicit Guard(size_t stackReserve)
+        : m_lowest(lowestOfStack() + stackReserve)
+        , m_end(GetTickCount64() + kMostTime)
+        , m_stepsLeft(kStepsPerLook)
     {
     }
 
-    void step()
+    QEL_PATTERN_INLINE void step()
     {
-        if (--m_stepsLeft < 0 || position() < m_lowest)
+        const char here = 0;
+        if (reinterpret_cast<uintptr_t>(&here) < m_lowest || --m_stepsLeft == 0)
         {
-            refuse();
-        }
-    }
-
-    /// Refuses work that goes deep without steps.
-    void requireStack(size_t bytes) const
-    {
-        if (position() < m_lowest || position() - m_lowest < bytes)
-        {
-            throw StackUsedUp();
+            check();
         }
     }
 
 private:
-    /// `here` is left to its default: a temporary on the caller's stack.
-    static uintptr_t position(const char& here = 0) { return reinterpret_cast<uintptr_t>(&here); }
+    void check();
 
-    static uintptr_t lowestOfStack()
-    {
-        MEMORY_BASIC_INFORMATION stack;
-        const char here = 0;
-        return VirtualQuery(&here, &stack, sizeof stack) == 0 ? UINTPTR_MAX - kStackReserve
-                                                              : reinterpret_cast<uintptr_t>(stack.AllocationBase);
-    }
-
-    [[noreturn]] void refuse() const
-    {
-        if (m_stepsLeft < 0)
-        {
-            throw StepsUsedUp();
-        }
-        throw StackUsedUp();
-    }
-
-    long m_stepsLeft;
     uintptr_t m_lowest; ///< address below which the stack counts as used up
+    ULONGLONG m_end;
+    int m_stepsLeft;
 };
 
-/// A pointer into text whose every move, comparison and copy is a step. Copies count because the engine saves all
-/// groups wherever it may have to come back, which is most of its work when there are many.
-class GuardedIterator
+void Guard::check()
+{
+    if (stackPosition() < m_lowest)
+    {
+        throw StackUsedUp();
+    }
+    if (GetTickCount64() >= m_end)
+    {
+        throw TimeUsedUp();
+    }
+    m_stepsLeft = kStepsPerLook;
+}
+
+/// A pointer into text whose copies are steps. Assignments are none: the engine saves whole groups by assigning them.
+class GuardedIterator : public boost::iterator_adaptor<GuardedIterator, const wchar_t*>
 {
 public:
-    using iterator_category = std::random_access_iterator_tag;
-    using value_type = wchar_t;
-    using difference_type = std::ptrdiff_t;
-    using pointer = const wchar_t*;
-    using reference = const wchar_t&;
-
     GuardedIterator()
-        : m_at(nullptr)
+        : GuardedIterator::iterator_adaptor_(nullptr)
         , m_guard(nullptr)
     {
     }
 
     GuardedIterator(const wchar_t* at, Guard& guard)
-        : m_at(at)
+        : GuardedIterator::iterator_adaptor_(at)
         , m_guard(&guard)
     {
     }
 
-    GuardedIterator(const GuardedIterator& other)
-        : m_at(other.m_at)
+    QEL_PATTERN_INLINE GuardedIterator(const GuardedIterator& other)
+        : GuardedIterator::iterator_adaptor_(other.base())
         , m_guard(other.m_guard)
     {
         step();
@@ -156,88 +137,90 @@ public:
     // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is given back here
     GuardedIterator& operator=(const GuardedIterator& other)
     {
-        m_at = other.m_at;
+        base_reference() = other.base();
         m_guard = other.m_guard;
-        step();
         return *this;
     }
 
-    const wchar_t* base() const { return m_at; }
-
-    reference operator*() const
+    QEL_PATTERN_INLINE void step() const
     {
-        step();
-        return *m_at;
-    }
-
-    GuardedIterator& operator++() { return *this += 1; }
-    GuardedIterator& operator--() { return *this += -1; }
-
-    GuardedIterator operator++(int)
-    {
-        const GuardedIterator old(*this);
-        ++*this;
-        return old;
-    }
-
-    GuardedIterator operator--(int)
-    {
-        const GuardedIterator old(*this);
-        --*this;
-        return old;
-    }
-
-    GuardedIterator& operator+=(difference_type count)
-    {
-        step();
-        m_at += count;
-        return *this;
-    }
-
-    GuardedIterator& operator-=(difference_type count) { return *this += -count; }
-
-    friend GuardedIterator operator+(GuardedIterator i, difference_type count) { return i += count; }
-    // Not every C++ library uses all of these.
-    [[maybe_unused]] friend GuardedIterator operator-(GuardedIterator i, difference_type count) { return i += -count; }
-    friend difference_type operator-(const GuardedIterator& a, const GuardedIterator& b) { return a.m_at - b.m_at; }
-
-    friend bool operator==(const GuardedIterator& a, const GuardedIterator& b)
-    {
-        a.step();
-        return a.m_at == b.m_at;
-    }
-
-    friend bool operator!=(const GuardedIterator& a, const GuardedIterator& b) { return !(a == b); }
-    [[maybe_unused]] friend bool operator<(const GuardedIterator& a, const GuardedIterator& b)
-    {
-        return a.m_at < b.m_at;
-    }
-
-private:
-    void step() const
-    {
-        if (m_guard != nullptr)
+        Guard* const guard = m_guard;
+        if (guard != nullptr)
         {
-            m_guard->step();
+            guard->step();
         }
     }
 
-    const wchar_t* m_at;
-    Guard* m_guard; ///< null in an iterator to nothing
+private:
+    /// Null in an iterator to nothing. Volatile, or compilers copy both members at once, and the processor would stall
+    /// wherever one of them has just been written.
+    Guard* volatile m_guard;
 };
 
-struct Piece
+using Regex = xpressive::basic_regex<GuardedIterator>;
+using Groups = xpressive::match_results<GuardedIterator>;
+using Characters = xpressive::regex_traits<wchar_t>;
+
+/// The engine's own tokens, but a quantifier in a comment is passed over, where the engine would stay for ever.
+class Tokens : public xpressive::compiler_traits<Characters>
 {
-    const wchar_t* begin;
-    size_t length;
+public:
+    using Base = xpressive::compiler_traits<Characters>;
+    using Token = xpressive::regex_constants::compiler_token_type;
+    using Base::Base;
+
+    Token get_token(GuardedIterator& at, const GuardedIterator& end)
+    {
+        const Token token = Base::get_token(at, end);
+        if (m_inComment && token == xpressive::regex_constants::token_invalid_quantifier)
+        {
+            ++at;
+        }
+        m_inComment = m_inComment && token != xpressive::regex_constants::token_group_end;
+        return token;
+    }
+
+    Token get_group_type(GuardedIterator& at, const GuardedIterator& end, std::wstring& name)
+    {
+        const Token token = Base::get_group_type(at, end, name);
+        m_inComment = token == xpressive::regex_constants::token_comment;
+        return token;
+    }
+
+private:
+    bool m_inComment = false;
+};
+} // namespace
+
+/// What the engine calls for each alternative. Without the step, alternatives that are empty or a single character
+/// would be choices made without a copy.
+template <class Next> struct boost::xpressive::detail::alt_match_pred<GuardedIterator, Next>
+{
+    explicit alt_match_pred(match_state<GuardedIterator>& state)
+        : m_state(&state)
+    {
+    }
+
+    template <class Alternative> bool operator()(const Alternative& alternative) const
+    {
+        m_state->cur_.step();
+        return alternative.template push_match<Next>(*m_state);
+    }
+
+    match_state<GuardedIterator>* m_state;
 };
 
+namespace
+{
 /// One call's work, done on whichever stack is large enough.
 struct Job
 {
     const wchar_t* pattern;
+    size_t patternLength;
     const wchar_t* text;
-    std::vector<Piece> groups; ///< what took part and is not empty, from the whole text on
+    size_t textLength;
+    qelPattern::GroupSink sink;
+    void* context;
     bool matched;
     bool stackUsedUp;
     void* caller; ///< fiber to go back to
@@ -249,50 +232,54 @@ size_t countNodes(const wchar_t* pattern)
     size_t nodes = 1;
     for (const wchar_t* at = pattern; *at != 0; ++at)
     {
-        if (wcschr(L"\\.[(){*+?|^$", *at) != nullptr)
-        {
-            ++nodes;
-        }
+        nodes += wcschr(L"\\.[(){*+?|^$", *at) != nullptr ? 1U : 0U;
     }
     return nodes;
 }
 
-/// Compiles and matches; throws whatever goes wrong.
-void search(Job& job)
+/// A back reference to a group that does not exist would make the engine look behind its groups. They are made enough
+/// for all single digits, the only numbers that the engine takes on trust; the added ones take no part.
+void addMissingGroups(const Regex& regex, const wchar_t* pattern)
 {
-    using Regex = boost::xpressive::basic_regex<GuardedIterator>;
-    using Groups = boost::xpressive::match_results<GuardedIterator>;
-
-    Guard guard;
-    guard.requireStack(countNodes(job.pattern) * kStackPerNode);
-
-    const GuardedIterator patternBegin(job.pattern, guard);
-    const GuardedIterator patternEnd(job.pattern + qelText::measure(job.pattern), guard);
-    const Regex regex = Regex::compile(patternBegin, patternEnd);
-
-    const GuardedIterator begin(job.text, guard);
-    const GuardedIterator end(job.text + qelText::measure(job.text), guard);
-    Groups groups;
-    job.matched = boost::xpressive::regex_match(begin, end, groups, regex);
-    for (const auto& group : groups)
+    size_t& count = xpressive::detail::core_access<GuardedIterator>::get_regex_impl(regex)->mark_count_;
+    for (const wchar_t* at = wcschr(pattern, L'\\'); at != nullptr; at = wcschr(at + 1, L'\\'))
     {
-        if (group.matched && group.first != group.second)
+        if (at[1] >= L'1' && at[1] <= L'9')
         {
-            const Piece piece = {group.first.base(), static_cast<size_t>(group.second - group.first)};
-            job.groups.push_back(piece);
+            count = (std::max)(count, static_cast<size_t>(at[1] - L'0'));
         }
     }
 }
 
-void forget(Job& job)
+/// Compiles, matches and hands out the groups; throws whatever goes wrong.
+void search(Job& job)
 {
-    job.matched = false;
-    job.groups.clear();
+    Guard guard(kStackReserve + countNodes(job.pattern) * kStackPerNode);
+    const Regex regex = xpressive::regex_compiler<GuardedIterator, Characters, Tokens>().compile(
+        GuardedIterator(job.pattern, guard), GuardedIterator(job.pattern + job.patternLength, guard));
+    addMissingGroups(regex, job.pattern);
+
+    Groups groups;
+    const GuardedIterator begin(job.text, guard);
+    const GuardedIterator end(job.text + job.textLength, guard);
+    if (!xpressive::regex_match(begin, end, groups, regex))
+    {
+        return;
+    }
+    for (const auto& group : groups)
+    {
+        const wchar_t* const first = group.first.base();
+        if (group.matched && first != group.second.base())
+        {
+            job.sink(job.context, static_cast<size_t>(first - job.text),
+                     static_cast<size_t>(group.second.base() - first));
+        }
+    }
+    job.matched = true;
 }
 
 void attempt(Job& job) noexcept
 {
-    job.stackUsedUp = false;
     try
     {
         search(job);
@@ -300,11 +287,10 @@ void attempt(Job& job) noexcept
     catch (const StackUsedUp&)
     {
         job.stackUsedUp = true;
-        forget(job);
     }
     catch (...)
     {
-        forget(job);
+        job.matched = false;
     }
 }
 
@@ -327,17 +313,21 @@ void* currentFiber()
 #pragma GCC diagnostic pop
 #endif
 
-/// A fiber rather than a thread: the caller may hold the loader's lock, under which a thread would never start.
-void attemptOnLargeStack(Job& job)
+/**
+ * Returns whether there was memory for the stack.
+ *
+ * A fiber rather than a thread: the caller may hold the loader's lock, under which a thread would never start.
+ */
+bool attemptOnLargeStack(Job& job)
 {
     void* const current = currentFiber();
     job.caller = current != nullptr ? current : ConvertThreadToFiberEx(nullptr, FIBER_FLAG_FLOAT_SWITCH);
     if (job.caller == nullptr)
     {
-        return;
+        return false;
     }
     // Committed at once: memory that runs out while a stack grows cannot be caught.
-    void* fiber = CreateFiberEx(kLargeStack, kLargeStack, FIBER_FLAG_FLOAT_SWITCH, attemptInFiber, &job);
+    void* const fiber = CreateFiberEx(kLargeStack, kLargeStack, FIBER_FLAG_FLOAT_SWITCH, attemptInFiber, &job);
     if (fiber != nullptr)
     {
         SwitchToFiber(fiber);
@@ -347,48 +337,32 @@ void attemptOnLargeStack(Job& job)
     {
         ConvertFiberToThread();
     }
+    return fiber != nullptr;
 }
 
-/// A buffer for the text of one group, wiped before it is freed.
-class GroupText
+/// Whether the caller's stack will hardly do. Finding that out by an attempt costs far more: throwing out of a deep
+/// recursion is slow.
+bool goesDeep(const Job& job)
 {
-public:
-    explicit GroupText(const Piece& piece)
-        : m_text(piece.begin, piece.length)
-    {
-    }
-
-    GroupText(const GroupText&) = delete;
-    GroupText& operator=(const GroupText&) = delete;
-
-    ~GroupText() { qelText::scrub(m_text.data(), m_text.size() * sizeof(wchar_t)); }
-
-    const wchar_t* get() const { return m_text.c_str(); }
-
-private:
-    std::wstring m_text;
-};
-
+    const bool repeatsGroup = wcsstr(job.pattern, L")*") != nullptr || wcsstr(job.pattern, L")+") != nullptr ||
+                              wcsstr(job.pattern, L"){") != nullptr;
+    return repeatsGroup && job.textLength * kStackPerTurn > stackPosition() - lowestOfStack();
+}
 } // namespace
 
 bool qelPattern::match(const wchar_t* pattern, const wchar_t* text, GroupSink sink, void* context) noexcept
 {
-    try
+    Job job = {pattern, qelText::measureOwn(pattern), text, qelText::measureOwn(text), sink, context, false, false,
+               nullptr};
+    const bool deep = goesDeep(job);
+    if (deep && attemptOnLargeStack(job))
     {
-        Job job = {pattern, text, {}, false, false, nullptr};
-        attempt(job);
-        if (job.stackUsedUp)
-        {
-            attemptOnLargeStack(job);
-        }
-        for (const Piece& piece : job.groups)
-        {
-            sink(context, GroupText(piece).get());
-        }
         return job.matched;
     }
-    catch (...)
+    attempt(job);
+    if (job.stackUsedUp && !deep)
     {
-        return false;
+        attemptOnLargeStack(job);
     }
+    return job.matched;
 }

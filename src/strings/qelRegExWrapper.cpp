@@ -4,9 +4,16 @@
 
 namespace
 {
-void append(void* results, const wchar_t* group)
+struct Target
 {
-    static_cast<qelArray<qelString>*>(results)->append(group);
+    const qelString* text;
+    qelArray<qelString>* results;
+};
+
+void append(void* target, size_t start, size_t length)
+{
+    const Target& to = *static_cast<const Target*>(target);
+    to.results->append(to.text->mid(static_cast<int>(start), static_cast<int>(length)));
 }
 } // namespace
 
@@ -27,5 +34,6 @@ bool qelRegExWrapper::match(const qelString& text, qelArray<qelString>& results)
 {
     // The text may sit in a spare slot of the results, which the first of them overwrites.
     const qelString kept(text);
-    return qelPattern::match(m_pattern.getStringW(), kept.getStringW(), append, &results);
+    Target target = {&kept, &results};
+    return qelPattern::match(m_pattern.getStringW(), kept.getStringW(), append, &target);
 }
