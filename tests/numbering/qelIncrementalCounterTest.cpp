@@ -476,10 +476,9 @@ TEST(qelIncrementalCounterWithoutMemory, KeepsItsStateWhenAnotherOneCannotBeTake
 
 TEST(qelIncrementalCounterWithoutMemory, KeepsItsStateWhenTheResetFails)
 {
-    Probe probe = counter(record(L"a long start value", L"A", 26));
     Probe brief = counter(record(L"a long start value", L"A", 26));
     brief.setCounterString(L"x");
-    probe = brief; // with one slot only
+    Probe probe(brief); // with one slot only
     const Seen before(probe);
     const int failures =
         qelTest::failEveryAllocation([&] { probe.reset(); }, [&] { EXPECT_TRUE(Seen(probe) == before); });
