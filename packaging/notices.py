@@ -87,8 +87,10 @@ def main():
     parser.add_argument("output", type=Path)
     arguments = parser.parse_args()
 
-    headers = [line.strip() for line in arguments.headers.read_text(encoding="utf-8").splitlines()]
-    headers = [line for line in headers if line.startswith("/usr/") or "/third-party/boost/" in line]
+    # Paths may be relative to the build folder, and lead to Boost through a link there.
+    lines = arguments.headers.read_text(encoding="utf-8").splitlines()
+    headers = [str((arguments.headers.parent / line.strip()).resolve()) for line in lines]
+    headers = [path for path in headers if path.startswith("/usr/")]
     if not any("/boost/" in header for header in headers):
         sys.exit(f"notices.py: {arguments.headers} names no header of Boost")
     found = packages_of(set(headers) | (linked_files(arguments.map) if arguments.map else set()))
