@@ -20,8 +20,8 @@ inline int scannedBehindBlanks()
     return underWine() ? 0 : EOF;
 }
 
-/// What fread gives where an end-of-file character is next in a stream with a key: Wine's takes the failure for a number
-/// of bytes.
+/// What fread gives where an end-of-file character is next in a stream with a key: Wine's takes the failure for a
+/// number of bytes.
 inline size_t readAtEndOfFileCharacter()
 {
     return underWine() ? static_cast<size_t>(-1) : 0;

@@ -34,8 +34,8 @@ private:
     ImportHook m_malloc;
 };
 
-/// Calls `attempt`, which throws nothing, with each of its allocations failing in turn, and at last with none, and `check`
-/// after each: whether one failed is its argument. Returns the number of allocations.
+/// Calls `attempt`, which throws nothing, with each of its allocations failing in turn, and at last with none, and
+/// `check` after each: whether one failed is its argument. Returns the number of allocations.
 template <class Attempt, class Check> int failEachAllocation(const Attempt& attempt, const Check& check)
 {
     for (int number = 0;; ++number)

@@ -45,8 +45,8 @@ template struct PrivateMember<PoolStop, &qelThreadsPool::m_stopRequested>;
 
 namespace
 {
-// How many tasks run when a pool with that many pending ones gets its own copy back. Its worker then serves the queue of
-// a copy's copy: from n tasks the steps lead to n(n+1)/2, twice.
+// How many tasks run when a pool with that many pending ones gets its own copy back. Its worker then serves the queue
+// of a copy's copy: from n tasks the steps lead to n(n+1)/2, twice.
 int tasksRunAfterCopyingTwice(int pending)
 {
     std::atomic<int> ran(0);
