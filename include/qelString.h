@@ -13,6 +13,18 @@
 
 struct tm;
 class qelString;
+
+/// @cond
+template <bool> struct qelEnableIf
+{
+};
+
+template <> struct qelEnableIf<true>
+{
+    using Type = int;
+};
+/// @endcond
+
 struct qelStringAccess;
 
 /**
@@ -422,7 +434,7 @@ public:
     /// other way round. Narrow results are converted from the ANSI code page. A null format gives the empty text. An
     /// argument may be this string's own text.
     ///
-    /// A qelString is no argument for "%s". It compiles, often without a warning, and prints garbage: pass its text.
+    /// A qelString is no argument for "%s", and does not compile as one: pass getStringW() or getStringA().
     /// @code
     /// const qelString profile = L"HEA 200";
     /// qelString label;
@@ -439,6 +451,10 @@ public:
 
     /// @overload
     qelString& format(const unsigned short* fmt, ...);
+
+    /// Refuses objects among the values: the runtime would print their bytes.
+    template <class Unit, class... Values, typename qelEnableIf<(... || !__is_trivially_copyable(Values))>::Type = 0>
+    qelString& format(const Unit* fmt, const Values&... values) = delete;
 
     /// As format(), with the arguments in a list, which is used up.
     qelString& vformat(const char* fmt, va_list args);
