@@ -27,9 +27,10 @@ case ${1:-} in
 esac
 
 end_everything_on_exit
-install_packages
+install_packages build "${qel_preset%-*}" run
 lock_build
-configure_and_build bench
+configure_without_tests
+build bench
 start_wine "$qel_build/wine"
 
 say "Timing"

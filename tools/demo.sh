@@ -175,9 +175,10 @@ expect_match()
 }
 
 end_everything_on_exit
-install_packages
+install_packages build "${qel_preset%-*}" run demo
 lock_build
-configure_and_build host
+configure_without_tests
+build host
 mkdir -p "$demo"
 start_wine "$demo/wine"
 

@@ -28,7 +28,8 @@ case ${1:-} in
 esac
 
 end_everything_on_exit
-install_packages
+install_packages build "${qel_preset%-*}" docs
 lock_build
-configure_and_build docs
+configure_without_tests
+build docs
 echo "The first page is $qel_build/docs/html/index.html"
