@@ -215,8 +215,8 @@ start_server()
         fail "Wine does not start: see $qel_build/wine.log"
 }
 
-# Ends the server, where one runs, and removes its folder, the one thing outside the build folder: Debian's Wine makes it
-# in /tmp, writes its name down in the prefix, and leaves it there.
+# Ends the server, where one runs, and removes its folder, the one thing outside the build folder: Debian's Wine makes
+# it in /tmp, writes its name down in the prefix, and leaves it there.
 end_server()
 {
     local name

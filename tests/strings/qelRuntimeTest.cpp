@@ -623,7 +623,7 @@ TYPED_TEST(qelRuntime, FindsAFileInTheCurrentFolderFirst)
     const errno_t tooSmall =
         TypeParam::search(in<Char>("notepad.exe").data(), in<Char>("PATH").data(), small, path.size());
     SetCurrentDirectoryW(before);
-    // ENOENT is what the runtime of Wine 10 says.
+    // ENOENT is what the wide function of Wine 10 says.
     EXPECT_TRUE(tooSmall == ERANGE || tooSmall == ENOENT) << tooSmall;
     EXPECT_EQ(room.text(), path);
     EXPECT_EQ(small.text(), "");
