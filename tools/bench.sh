@@ -15,8 +15,8 @@ C++ library, as a table of times and ratios. Each row first checks that both sid
 
   --help     show this text
 
-Installs the packages of tools/packages.txt that are missing (with sudo where need be). Everything else stays in
-build/. Exit status: 0 when all results were the same.
+Installs those packages of tools/packages.txt that it needs and that are missing (with sudo where need be). Everything
+else stays in build/. Exit status: 0 when all results were the same.
 END
 }
 

@@ -20,8 +20,8 @@ that dialog is left in build/PRESET/demo/progress.png.
   --preset PRESET  build with this preset for Linux instead of linux-mingw-release
   --help           show this text
 
-Installs the packages of tools/packages.txt that are missing (with sudo where need be). Everything else stays in
-build/. Exit status: 0 when everything came out as it should.
+Installs those packages of tools/packages.txt that it needs and that are missing (with sudo where need be). Everything
+else stays in build/. Exit status: 0 when everything came out as it should.
 END
 }
 

@@ -16,8 +16,8 @@ nowhere. Nothing is made when nothing has changed.
 
   --help     show this text
 
-Installs the packages of tools/packages.txt that are missing (with sudo where need be). Everything else stays in
-build/.
+Installs those packages of tools/packages.txt that it needs and that are missing (with sudo where need be). Everything
+else stays in build/.
 END
 }
 
