@@ -151,6 +151,8 @@ use_wine_environment()
     # With TMPDIR the server of Debian's Wine 10 aborts. Windows programs have their temporary files in the prefix.
     unset "${!XDG_@}" WAYLAND_DISPLAY TMPDIR
     export HOME=$1/home
+    # Which the ODBC manager would otherwise make in the home folder that the system knows.
+    export ODBCINI=$HOME/.odbc.ini
     export WINEPREFIX=$2 WINEARCH=win64
     # The locale decides the ANSI code page, 1252, when the prefix is made.
     export LC_ALL=C.UTF-8
