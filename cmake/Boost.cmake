@@ -8,7 +8,7 @@ else()
   set(QEL_BOOST_DIR /usr/include CACHE PATH "Folder that holds the folder boost")
   if(NOT EXISTS ${QEL_BOOST_DIR}/boost/xpressive/xpressive_dynamic.hpp)
     message(FATAL_ERROR
-      "Boost.Xpressive was not found below ${QEL_BOOST_DIR}: install libboost1.81-dev or set QEL_BOOST_DIR.")
+      "Boost.Xpressive was not found below ${QEL_BOOST_DIR}: install the headers of Boost or set QEL_BOOST_DIR.")
   endif()
   set(qel_boost_include ${CMAKE_BINARY_DIR}/third-party)
   file(MAKE_DIRECTORY ${qel_boost_include})

@@ -15,8 +15,8 @@ C++ library, as a table of times and ratios. Each row first checks that both sid
 
   --help     show this text
 
-Installs the packages of tools/packages.txt that are missing (with sudo where need be). Everything else stays in
-build/. Exit status: 0 when all results were the same.
+Installs those packages of tools/packages.txt that it needs and that are missing (with sudo where need be). Everything
+else stays in build/. Exit status: 0 when all results were the same.
 END
 }
 
@@ -27,9 +27,10 @@ case ${1:-} in
 esac
 
 end_everything_on_exit
-install_packages
+install_packages build "${qel_preset%-*}" run
 lock_build
-configure_and_build bench
+configure_without_tests
+build bench
 start_wine "$qel_build/wine"
 
 say "Timing"

@@ -16,8 +16,8 @@ nowhere. Nothing is made when nothing has changed.
 
   --help     show this text
 
-Installs the packages of tools/packages.txt that are missing (with sudo where need be). Everything else stays in
-build/.
+Installs those packages of tools/packages.txt that it needs and that are missing (with sudo where need be). Everything
+else stays in build/.
 END
 }
 
@@ -28,7 +28,8 @@ case ${1:-} in
 esac
 
 end_everything_on_exit
-install_packages
+install_packages build "${qel_preset%-*}" docs
 lock_build
-configure_and_build docs
+configure_without_tests
+build docs
 echo "The first page is $qel_build/docs/html/index.html"

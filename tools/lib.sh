@@ -46,31 +46,53 @@ source_files()
         -o -type f \( "${names[@]}" \) -print0
 }
 
-# Names the packages of packages.txt that are not installed.
+# Prints the lines of packages.txt that no installed package serves, of the groups named, or of "all".
 missing_packages()
 {
-    local name
-    while read -r name; do
-        [ "$(dpkg-query -W -f '${db:Status-Status}' "$name" 2>/dev/null)" = installed ] || printf '%s\n' "$name"
-    done < <(sed 's/#.*//; s/[[:space:]]//g; /^$/d' "$qel_source/tools/packages.txt")
+    local wanted=" $* " group='' names name
+    while read -r names; do
+        if [[ $names == \[* ]]; then
+            group=${names//[][]/}
+        elif [[ -n $names && ($wanted == " all " || $wanted == *" $group "*) ]]; then
+            for name in ${names//|/ }; do
+                [ "$(dpkg-query -W -f '${db:Status-Status}' "$name" 2>/dev/null)" != installed ] || continue 2
+            done
+            printf '%s\n' "$names"
+        fi
+    done < <(sed 's/[[:space:]]*#.*//' "$qel_source/tools/packages.txt")
 }
 
-# Installs what is missing; touches neither the network nor apt when nothing is.
+# Prints a package for each of the lines: the first that this release of Debian has, or else the last.
+choose_packages()
+{
+    local line name
+    for line; do
+        for name in ${line//|/ }; do
+            # Of a name that only other packages mention it shows nothing, and is content.
+            [ -z "$(apt-cache show "$name" 2>/dev/null)" ] || break
+        done
+        printf '%s\n' "$name"
+    done
+}
+
+# Installs what is missing of the groups named, or of "all"; touches neither the network nor apt when nothing is.
 install_packages()
 {
-    local missing root=()
+    local missing names root=()
     command -v dpkg-query >/dev/null || fail "this script needs Debian (or one of its kin): dpkg-query is not there"
-    mapfile -t missing < <(missing_packages)
+    mapfile -t missing < <(missing_packages "$@")
     [ ${#missing[@]} -gt 0 ] || return 0
 
-    say "Installing packages: ${missing[*]}"
     if [ "$(id -u)" -ne 0 ]; then
-        command -v sudo >/dev/null || fail "please install these packages as root: ${missing[*]}"
+        command -v sudo >/dev/null ||
+            fail "please install these packages as root:" "$(choose_packages "${missing[@]}" | tr '\n' ' ')"
         root=(sudo)
     fi
+    say "Installing packages"
     # Through env, since sudo does not pass variables on.
     "${root[@]}" apt-get -q update
-    "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q install -y --no-install-recommends "${missing[@]}"
+    mapfile -t names < <(choose_packages "${missing[@]}")
+    "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q install -y --no-install-recommends "${names[@]}"
 }
 
 # Runs a command in a process group of its own, so that all of it can be ended at any time, and waits for it.
@@ -97,22 +119,40 @@ lock_build()
     export TMPDIR=$qel_build/tmp
 }
 
-# Configures, and builds the targets named, or else everything.
-configure_and_build()
+# Configures with the options given.
+configure()
 {
     say "Building ($qel_preset)"
     cd "$qel_source" || fail "there is no folder $qel_source"
-    run_step cmake --preset "$qel_preset" --log-level=STATUS >"$qel_build/configure.log" 2>&1 ||
+    run_step cmake --preset "$qel_preset" --log-level=STATUS "$@" >"$qel_build/configure.log" 2>&1 ||
         { cat "$qel_build/configure.log"; fail "configuring failed"; }
-    run_step cmake --build --preset "$qel_preset" --target "${@:-all}" || fail "building failed"
+}
+
+# Configures for a script that runs no tests: a new build folder does without them and their packages.
+configure_without_tests()
+{
+    if [ -f "$qel_build/build.ninja" ]; then
+        configure
+    else
+        configure -D QEL_BUILD_TESTS=OFF
+    fi
+}
+
+# Builds the targets named.
+build()
+{
+    run_step cmake --build --preset "$qel_preset" --target "$@" || fail "building failed"
 }
 
 # Sets the variables that keep Wine inside the folder $1 (prefix $2) and make it the same on every machine.
 use_wine_environment()
 {
-    mkdir -p "$1/home" "$1/tmp"
-    unset "${!XDG_@}" WAYLAND_DISPLAY
-    export HOME=$1/home TMPDIR=$1/tmp
+    mkdir -p "$1/home"
+    # With TMPDIR the server of Debian's Wine 10 aborts. Windows programs have their temporary files in the prefix.
+    unset "${!XDG_@}" WAYLAND_DISPLAY TMPDIR
+    export HOME=$1/home
+    # Which the ODBC manager would otherwise make in the home folder that the system knows.
+    export ODBCINI=$HOME/.odbc.ini
     export WINEPREFIX=$2 WINEARCH=win64
     # The locale decides the ANSI code page, 1252, when the prefix is made.
     export LC_ALL=C.UTF-8
@@ -144,7 +184,7 @@ start_wine()
 {
     use_wine_environment "$qel_build" "$1"
     # A server left behind by a script that was killed would know no display.
-    wineserver -k 2>/dev/null || true
+    end_server
     # Before the server: one that starts without a display spoils the prefix for windows.
     start_display
 
@@ -164,7 +204,7 @@ start_wine()
         # Debian's Wine misses the folder of its own fonts, among them that of dialogs.
         ln -sf /usr/share/wine/fonts/*.fon "$WINEPREFIX/drive_c/windows/Fonts"
         # The registry is on disk once the server has ended.
-        wineserver -k
+        end_server
         printf '%s\n' "$version" >"$stamp"
     fi
     start_server
@@ -179,11 +219,21 @@ start_server()
         fail "Wine does not start: see $qel_build/wine.log"
 }
 
+# Ends the server, where one runs, and removes its folder, the one thing outside the build folder: Debian's Wine makes
+# it in /tmp, writes its name down in the prefix, and leaves it there.
+end_server()
+{
+    local name
+    wineserver -k 2>/dev/null || true
+    name=$(cat "$WINEPREFIX/wineserver" 2>/dev/null) || return 0
+    [[ $name != wine-?????? ]] || rm -rf "/tmp/$name" "$WINEPREFIX/wineserver"
+}
+
 # Ends Wine and its display, where they run.
 end_wine()
 {
     if [ -n "$display_pid" ]; then
-        wineserver -k 2>/dev/null || true
+        end_server
         kill "$display_pid" 2>/dev/null || true
         display_pid=
     fi

@@ -108,19 +108,16 @@ std::string testkit::systemName()
     return name;
 }
 
-bool testkit::isElevated()
+bool testkit::mayWriteToMachineHive()
 {
-    HANDLE token = nullptr;
-    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token))
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Software", 0, KEY_READ | KEY_WRITE | KEY_WOW64_64KEY, &key) !=
+        ERROR_SUCCESS)
     {
         return false;
     }
-    TOKEN_ELEVATION elevation = {};
-    DWORD size = 0;
-    const bool elevated =
-        GetTokenInformation(token, TokenElevation, &elevation, sizeof(elevation), &size) && elevation.TokenIsElevated;
-    CloseHandle(token);
-    return elevated;
+    RegCloseKey(key);
+    return true;
 }
 
 std::string testkit::installedApplication()

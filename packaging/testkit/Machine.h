@@ -11,8 +11,8 @@ bool isWine();
 /// "Windows 10.0.19045", with "Wine 8.0 as" in front under Wine.
 std::string systemName();
 
-/// Whether this process may write to the machine's hive.
-bool isElevated();
+/// Whether this process may write to the machine's hive. Tried, since Wine 10 denies that it is elevated and lets it.
+bool mayWriteToMachineHive();
 
 /// The place of the application's values, where it is installed on this machine; else nothing.
 std::string installedApplication();

@@ -149,7 +149,7 @@ std::string obstacle(const testkit::Program& program)
     {
         return "";
     }
-    if (!testkit::isElevated())
+    if (!testkit::mayWriteToMachineHive())
     {
         return "it needs administrator rights (start the kit with \"Run as administrator\")";
     }
@@ -241,7 +241,7 @@ int runKit()
 
     summary.print("VarnelQELRoots " QEL_VERSION_TEXT ", test kit for x64 (" TESTKIT_ABI ")\n");
     summary.print("%s, %s administrator rights, %s\n", testkit::systemName().c_str(),
-                  testkit::isElevated() ? "with" : "without", now().c_str());
+                  testkit::mayWriteToMachineHive() ? "with" : "without", now().c_str());
     if (testkit::SavedRegistry::restore(folders.registry.wstring()))
     {
         summary.print(

@@ -34,6 +34,8 @@ size_t committedMemory()
 
 TEST(qelUnload, GivesTheMemoryBack)
 {
+    // It stays: that of Wine 10 loses 768 KB whenever it goes with the library.
+    const HMODULE commonControls = LoadLibraryW(L"comctl32.dll");
     FreeLibrary(LoadLibraryW(L"VarnelQELRoots.dll"));
     const size_t before = committedMemory();
     for (int round = 0; round < 10; ++round)
@@ -42,5 +44,6 @@ TEST(qelUnload, GivesTheMemoryBack)
     }
     // The two scratch buffers alone are one and a half megabytes a time.
     EXPECT_LT(committedMemory(), before + 1024 * 1024);
+    FreeLibrary(commonControls);
 }
 } // namespace

@@ -71,7 +71,7 @@ void showReading(const char* what, const char* bytes, DWORD count)
         double value = -1;
         file.getStringW(line, 100);
         const int results[] = {file.readString(token), file.readInt(number), file.readDouble(value), file.getc(),
-                               file.eof()};
+                               file.eof() != 0};
         qelString all;
         const size_t length = file.readFile(all, 1000);
         show(what, line + L"/" + token + L"/" +

@@ -1,5 +1,13 @@
-// What Visual C++'s <math.h> declares and Wine's does not: in C++ these are functions instead of macros.
+// What Visual C++'s <math.h> declares and Wine's does not: in C++ these are functions. With Wine 8 they are macros, and
+// Wine 10 has some of them as functions.
 #pragma once
+
+#ifdef __cplusplus
+#define fpclassify qel_wine_fpclassify
+#define isfinite qel_wine_isfinite
+#define isinf qel_wine_isinf
+#define isnan qel_wine_isnan
+#endif
 
 #include_next <math.h>
 
