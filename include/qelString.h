@@ -322,7 +322,7 @@ public:
      */
     int replace(const qelString& what, const qelString& with);
 
-    /// Replaces `count` units from `start`; a range past the end replaces the tail, a count below 1 changes nothing.
+    /// Replaces `count` units from `start`, a range that is clamped to the string; a count below 1 changes nothing.
     qelString& replace(int start, int count, const qelString& with);
 
     /// Removes every `c`; the `char` form converts it from the ANSI code page first.
