@@ -1,6 +1,6 @@
 /**
  * @file
- * @brief Finds leaked component objects; debug output; message box.
+ * @brief Finds memory leaks of component objects; debug output; message box.
  */
 #ifndef QEL_DEBUG_INTERFACES_H
 #define QEL_DEBUG_INTERFACES_H
@@ -19,7 +19,7 @@
 QEL_API void qelOutputDebugString(const qelString& text);
 
 /**
- * @brief Finds leaked component objects; all members are static.
+ * @brief Finds memory leaks of component objects; all members are static.
  * @ingroup files
  *
  * Component classes report their construction and destruction; at the end of a context, the objects that it leaked can

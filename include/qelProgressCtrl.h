@@ -70,8 +70,8 @@ public:
     /// @{
 
     /**
-     * Closes the dialog, if open, and opens a new one with that title. Returns the activity: 1, or 0 when the dialog
-     * cannot be created or host code that Windows ran meanwhile has closed or replaced it.
+     * After a reset(), opens a new dialog with that title. Returns the activity: 1, or 0 when the dialog cannot be
+     * created or host code that Windows ran meanwhile has closed or replaced it.
      */
     virtual int activate(qelString title);
 

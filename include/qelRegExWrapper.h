@@ -23,7 +23,7 @@
  *
  * qelArray<qelString> parts;
  * profile.match(L"HEA 200", parts); // == true
- * parts.length();                   // == 3, the whole text and the groups
+ * parts.length();                   // == 3, the whole string and the groups
  * parts[1];                         // == L"HEA"
  * parts[2];                         // == L"200"
  * @endcode

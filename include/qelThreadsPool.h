@@ -73,8 +73,8 @@ public:
 
     /**
      * A pool without workers. It shares the handles of `other`, whose workers keep serving `other`, and gets a task
-     * list of its own that never runs: for n tasks pending in `other`, the first n, n - 1, ..., 1 of them, n * (n + 1)
-     * / 2 nodes of 24 bytes, n being the 16-bit count. Nobody can queue or take tasks meanwhile.
+     * list of its own that never runs: for n tasks pending in `other`, the first n, n - 1, ..., 1 of them, `n*(n+1)/2`
+     * nodes of 24 bytes, n being the 16-bit count. Nobody can queue or take tasks meanwhile.
      *
      * A copy may outlive `other`, but keeps neither its workers nor its tasks.
      */
