@@ -15,10 +15,10 @@
 class qelString;
 
 /**
- * @brief Where every array of the process gets its storage.
+ * @brief Allocator of every array in the process.
  * @ingroup text
  *
- * One allocator for all modules: what one of them allocates, another one may free.
+ * One allocator for all modules: a block from one of them may be freed by another.
  *
  * @par Example
  * @code
@@ -31,8 +31,8 @@ class QEL_API qelMemoryControllerController
 {
 public:
     /**
-     * Allocates `count * elementSize` bytes of uninitialised storage. The caller owns the block and returns it with
-     * deallocateArray(). A negative count or a product that does not fit fails as running out of memory does.
+     * Allocates `count * elementSize` bytes of uninitialised storage, to be freed with deallocateArray(). Throws
+     * `std::bad_alloc` when out of memory, for a negative count and for a product that overflows.
      */
     static unsigned char* allocateArray(const long& count, const unsigned long long& elementSize);
 
@@ -41,10 +41,10 @@ public:
 };
 
 /**
- * @brief Selects the library's own form of placement new.
+ * @brief Tag that selects the library's own placement new.
  * @ingroup text
  *
- * Elements are made in storage that is there already, without a header of the C++ library.
+ * Constructs objects in existing storage without a header of the C++ library.
  *
  * @par Example
  * @code
@@ -57,16 +57,14 @@ public:
  * @endcode
  *
  * @par Ownership
- * The storage stays the caller's, who destroys the object before it goes.
- *
- * @par Failure
- * What the constructor throws; the storage must suit the object in size and alignment.
+ * The caller owns the storage, which must suit the object in size and alignment, and destroys the object before freeing
+ * it.
  */
 struct qelPlacement
 {
 };
 
-/// The address it was given: an object is made where it points.
+/// Returns `where`: the object is constructed there.
 /// @relates qelPlacement
 inline void* operator new(size_t, void* where, qelPlacement) noexcept
 {
@@ -78,11 +76,10 @@ inline void* operator new(size_t, void* where, qelPlacement) noexcept
 inline void operator delete(void*, void*, qelPlacement) noexcept {}
 
 /**
- * @brief Storage of a qelArray, out of qelMemoryControllerController.
+ * @brief Storage policy of a qelArray, using qelMemoryControllerController.
  * @ingroup text
  *
- * The default of the array's last parameter. A class with the same two members takes its place where elements are to
- * live elsewhere.
+ * The default. A class with the same two members replaces it where elements must live elsewhere.
  *
  * @par Example
  * @code
@@ -92,18 +89,18 @@ inline void operator delete(void*, void*, qelPlacement) noexcept {}
  * @endcode
  *
  * @par Ownership
- * Storage belongs to the caller until it is given back; its elements are made and destroyed by the caller.
+ * The caller owns the storage until deallocate(), and constructs and destroys the elements.
  */
 template <class T> class qelArrayMemoryController
 {
 public:
-    /// Raw storage for `count` elements; nothing is constructed.
+    /// Uninitialised storage for `count` elements.
     static T* allocate(long count)
     {
         return reinterpret_cast<T*>(qelMemoryControllerController::allocateArray(count, sizeof(T)));
     }
 
-    /// Returns storage whose elements are already destroyed, and sets the pointer to null.
+    /// Frees storage whose elements are already destroyed, and sets the pointer to null.
     static void deallocate(T*& storage)
     {
         if (storage != nullptr)
@@ -119,8 +116,8 @@ public:
  * @brief Element policy of a qelArray for objects; the default.
  * @ingroup text
  *
- * Every slot holds a constructed element (plain types start at zero), kept elements are assigned one by one, old ones
- * destroyed.
+ * Every slot holds a constructed element (plain types start at zero). When storage moves, elements are assigned one by
+ * one and the old ones destroyed.
  *
  * @par Example
  * @code
@@ -130,15 +127,15 @@ public:
  * @endcode
  *
  * @par Cost
- * One constructor, assignment or destructor an element; texts that are kept move as bytes.
+ * One constructor, assignment or destructor call per element; qelString elements move as bytes.
  *
  * @par Failure
- * What an element throws passes through. Slots that were made by then are not destroyed, and their storage is lost.
+ * Exceptions of elements propagate. Elements constructed by then are not destroyed, and their storage leaks.
  */
 template <class T> class qelArrayObjectCopyReallocator
 {
 public:
-    /// Makes `count` elements in raw storage.
+    /// Constructs `count` elements in uninitialised storage.
     static void construct(T* storage, long count)
     {
         for (long i = 0; i < count; ++i)
@@ -170,8 +167,8 @@ public:
  * @brief Element policy of a qelArray for plain values.
  * @ingroup text
  *
- * New slots are left as they come and kept elements are copied as bytes: for numbers and plain records in large lists.
- * Other types do not compile.
+ * New slots are left uninitialised and elements are copied as bytes: for large lists of numbers or plain records. Only
+ * trivially copyable types compile.
  *
  * @par Example
  * @code
@@ -181,17 +178,17 @@ public:
  * @endcode
  *
  * @par Cost
- * One copy of memory; making and destroying elements costs nothing.
+ * One `memcpy`; constructing and destroying elements is free.
  */
 template <class T> class qelArrayMemCopyReallocator
 {
     static_assert(__is_trivially_copyable(T), "only plain values may be copied as bytes");
 
 public:
-    /// Leaves the slots as they are.
+    /// Does nothing: the slots stay uninitialised.
     static void construct(T*, long) {}
 
-    /// Copies `count` elements; nothing for a count below 1.
+    /// Copies `count` elements; none for a count below 1.
     static void copy(T* to, const T* from, long count)
     {
         if (count > 0)
@@ -205,13 +202,13 @@ public:
 };
 
 /**
- * Whether kept elements of a policy move to other storage as bytes, in place of one constructor, assignment and
- * destructor each. Only for classes of the library whose objects may lie anywhere: those of hosts see every call.
+ * Whether elements of a policy move to new storage as bytes, without calls of constructors, assignments and
+ * destructors. Only for relocatable classes of the library; host classes see every call.
  * @relates qelArray
  */
 template <class Reallocator> inline constexpr bool qelArrayMovesBytes = false;
 
-/// A text is two pointers, and nothing points at them.
+/// A string is two pointers, and nothing points back at them.
 /// @relates qelArray
 template <> inline constexpr bool qelArrayMovesBytes<qelArrayObjectCopyReallocator<qelString>> = true;
 
@@ -219,9 +216,9 @@ template <> inline constexpr bool qelArrayMovesBytes<qelArrayObjectCopyReallocat
  * @brief Growable array.
  * @ingroup text
  *
- * Keeps three lengths apart: the *logical* length (elements in use), the *physical* length (slots that exist) and the
- * *grow* length (the step in which slots are added). Storage grows to the next whole multiple of the grow length and is
- * given back only when it shrinks by a quarter or more, so a list that is refilled again and again keeps its memory.
+ * Has three lengths: *logical* (elements in use), *physical* (slots that exist) and *grow* (slots added at a time).
+ * Storage grows to the next multiple of the grow length, and is freed only by a request to shrink it by a quarter or
+ * more, so a list that is refilled again and again keeps its memory.
  *
  * @par Example
  * @code
@@ -235,17 +232,16 @@ template <> inline constexpr bool qelArrayMovesBytes<qelArrayObjectCopyReallocat
  * @endcode
  *
  * @par Ownership
- * The array owns its elements. Pointers and references to elements, begin() and end() among them, end with the next
- * call that changes the physical length, and with assignment. An argument that is the array itself, one of its elements
- * or directly part of one is treated as if it had been copied before the call.
+ * Pointers and references to elements, begin() and end() included, are invalidated by the next call that changes the
+ * physical length, and by assignment. An argument may be the array itself, one of its elements or directly part of one:
+ * it is treated as a copy made before the call.
  *
  * @par Cost
- * Access O(1); inserting, removing and searching O(n). Growth is linear, in steps of the grow length, never geometric:
- * appending n elements one by one to an unsized list moves about n*n / (2 * grow length). Give a large list its size at
- * once with setPhysicalLength().
+ * Access is O(1); inserting, removing and searching are O(n). Growth is linear, not geometric: appending n elements one
+ * by one moves about n*n / (2 * grow length) of them. Reserve space for a large list with setPhysicalLength().
  *
  * @par Failure
- * Positions are not checked and nothing reports an error; memory that cannot be had surfaces from the allocation.
+ * Positions are not checked. Throws `std::bad_alloc` when out of memory.
  *
  * @tparam T                what is stored; the default policy constructs, assigns and destroys it
  * @tparam Reallocator      how elements are made, moved and destroyed
@@ -257,8 +253,7 @@ class qelArray
 {
 public:
     /**
-     * An empty array with `physicalLength` slots made at once (none for 0 or less) and the given grow length; a grow
-     * length of 0 is replaced by 8.
+     * An empty array with `physicalLength` slots (none for 0 or less) and the given grow length; 0 is replaced by 8.
      */
     explicit qelArray(long physicalLength = 0, long growLength = 8)
         : m_logicalLength(0)
@@ -269,7 +264,7 @@ public:
         setPhysicalLength(physicalLength);
     }
 
-    /// As assignment to a new array: the physical length of the copy is the logical length of `other`.
+    /// Like assignment to a new array: its physical length is the logical length of `other`.
     qelArray(const qelArray& other)
         : m_logicalLength(0)
         , m_physicalLength(0)
@@ -283,9 +278,8 @@ public:
     ~qelArray() { freeStorage(); }
 
     /**
-     * Frees the storage and takes over the elements, the logical and the grow length of `other` into storage of exactly
-     * that many slots. Where memory for these lacks, the array is left empty. Assigning an array to itself changes
-     * nothing. O(n).
+     * Frees the storage, then copies the elements, logical and grow length of `other` into exactly as many slots. When
+     * out of memory, the array is left empty. Self-assignment changes nothing. O(n).
      */
     qelArray& operator=(const qelArray& other)
     {
@@ -304,13 +298,13 @@ public:
     /// Number of elements in use.
     long length() const { return m_logicalLength; }
 
-    /// Number of elements in use; the same as length().
+    /// Same as length().
     long logicalLength() const { return m_logicalLength; }
 
     /// Number of slots that exist.
     long physicalLength() const { return m_physicalLength; }
 
-    /// Step in which slots are added.
+    /// Number of slots added at a time.
     long growLength() const { return m_growLength; }
 
     /// 1 when no element is in use, else 0.
@@ -331,20 +325,20 @@ public:
     /// @overload
     const T& last() const { return m_elements[m_logicalLength - 1]; }
 
-    /// From here to end() stand the elements in use, for range-based `for` and the algorithms of the C++ library.
+    /// Iterates over the elements in use, for range-based `for` and standard algorithms.
     T* begin() { return m_elements; }
     /// @overload
     const T* begin() const { return m_elements; }
 
-    /// Behind the last element in use; the same as begin() for a length below 1. A pointer taken earlier does not follow
-    /// the logical length.
+    /// One past the last element in use; same as begin() for a length below 1. Taken earlier, it does not follow the
+    /// logical length.
     T* end() { return m_elements + (m_logicalLength < 0 ? 0 : m_logicalLength); }
     /// @overload
     const T* end() const { return m_elements + (m_logicalLength < 0 ? 0 : m_logicalLength); }
 
     /**
-     * Searches from `start` (a negative start counts as 0) for an element equal to `value`. Returns true and stores
-     * its position; otherwise returns false and leaves `index` alone. O(n).
+     * Searches from `start` (negative counts as 0) for an element equal to `value`. Returns true and its position, or
+     * false and leaves `index` alone. O(n).
      */
     bool find(const T& value, long& index, long start = 0) const
     {
@@ -360,14 +354,14 @@ public:
     }
 
     /**
-     * Sets the number of elements in use, with more slots when they are needed. Storage is never given back here:
-     * elements beyond the new length keep their values and show again when the length is raised.
+     * Sets the number of elements in use and adds slots where needed. Never frees storage: elements beyond the new
+     * length keep their values and reappear when the length is raised.
      */
     void setLogicalLength(long n) { useElements(n); }
 
     /**
      * Sets the number of slots. Shrinking by less than a quarter, and a negative `n`, change nothing; 0 frees the
-     * storage; otherwise the storage is replaced and the first `min(n, length())` elements are kept. O(n).
+     * storage; otherwise the storage is replaced, keeping the first `min(n, length())` elements. O(n).
      */
     void setPhysicalLength(long n)
     {
@@ -387,13 +381,12 @@ public:
         reallocate(n);
     }
 
-    /// Sets the step of growth. Any value is taken; growing with a step of 0 is a fatal division fault.
+    /// Sets the number of slots added at a time. Not checked: growing by 0 is a fatal division by zero.
     void setGrowLength(long n) { m_growLength = n; }
 
     /**
-     * Assigns the element at `i`. A position outside the elements in use makes the logical length `i + 1`, as
-     * setLogicalLength() does: while the slots suffice, those in between show again what they last held; when the
-     * storage grows, only the elements that were in use move into it and the slots in between are new. A negative
+     * Assigns the element at `i`. A position not in use makes the logical length `i + 1`, as setLogicalLength() does:
+     * elements in between reappear with what their slots last held or, when the storage grows, are new. A negative
      * position stores nothing.
      */
     void setAt(long i, const T& value)
@@ -416,7 +409,7 @@ public:
     /// Adds one element at the end. O(1) while slots are spare, O(n) when the storage grows.
     void append(const T& value)
     {
-        // As unsigned numbers, negative lengths are no slots either.
+        // As unsigned numbers, negative lengths are out of range too.
         const auto at = static_cast<unsigned long>(m_logicalLength);
         if (at < static_cast<unsigned long>(m_physicalLength))
         {
@@ -448,8 +441,8 @@ public:
     }
 
     /**
-     * Inserts before position `i` and moves later elements up. A position outside the array is not refused: the
-     * array grows by one all the same, and the value is stored only where a slot exists. O(n).
+     * Inserts before position `i` and moves later elements up. A position outside the array still lengthens it by one,
+     * but stores the value only where a slot exists. O(n).
      */
     void insertAt(long i, const T& value)
     {
@@ -465,8 +458,8 @@ public:
     }
 
     /**
-     * Removes the element at `i` and moves later ones down; the slot that falls free keeps its last value. The length
-     * shrinks by one for any `i`, an empty array's length to -1. O(n).
+     * Removes the element at `i` and moves later ones down; the freed slot keeps its last value. The length shrinks by
+     * one for any `i`, that of an empty array to -1. O(n).
      */
     void removeAt(long i)
     {
@@ -478,7 +471,7 @@ public:
     }
 
 private:
-    /// As setLogicalLength(). Where slots lack, adds them up to a whole multiple of the grow length.
+    /// setLogicalLength(). Adds missing slots up to a multiple of the grow length.
     void useElements(long long n)
     {
         if (n > m_physicalLength)
@@ -498,7 +491,7 @@ private:
         }
     }
 
-    /// append() of elements that stay where they are while the storage grows; `other` may be this array.
+    /// append() of elements that do not move while the storage grows; `other` may be this array.
     void appendOutsider(const qelArray& other)
     {
         const long old = m_logicalLength < 0 ? 0 : m_logicalLength;
@@ -507,7 +500,7 @@ private:
         Reallocator::copy(m_elements + old, other.m_elements, added);
     }
 
-    /// insertAt() for a value that stays where it is while elements move.
+    /// insertAt() of a value that does not move while elements do.
     void insertOutsider(long i, const T& value)
     {
         useElements(m_logicalLength + 1LL);
@@ -522,7 +515,7 @@ private:
         }
     }
 
-    /// operator=() for an array that does not go with this one's storage.
+    /// operator=() for an array outside this one's storage.
     void takeOver(const qelArray& other)
     {
         freeStorage();
@@ -532,7 +525,8 @@ private:
         Reallocator::copy(m_elements, other.m_elements, m_logicalLength);
     }
 
-    /// Moves the elements in use into storage of `n` slots; more than a length counts are for the allocation to refuse.
+    /// Moves the elements in use into storage of `n` slots. More than fit a `long` are passed on as -1, which the
+    /// allocation refuses.
     void reallocate(long long n)
     {
         const long slots = n > LONG_MAX ? -1 : static_cast<long>(n);
@@ -569,7 +563,7 @@ private:
         m_physicalLength = 0;
     }
 
-    /// Whether an object lies in this array's storage, and would go away with it.
+    /// Whether an object lies in this array's storage.
     bool owns(const void* object) const
     {
         const auto at = reinterpret_cast<uintptr_t>(object);
@@ -577,12 +571,12 @@ private:
         return at >= begin && at < begin + static_cast<uintptr_t>(m_physicalLength) * sizeof(T);
     }
 
-    /// Whether a value has to be copied before elements move. Plain ones always are: that is cheaper than to look.
+    /// Whether a value has to be copied before elements move. Plain ones always are: cheaper than checking.
     bool mustBeCopied(const T& value) const { return __is_trivially_copyable(T) || owns(&value); }
 
     long m_logicalLength;  ///< elements in use
     long m_physicalLength; ///< slots that exist
-    long m_growLength;     ///< step of growth, never 0 when the storage grows
+    long m_growLength;     ///< slots added at a time; must not be 0 when the storage grows
     T* m_elements;         ///< storage of m_physicalLength slots, or null
 };
 

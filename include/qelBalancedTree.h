@@ -1,6 +1,6 @@
 /**
  * @file
- * @brief Search tree over records of the caller's own class.
+ * @brief Balanced (AVL) search tree of the caller's own records.
  */
 #ifndef QEL_BALANCED_TREE_H
 #define QEL_BALANCED_TREE_H
@@ -8,23 +8,23 @@
 #include "qelExport.h"
 
 /**
- * @brief What an entry takes its two subtrees for.
+ * @brief An entry's record of its balance.
  * @ingroup numbering
  *
- * After removals it need not be so any more.
+ * After removals it may no longer be true.
  */
 enum eWeight : int
 {
-    eLeftHeavy = 0,  ///< the left one is a level higher
+    eLeftHeavy = 0,  ///< the left subtree is a level higher
     eBalanced = 1,   ///< both have the same height
-    eRightHeavy = 2, ///< the right one is a level higher
+    eRightHeavy = 2, ///< the right subtree is a level higher
 };
 
 /**
  * @brief Base class of the records in a qelBalancedTree.
  * @ingroup numbering
  *
- * A record derives from this class and says how it compares; the tree links records through the links that they carry.
+ * A record derives from this class and says how it compares. It carries its own links, so the tree allocates nothing.
  *
  * @par Example
  * @code
@@ -44,39 +44,36 @@ enum eWeight : int
  * @endcode
  *
  * @par Ownership
- * An entry that was inserted belongs to the tree; see qelBalancedTree. A copy of an entry that is in a tree shares its
- * subtrees: destroying both is not supported.
- *
- * @par Threads
- * One at a time for all entries of a tree.
+ * The tree owns inserted entries; see qelBalancedTree. A copy of an entry in a tree shares its subtrees: do not destroy
+ * both.
  */
 class QEL_API qelBalancedTreeEntry
 {
 public:
-    /// What became of a call.
+    /// Result of a call.
     enum eError : int
     {
         eNoError = 0,       ///< done
-        eAlreadyInTree = 1, ///< an equal entry is in the tree; nothing was inserted
+        eAlreadyInTree = 1, ///< an equal entry is already there; nothing was inserted
         eNullEntry = 2,     ///< there was no entry to insert
-        eNotFound = 4,      ///< no equal entry to remove, or a comparison that gave none of its three values
+        eNotFound = 4,      ///< no equal entry to remove, or a comparison returned an invalid value
     };
 
     /// An entry outside any tree.
     qelBalancedTreeEntry();
 
-    /// Copies weight and links as they are. An entry that is to be inserted must not be the copy of one in a tree.
+    /// Copies the links too: never insert a copy of an entry that is in a tree.
     qelBalancedTreeEntry(const qelBalancedTreeEntry&) = default;
 
-    /// Takes over weight and links as they are. Not for an entry in a tree, whose own links are lost.
+    /// Copies the links too: never assign to an entry that is in a tree, which would lose its own.
     qelBalancedTreeEntry& operator=(const qelBalancedTreeEntry&) = default;
 
     /// Destroys the right subtree, then the left one, each entry before its own subtrees.
     virtual ~qelBalancedTreeEntry();
 
     /**
-     * Where `other` belongs: -1 before this entry, 0 when both are equal, 1 behind it. The tree takes no other value:
-     * insert() then returns `eNoError` *without inserting*, search() null and remove() `eNotFound`.
+     * Where `other` belongs: -1 before this entry, 0 equal, 1 after it. Any other value is invalid: insert() then
+     * returns `eNoError` *without inserting*, search() null and remove() `eNotFound`.
      */
     virtual int compare(const qelBalancedTreeEntry& other) const = 0;
 
@@ -84,17 +81,17 @@ private:
     friend class qelBalancedTree;
     class Descent;
 
-    // A slot is the link that holds a subtree: the root of the tree or a side of an entry. The flag is set to 1 when
-    // the subtree in the slot changed its height, to 0 when it did not.
+    // A slot is the link to a subtree: the root of the tree or a side of an entry. The flag is set to 1 when the height
+    // of the subtree changed, else to 0.
 
     const qelBalancedTreeEntry* search(const qelBalancedTreeEntry& key) const;
     static eError insert(qelBalancedTreeEntry*& slot, qelBalancedTreeEntry* entry, int& flag);
     static eError remove(qelBalancedTreeEntry*& slot, const qelBalancedTreeEntry& key, int& flag);
 
-    /// Puts the rightmost entry of `slot` in the place of the one in `target`, to whose left side `slot` belongs.
+    /// Replaces the entry in `target` with the rightmost one of `slot`, which lies on its left side.
     static eError inorderPredecessor(qelBalancedTreeEntry*& slot, qelBalancedTreeEntry*& target, int& flag);
 
-    /// One side of the entry in the slot grew, or shrank, by a level.
+    /// Called when one side of the entry in the slot has grown, or shrunk, by a level.
     static void checkLeftInsert(qelBalancedTreeEntry*& slot, int& flag);
     static void checkRightInsert(qelBalancedTreeEntry*& slot, int& flag);
     static void checkLeftRemove(qelBalancedTreeEntry*& slot, int& flag);
@@ -103,23 +100,23 @@ private:
     static void rotateLeft(qelBalancedTreeEntry*& slot);
     static void rotateRight(qelBalancedTreeEntry*& slot);
 
-    /// Gives the sides of this entry, the new top of a double rotation, the weights that follow from its own.
+    /// Sets the weights of both sides after a double rotation, from the weight of this entry, the new top.
     void checkAndCorrectBalanceStatus();
     void setWeightStatusToChilds(eWeight left, eWeight right);
 
-    eWeight m_weight;              ///< balance of the two sides
-    int m_side;                    ///< where the latest descent went on; of no meaning between calls
-    qelBalancedTreeEntry* m_left;  ///< entries before this one, or null
-    qelBalancedTreeEntry* m_right; ///< entries behind this one, or null
+    eWeight m_weight;              ///< see eWeight
+    int m_side;                    ///< which way the latest descent went; meaningless between calls
+    qelBalancedTreeEntry* m_left;  ///< entries before this one; may be null
+    qelBalancedTreeEntry* m_right; ///< entries after this one; may be null
 };
 
 static_assert(sizeof(qelBalancedTreeEntry) == 32, "virtual table, weight and side, two links");
 
 /**
- * @brief Search tree over records of the caller's own class.
+ * @brief Balanced (AVL) search tree of the caller's own records.
  * @ingroup numbering
  *
- * Keeps records in order and finds them again. Insertion keeps the tree balanced (AVL); removal does not, by design.
+ * Keeps records in order and finds them by key. Insertion rebalances the tree; removal deliberately does not.
  *
  * @par Example
  * @code
@@ -147,20 +144,18 @@ static_assert(sizeof(qelBalancedTreeEntry) == 32, "virtual table, weight and sid
  * @endcode
  *
  * @par Ownership
- * An entry that was inserted belongs to the tree, is destroyed by it through its virtual destructor, and so must come
- * from `new`. A refused entry stays with the caller. A copy of a tree shares the entries of the first one: destroying
- * both is not supported.
+ * The tree owns inserted entries and deletes them, so they must come from `new`. A refused entry stays with the caller.
+ * A copy of a tree shares its entries: do not destroy both.
  *
  * @par Cost
- * Inserting allocates nothing. While nothing is removed, n entries are at most 1.45 * log2(n + 2) levels deep, and
- * search() and insert() compare once a level. remove() never rebalances: replacing every entry at random five times
- * about doubles the levels, and there are sequences in which each removal brings another one, down to a chain of all
- * entries. @ref page_docs_numbering "docs/numbering.md" has numbers, and a way to rebuild a tree. No operation
- * recurses, however deep removals have left the tree; destroying a whole tree takes two nested destructors.
+ * search() and insert() compare once per level and allocate nothing. While nothing is removed, n entries are at most
+ * 1.45 * log2(n + 2) levels deep. remove() never rebalances: replacing every entry at random five times about doubles
+ * the levels, and in the worst case removals turn the tree into a chain. @ref page_docs_numbering "docs/numbering.md"
+ * has numbers, and a way to rebuild a tree. No operation recurses, however deep the tree.
  *
  * @par Failure
- * The values of qelBalancedTreeEntry::eError. Nothing throws except what a comparison throws, which leaves the tree as
- * it was, and walk() of a very deep tree when memory runs out.
+ * Reported as qelBalancedTreeEntry::eError. What a comparison throws propagates and leaves the tree unchanged; walk()
+ * of a very deep tree throws `std::bad_alloc` when out of memory.
  */
 class QEL_API qelBalancedTree
 {
@@ -171,10 +166,10 @@ public:
     /// An empty tree.
     qelBalancedTree();
 
-    /// Copies the link to the root only: both trees then hold the same entries.
+    /// Shallow: both trees then hold the same entries.
     qelBalancedTree(const qelBalancedTree&) = default;
 
-    /// As the copy. What this tree held is not destroyed.
+    /// Shallow, like the copy; the entries that this tree held are not destroyed.
     qelBalancedTree& operator=(const qelBalancedTree&) = default;
 
     /// Destroys every entry.
@@ -183,25 +178,25 @@ public:
     /// Destroys every entry; the tree is then empty. O(n).
     void reset();
 
-    /// The entry equal to `key`, or null. It still belongs to the tree.
+    /// The entry equal to `key`, still owned by the tree, or null.
     const qelBalancedTreeEntry* search(const qelBalancedTreeEntry& key) const;
 
     /**
-     * Calls `visit(entry, context)` for every entry in ascending order until it returns 0. Returns 1 when all were
-     * visited, else 0. The visitor must not change the tree. O(n), without comparisons.
+     * Calls `visit(entry, context)` for every entry in ascending order until that returns 0. Returns 1 when all were
+     * visited, else 0. The visitor must not change the tree. O(n).
      */
     int walk(Visitor* visit, void* context = nullptr) const;
 
     /**
-     * Takes over `entry`, which must be as its default constructor left it. Returns `eAlreadyInTree` or `eNullEntry`
-     * when it was refused. It is not taken over either when a comparison gave a value other than -1, 0 and 1, although
-     * the result is `eNoError` then.
+     * Inserts `entry`, whose links must be as the default constructor left them, and takes ownership. Refuses it with
+     * `eAlreadyInTree` or `eNullEntry`. When a comparison returns a value other than -1, 0 and 1, the result is
+     * `eNoError` but nothing is inserted.
      */
     qelBalancedTreeEntry::eError insert(qelBalancedTreeEntry* entry);
 
     /**
      * Destroys the entry equal to `key`, which may be that very entry. Returns `eNotFound` when there is none, or when
-     * a comparison gave a value other than -1, 0 and 1. Never rebalances.
+     * a comparison returns a value other than -1, 0 and 1.
      */
     qelBalancedTreeEntry::eError remove(const qelBalancedTreeEntry& key);
 

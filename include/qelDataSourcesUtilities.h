@@ -1,6 +1,6 @@
 /**
  * @file
- * @brief The catalogue of the application's data sources, and the ODBC drivers that open them.
+ * @brief ODBC connection strings of the application's data sources, and the installed ODBC drivers.
  */
 #ifndef QEL_DATA_SOURCES_UTILITIES_H
 #define QEL_DATA_SOURCES_UTILITIES_H
@@ -10,10 +10,8 @@
 #include "qelString.h"
 
 /**
- * @brief One data source of the catalogue.
+ * @brief One ODBC data source of the catalogue: name, platform and connection string.
  * @ingroup configuration
- *
- * A name, the platform it is meant for, and the connection string.
  *
  * @par Example
  * @code
@@ -25,39 +23,38 @@
 class QEL_API qelDataSource
 {
 public:
-    /// All three texts empty.
+    /// All three fields empty.
     qelDataSource();
 
-    /// Mind the order: the platform, which stands second among the fields, comes last.
+    /// Note the order: the platform, second among the fields, comes last.
     qelDataSource(const qelString& name, const qelString& connectionString, const qelString& platform);
 
-    /// Shares the texts of `other`.
+    /// Copies all fields.
     qelDataSource(const qelDataSource& other);
 
-    /// Gives up its share of the texts.
+    /// Destroys the fields.
     virtual ~qelDataSource();
 
-    /// Shares the texts of `other`.
+    /// Copies all fields.
     qelDataSource& operator=(const qelDataSource& other);
 
-    /// Whether name and platform are equal, each without regard to case; the connection string takes no part.
+    /// Whether name and platform are equal, ignoring case; the connection string does not count.
     bool operator==(const qelDataSource& other) const;
 
     qelString m_Name;             ///< such as "PelionProfiles2020"
-    qelString m_Platform;         ///< platform that the entry is meant for, such as "x64"
+    qelString m_Platform;         ///< platform it is meant for, such as "x64"
     qelString m_ConnectionString; ///< full ODBC connection string
 };
 
 static_assert(sizeof(qelDataSource) == 56, "virtual table and three texts");
 
 /**
- * @brief Catalogue of data sources and ODBC drivers.
+ * @brief Finds ODBC connection strings by name and platform, and an ODBC driver that will load.
  * @ingroup configuration
  *
- * The catalogues and models of the application live in ODBC databases. This class knows them by name and platform:
- * three built-in ones, whose connection strings come from the registry, and those of the configuration file
- * "DatabaseConfiguration.xml" below the data folder. It also knows which ODBC drivers are installed and writes every
- * connection string of the catalogue for a driver that will load.
+ * The catalogue holds three built-in data sources, whose connection strings come from the registry, and those of the
+ * configuration file "DatabaseConfiguration.xml" below the data folder. Its connection strings name a driver that is
+ * installed.
  *
  * @par Example
  * @code
@@ -74,33 +71,31 @@ static_assert(sizeof(qelDataSource) == 56, "virtual table and three texts");
  * @endcode
  *
  * @par Ownership
- * All state belongs to the process and stays until it ends; objects of the class hold none. Texts are handed out as
- * copies.
+ * All state is process-wide and stays until the process ends; objects hold none.
  *
  * @par Threads
- * Unguarded; keep all use on one thread, or let one call to getConnectionString() finish first.
+ * Not thread-safe: keep all use on one thread, or let one call to getConnectionString() finish first.
  *
  * @par Cost
- * The catalogue is read once, on the first question, and again only after a different configuration file has been
- * named; the list of drivers once per process. A search takes the same time among a few data sources and thousands.
+ * The catalogue is read once, on first use, and again only after a different configuration file has been set; the list
+ * of drivers once per process. A look-up is O(1) in the number of data sources.
  *
  * @par Failure
- * Results are numbers as each member says. Lack of memory surfaces from the members of the catalogue; those of the
- * drivers throw nothing. It leaves both lists complete or unread: the next call with memory reads them. Trouble with
- * the ODBC installer library is shown to the user in a message box, which waits for an answer.
+ * When out of memory, the members of the catalogue throw `std::bad_alloc` and those of the drivers throw nothing; both
+ * lists are then complete or unread, and the next call reads them. An ODBC installer library that is missing or too old
+ * is shown to the user in a message box, which waits for an answer.
  */
 class QEL_API qelDataSourcesUtilities
 {
 public:
     /**
-     * Names the configuration file for the whole process; without one it is
-     * "\Configuration\DatabaseConfiguration.xml" below the data folder. A path that differs from the one before by more
-     * than letter case empties the catalogue, so that the next getConnectionString() reads it again. Nothing is read
-     * here.
+     * Sets the configuration file for the whole process; the default is "\Configuration\DatabaseConfiguration.xml"
+     * below the data folder. A different path (ignoring case) empties the catalogue, so that the next
+     * getConnectionString() reads it again. Nothing is read here.
      */
     explicit qelDataSourcesUtilities(qelString configurationFile = qelString());
 
-    /// There is nothing to copy: all objects look at the same catalogue.
+    /// Nothing to copy: all objects share one catalogue.
     qelDataSourcesUtilities(const qelDataSourcesUtilities& other);
 
     /// The catalogue stays.
@@ -113,29 +108,29 @@ public:
     /// @{
 
     /**
-     * Sets `connectionString` to the one of the first data source of that name and platform, both compared without
-     * regard to case, and returns 1 when it can be used. The built-in data sources come first and so win over entries
-     * of the configuration file; the first call reads drivers and catalogue.
+     * Looks up the connection string of the first data source of that name and platform, ignoring case; returns 1 when
+     * it can be used. Built-in data sources win over entries of the configuration file; the first call reads drivers
+     * and catalogue.
      *
      * - A connection string that contains one of the names "PelionProfiles2020", "QELMapping2020" and
      *   "PelionCurrentProject" is returned unchanged, with 1.
-     * - In any other, the data folder and a backslash are inserted behind the first "DBQ=", whatever path follows; the
-     *   result is 1. The path of "PelionCurrentProject" already begins with the data folder and so shows it twice.
-     * - Without "DBQ=" the result is 0 and `connectionString` holds the text as it is.
-     * - For an unknown data source, and one whose connection string is empty, the result is 0 and `connectionString`
-     *   is empty. An unknown name is reported to the debugger.
+     * - In any other, the data folder and a backslash are inserted after the first "DBQ=", whatever path follows; the
+     *   result is 1. A path that already begins with the data folder then has it twice.
+     * - Without "DBQ=" the result is 0 and `connectionString` holds the string as it is.
+     * - For an unknown data source, or one with an empty connection string, the result is 0 and `connectionString` is
+     *   empty. An unknown name is reported to the debugger.
      */
     int getConnectionString(qelString name, qelString& connectionString, qelString platform);
 
     /**
-     * Cuts a connection string behind its first "DBQ=" (in this letter case): `head` ends with "DBQ=", `databaseFile`
-     * is all that follows, further attributes included. Returns 1; without "DBQ=" both are empty and the result is 0.
+     * Splits a connection string after its first "DBQ=" (case-sensitive): `head` ends with "DBQ=", `databaseFile` is
+     * all that follows, further attributes included. Returns 1; without "DBQ=" both are empty and the result is 0.
      */
     static int splitConnectionString(qelString connectionString, qelString& head, qelString& databaseFile);
 
     /**
-     * Sets `connectionString` to one that opens the database file, taken as it is, with the driver of
-     * getOdbcDriverName(), user name and password empty. Always returns 1.
+     * Makes a connection string for the database file, used as it is, with the driver of getOdbcDriverName() and empty
+     * user name and password. Always returns 1.
      */
     static int getConnectionStringForFile(qelString databaseFile, qelString& connectionString);
     /// @}
@@ -145,38 +140,37 @@ public:
     /// @{
 
     /**
-     * Returns the number of installed ODBC drivers. They are asked for once per process, or on every call for as long
-     * as nothing could be found out. Where the ODBC installer library is missing or too old, each such call tells the
-     * user in a message box.
+     * Returns the number of installed ODBC drivers. They are read once per process, or on every call until that
+     * succeeds. Where the ODBC installer library is missing or too old, each such call shows a message box.
      */
     static int readInstalledOdbcDrivers();
 
-    /// 1 when the default driver is installed, -1 when others are but it is not, 0 when no driver is known.
+    /// 1 when the default driver is installed, -1 when only others are, 0 when no driver is known.
     static int defaultODBCDriverIsInstalled();
 
     /**
      * Sets `driverName` to the driver for new connection strings: the alternate one where the default driver is known
-     * to be missing, else the default one. Always returns 1; without the memory for a name it is empty.
+     * to be missing, else the default one. Always returns 1; when out of memory the name is empty.
      */
     static int getOdbcDriverName(qelString& driverName);
 
     /**
-     * Replaces, in letter case as written, every mention of the default driver by the alternate one where the default
-     * driver is known to be missing, else every mention of the alternate one by the default one. Returns the number of
-     * replacements; for an empty text 0, without asking for drivers.
+     * Where the default driver is known to be missing, replaces its name with the alternate one everywhere, else the
+     * other way round; case-sensitive. Returns the number of replacements; 0 for an empty string, without reading
+     * drivers.
      */
     static int replaceAlternateDriver(qelString& connectionString);
 
     /**
-     * The result of defaultODBCDriverIsInstalled(), save that it is 0 when drivers are known and a data source of the
-     * catalogue names the alternate driver. Does not read the catalogue: an unread one names no driver.
+     * Like defaultODBCDriverIsInstalled(), but 0 when drivers are known and a data source of the catalogue names the
+     * alternate driver. Does not read the catalogue: an unread one counts as empty.
      */
     static int defaultDriverIsUsedInAllDataSources();
 
     /**
-     * Connects for real, without prompting, and disconnects again. Returns 1 when that worked, 0 when it did not and
-     * what follows "DBQ=" names no existing file, -1 for any other failure. A 1 does not prove a sound database: some
-     * drivers connect to an empty or damaged file, and only a query tells. Takes as long as the driver does.
+     * Opens a real connection, without prompting, and closes it. Returns 1 on success, 0 when what follows "DBQ=" names
+     * no existing file, -1 for any other failure. A 1 does not prove a sound database: some drivers connect to an empty
+     * or damaged file, and only a query would show it. Takes as long as the driver does.
      */
     static int testConnection(qelString connectionString);
     /// @}
@@ -187,8 +181,8 @@ private:
     /// Appends the built-in data sources and those of the configuration file; returns the number of entries.
     int readConnectionStrings();
 
-    static qelArray<qelDataSource>& m_DataSources;      ///< in the order they were read; empty means not yet read
-    static qelArray<qelString>& m_InstalledOdbcDrivers; ///< in the installer's order; empty means not known
+    static qelArray<qelDataSource>& m_DataSources;      ///< in reading order; empty means not yet read
+    static qelArray<qelString>& m_InstalledOdbcDrivers; ///< in the installer's order; empty means unknown
     static qelString* m_pDatabaseConfigurationFilePath; ///< null until the first object is constructed
 };
 

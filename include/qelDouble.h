@@ -11,7 +11,7 @@
  * @brief Rounding of floating-point values; all members are static.
  * @ingroup numerics
  *
- * Rounds to decimals or to multiples of a step, and takes representation noise away.
+ * Rounds to decimals or to multiples of a step, and removes floating-point noise.
  *
  * @par Example
  * @code
@@ -19,21 +19,18 @@
  * qelDouble::round(7.3, 0, 5.0);      // == 5.0, the nearest multiple of 5
  * qelDouble::longRound(2.99999, 0.0); // == 3, without the noise
  * @endcode
- *
- * @par Failure
- * Nothing fails and nothing is reported; what lies outside the 32-bit range counts as -2,147,483,648 where a member
- * says so.
  */
 class QEL_API qelDouble
 {
 public:
-    /// Offset that longRound() uses when the one given to it cannot be used.
+    /// Offset that longRound() uses when the one given is out of range.
     static const double MinRoundOffset;
 
     /**
      * Snaps `value` to a multiple of `step` when `step` is above 1e-10, then rounds to `digits` decimals, halves up.
      * Snapping adds half a step and truncates towards zero, so a negative value may end one step closer to zero than
-     * the nearest multiple (-7.3 with step 5 gives 0). A quotient outside the 32-bit range counts as -2,147,483,648.
+     * the nearest multiple (-7.3 with step 5 gives 0). A quotient outside the 32-bit range counts as -2,147,483,648;
+     * nothing is reported.
      */
     static double round(double value, unsigned short digits, double step);
 

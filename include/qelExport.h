@@ -1,16 +1,16 @@
 /**
  * @file
- * @brief How the library's names cross the border of the DLL.
+ * @brief QEL_API, the export macro.
  *
  * Every exported class, function and static member carries QEL_API. Templates never do: they are compiled into each
  * module that uses them.
  *
  * - `QEL_BUILD_DLL` is defined while the DLL itself is built.
- * - `QEL_USE_DLL` is defined in modules that link against it (the CMake target does so). Exported data needs it with
- *   Visual C++; functions work without.
- * - With neither, QEL_API is empty, which serves tools that only read the headers.
+ * - `QEL_USE_DLL` is defined in modules that link against it (the CMake target does so). Visual C++ needs it for
+ *   exported data; functions work without it.
+ * - With neither, QEL_API is empty, for tools that only parse the headers.
  *
- * Every other header of the library includes this one. It stops a compiler that is not for 64-bit Windows.
+ * Every other header of the library includes this one. It rejects targets other than 64-bit Windows.
  */
 #ifndef QEL_EXPORT_H
 #define QEL_EXPORT_H
@@ -19,7 +19,7 @@
 #error "VarnelQELRoots is a 64-bit Windows library."
 #endif
 
-/// Marks what the DLL exports; see the head of this file.
+/// Marks what the DLL exports; see the top of this file.
 #if defined(QEL_BUILD_DLL)
 #define QEL_API __declspec(dllexport)
 #elif defined(QEL_USE_DLL)

@@ -1,6 +1,6 @@
 /**
  * @file
- * @brief Text and raw-byte files through the C runtime's streams.
+ * @brief Reads and writes text files (ANSI, UTF-8, UTF-16) and raw bytes.
  */
 #ifndef QEL_FILE_ACCESS_H
 #define QEL_FILE_ACCESS_H
@@ -12,11 +12,11 @@
 #include <stdio.h>
 
 /**
- * @brief One open file: text in ANSI, UTF-8 or UTF-16, or raw bytes.
+ * @brief Reads and writes a file: text in ANSI, UTF-8 or UTF-16, or raw bytes.
  * @ingroup files
  *
- * Reads and writes configuration files, lists and reports through the C runtime's streams. A file is opened in the
- * constructor, with its encoding fixed, and stays open until close() or the destructor.
+ * Uses the C runtime's streams. The constructor opens the file and fixes its encoding; it stays open until close() or
+ * the destructor.
  *
  * @par Example
  * @code
@@ -33,25 +33,23 @@
  *
  * @par Ownership
  * An object owns its stream and closes it. Copies share the stream and each would close it, so copy closed objects
- * only; assigning over an open one loses its stream.
+ * only; assigning to an open one leaks its stream.
  *
  * @par Threads
- * As for qelString: readFile() works in its process-wide buffers.
+ * Not thread-safe, like qelString: readFile() uses its process-wide buffers.
  *
  * @par Cost
- * That of the runtime's buffered streams: what was written is in the file after close(). readFile() reads a file in one
- * pass; a text has at most 524,288 units, a length is a 32-bit `long`.
+ * Buffered: output is in the file after close(). Strings have at most 524,288 units; lengths are 32-bit `long`.
  *
  * @par Failure
- * Nothing is thrown but std::bad_alloc, and nothing is reported in words. A failed open leaves isOpen() 0: the file is
- * missing, another program has it for itself alone, or there is no room for the byte-order mark. On a closed object
- * every operation is harmless: what it returns stands with it, and its targets stay as they are unless that says
- * otherwise.
+ * Throws only `std::bad_alloc`. After a failed open, isOpen() is 0: the file is missing, another program has it locked,
+ * or there is no room for the byte-order mark (BOM). On a closed object every operation is harmless, returns what its
+ * comment says, and leaves its arguments alone unless stated otherwise.
  *
  * @par Encoding
- * The constructor appends the runtime's "ccs=" key for the encoding to the caller's mode. With a key the runtime
- * begins new files with a byte-order mark (BOM). Of an existing file the BOM decides, and is skipped; without one the
- * key says what the file holds. What is recognised is UTF-16 (little-endian) and UTF-8 by their BOMs, nothing else:
+ * The constructor appends the runtime's "ccs=" key for the encoding to the caller's mode. With a key, new files begin
+ * with a BOM. In existing files the BOM decides, and is skipped; without one, the key does. Only the BOMs of UTF-16
+ * (little-endian) and UTF-8 are recognised:
  *
  * | to read or continue | encoding |
  * |---|---|
@@ -60,9 +58,9 @@
  * | UTF-16 that may have no BOM | UTF16LE |
  * | big-endian UTF-16 | none: convert the file first |
  *
- * A text mode reads a carriage return with its line feed as one line feed, writes a line feed as both, and ends at a
- * character 0x1A in every reading operation, readFile() included. Binary modes ("rb") do none of this, and keys have no
- * effect in them: only readFile() decodes, everything else reads and writes plain 16-bit units.
+ * Text modes read CR LF as a line feed, write a line feed as CR LF, and end at a character 0x1A in every reading
+ * operation, readFile() included. Binary modes ("rb") do none of this and ignore keys: only readFile() decodes,
+ * everything else reads and writes plain 16-bit units.
  */
 class QEL_API qelFileAccess
 {
@@ -76,12 +74,12 @@ public:
         ANSI = 0,         ///< no key; lines and puts() in the ANSI code page
         UNICODE = 1,      ///< "ccs=UNICODE": UTF-16 on new files; existing ones without a BOM are ANSI
         UNICODE_TEXT = 1, ///< the same value, for sources in which UNICODE is a macro
-        UTF8 = 2,         ///< "ccs=UTF-8"; lines and puts() deliberately carry no more than the ANSI code page has
+        UTF8 = 2,         ///< "ccs=UTF-8"; lines and puts() deliberately carry only the ANSI code page
         UTF16LE = 3       ///< "ccs=UTF-16LE"
     };
 #pragma pop_macro("UNICODE")
 
-    /// @name Life
+    /// @name Opening and closing
     /// @{
 
     /// No file; encoding ANSI.
@@ -93,16 +91,16 @@ public:
      */
     qelFileAccess(const qelString& fileName, const qelString& mode, encodeType encoding);
 
-    /// Shares the stream: for closed objects only.
+    /// Shares the stream: copy closed objects only.
     qelFileAccess(const qelFileAccess&) = default;
 
-    /// Shares the stream: between closed objects only.
+    /// Shares the stream: assign closed objects only.
     qelFileAccess& operator=(const qelFileAccess&) = default;
 
     /// Closes the file.
     virtual ~qelFileAccess();
 
-    /// Closes the file; harmless when none is open.
+    /// Closes the file, if open.
     void close();
 
     /// 1 when a file is open, else 0.
@@ -114,25 +112,23 @@ public:
 
     /**
      * @name Writing
-     * A key decides what a new file holds: UTF8 a BOM and UTF-8, UNICODE and UTF16LE a BOM and UTF-16. A file that has
-     * text already goes on in its own encoding: opened with UTF8 in mode "a", one without a BOM takes UTF-8 and stays
-     * without.
+     * New files hold a BOM and UTF-8 with the encoding UTF8, a BOM and UTF-16 with UNICODE and UTF16LE. A file that has
+     * text already continues in its own encoding: with UTF8 and mode "a", one without a BOM gets UTF-8 and no BOM.
      *
-     * A character outside the basic plane may come in two calls. Half of one is U+FFFD in UTF-8, and stays as it is in
-     * UTF-16; seek(), getFileLength(), readFile() and close() between the halves part them.
+     * A surrogate pair may be split between two calls, but seek(), getFileLength(), readFile() and close() in between
+     * separate its halves. An unpaired surrogate becomes U+FFFD in UTF-8 and stays as it is in UTF-16.
      *
-     * ANSI, and UNICODE on a file without a BOM, write the code page of the C runtime's locale: a unit that it lacks
-     * makes write() fail there.
+     * ANSI, and UNICODE on a file without a BOM, write the code page of the C runtime's locale: write() fails at a
+     * character that it lacks.
      *
-     * Output is buffered: what goes wrong on the disk may show with a later call only, or not at all in close().
+     * Output is buffered: a disk error may show only in a later call, and never in close().
      */
     /// @{
 
     /**
-     * Formatted writing as with `vfwprintf_s`, whatever the encoding: "%s" takes wide text in all three forms, also
-     * with a `char` format, which is converted from the ANSI code page first. A null format is the empty one. Returns
-     * the number of units written, negative on error with every encoding, 0 when no file is open. Where memory is short
-     * nothing has been written.
+     * Formatted output as with `vfwprintf_s`, whatever the encoding: "%s" takes wide text in all three forms, even with
+     * a `char` format, which is converted from the ANSI code page first. A null format is an empty one. Returns the
+     * number of units written, negative on error, 0 when no file is open. When out of memory nothing is written.
      */
     int write(const char* format, ...) const;
 
@@ -143,9 +139,8 @@ public:
     int write(const unsigned short* format, ...) const;
 
     /**
-     * Writes the text as it is, without a line end: its wide form for UNICODE and UTF16LE, otherwise its narrow form,
-     * with "?" for what the ANSI code page lacks. Returns a non-negative value, EOF on error with every encoding, 0
-     * when no file is open.
+     * Writes the string as it is, without a line end: its wide form for UNICODE and UTF16LE, otherwise its narrow form,
+     * with "?" for what the ANSI code page lacks. Returns a non-negative value, EOF on error, 0 when no file is open.
      */
     int puts(qelString text) const;
     /// @}
@@ -154,35 +149,34 @@ public:
     /// @{
 
     /**
-     * `fread`: up to `count` elements of `size` bytes; returns how many came whole. 0 when no file is open, for a null
-     * buffer, and for a size that no memory could have.
+     * `fread`: reads up to `count` elements of `size` bytes and returns how many are complete. 0 when no file is open,
+     * for a null buffer, and for an impossible size.
      */
     size_t read(void* buffer, size_t size, size_t count) const;
 
     /**
-     * Reads up to and including the next line feed into `line` and returns a copy of it. `maxCount` counts characters
-     * with the terminator: at most 256 for UNICODE and UTF16LE, 512 otherwise; a greater one is taken as that. The rest
-     * of a longer line comes with the next call. The line is empty at the end of the file, after a failed read, for a
-     * `maxCount` below 2 and when no file is open.
+     * Reads up to and including the next line feed into `line` and returns a copy of it. `maxCount` includes the
+     * terminator and is limited to 256 for UNICODE and UTF16LE, 512 otherwise; the next call returns the rest of a
+     * longer line. The line is empty at the end of the file, after a failed read, for a `maxCount` below 2 and when no
+     * file is open.
      */
     qelString getStringW(qelString& line, int maxCount) const;
 
     /**
-     * Reads one token that ends at white space, after any white space before it. Returns what the runtime's wide
-     * scanner does: 1 when there was one, 0 when it did not match, EOF at the end of the file. A token of 256 units or
-     * more is refused with 0. Whatever the result, the target is set; it means something only with 1. When no file is open
-     * the result is 0 and the target stays as it is.
+     * Skips white space and reads one token up to the next. Returns 1 when there was one, 0 when it did not match or
+     * has 256 units or more, EOF at the end of the file. `token` is always set, but meaningful only with 1. When no
+     * file is open the result is 0 and `token` is left alone.
      */
     int readString(qelString& token) const;
 
-    /// Reads a whole number, as readString() reads a token: 1, 0 or EOF.
+    /// Reads an integer, as readString() reads a token: 1, 0 or EOF.
     int readInt(int& value) const;
 
-    /// Reads a number with point and exponent, likewise.
+    /// Reads a floating-point number, likewise.
     int readDouble(double& value) const;
 
-    /// The next wide character, whatever the encoding; WEOF at the end, 0 when no file is open. WEOF is also the value
-    /// of the noncharacter U+FFFF: eof() tells them apart.
+    /// Reads a wide character, whatever the encoding; WEOF at the end, 0 when no file is open. WEOF equals U+FFFF: use
+    /// eof() to tell them apart.
     int getc() const;
 
     /// Not 0 once a read has met the end of the file, and when no file is open.
@@ -190,21 +184,21 @@ public:
 
     /**
      * Reads the file into `contents`, at most `maxLength` units, and returns how many units were read: 16-bit units of
-     * UTF-16 and UTF-8, bytes of ANSI text. Of more than 524,288 units `contents` keeps the first 524,288. It is empty,
-     * and the result 0, when no file is open or nothing could be read. It is empty as well when memory runs out; the
-     * stream then stays usable, anywhere in the file.
+     * UTF-16 and UTF-8, bytes of ANSI text. `contents` keeps the first 524,288. It is empty, and the result 0, when no
+     * file is open or nothing could be read. It is also empty when out of memory; the stream then stays usable, at an
+     * unspecified position.
      *
-     * With a key (UNICODE, UTF8, UTF16LE) the whole file is read from its start, in the encoding that its BOM or else
-     * the key says, without the BOM. Bytes that are no UTF-8 become U+FFFD. A swapped BOM, FE FF, counts as FF FE. Needs
-     * a file that can be positioned, so no pipe.
+     * With a key (UNICODE, UTF8, UTF16LE) the whole file is read from its start, in the encoding of its BOM or else of
+     * the key, without the BOM. Invalid UTF-8 becomes U+FFFD. The big-endian BOM, FE FF, counts as FF FE. Needs a
+     * seekable file, so no pipe.
      *
-     * Without a key the bytes from the current position count:
-     * - 0 and 1 are FF FE or FE FF: UTF-16 in the machine's order follows, in both cases.
-     * - 2 to 4, deliberately not the first three, are EF BB BF: UTF-16 in the machine's order follows them.
-     * - Otherwise the position goes to the start of the file, and its bytes are text in the ANSI code page.
+     * Without a key, the bytes from the current position decide:
+     * - Bytes 0 and 1 are FF FE or FE FF: UTF-16, little-endian in both cases, follows.
+     * - Bytes 2 to 4, deliberately not the first three, are EF BB BF: little-endian UTF-16 follows them.
+     * - Otherwise the whole file is read from its start, as text in the ANSI code page.
      *
-     * One pass over the file; memory for the text that is kept, whatever `maxLength` is. Reading goes on behind the
-     * units that were read.
+     * One pass over the file, with memory for the text that is kept, whatever `maxLength` is. Reading continues after
+     * the units read.
      */
     size_t readFile(qelString& contents, size_t maxLength) const;
     /// @}
@@ -215,7 +209,7 @@ public:
     /// `fseek`, with an origin of 0 = start, 1 = current position, 2 = end. 0 on success, else -1.
     int seek(long offset, int origin) const;
 
-    /// Length of the file in bytes, -1 when it cannot be told, 0 when no file is open. Moves to the start of the file.
+    /// Length of the file in bytes, -1 when unknown, 0 when no file is open. Moves to the start of the file.
     long getFileLength();
     /// @}
 
@@ -223,21 +217,21 @@ public:
     /// 0 on success, else -1 with the runtime's error number set.
     /// @{
 
-    /// Deletes a file; not a folder, and not one that is write-protected.
+    /// Deletes a file; fails for a folder and a read-only file.
     static int removeFile(const qelString& path);
 
-    /// Renames or moves a file or folder; nothing is done where `to` exists.
+    /// Renames or moves a file or folder; fails when `to` exists.
     static int renameFile(const qelString& from, const qelString& to);
 
-    /// Makes a folder the current one of the process.
+    /// Changes the current folder of the process.
     static int changeWorkingDir(const qelString& path);
 
-    /// Makes one folder. What exists already counts as made, a file of that name included.
+    /// Creates one folder; also succeeds when a folder or file of that name exists.
     static int makeDir(const qelString& path);
     /// @}
 
 private:
-    FILE* m_stream;        ///< the open file, null when there is none
+    FILE* m_stream;        ///< the open file, or null
     encodeType m_encoding; ///< as given at construction
 };
 

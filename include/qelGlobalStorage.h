@@ -10,10 +10,10 @@
 class qelString;
 
 /**
- * @brief What the modules of the process share through this library.
+ * @brief Global state that all modules of the process share.
  * @ingroup configuration
  *
- * One place where every module finds the host platform's support paths.
+ * Holds a pointer to the host platform's support paths.
  *
  * @par Example
  * @code
@@ -23,17 +23,16 @@ class qelString;
  * @endcode
  *
  * @par Ownership
- * The host owns the text and keeps it for as long as modules may look.
+ * The host owns the string and keeps it for as long as modules may read it.
  *
  * @par Threads
- * There is no lock: set it before other threads read it.
+ * No lock: set it before other threads read it.
  */
 class QEL_API qelGlobalStorage
 {
 public:
     /**
-     * The host's list of support paths; null at load. The host sets it and owns the text; the library neither reads nor
-     * writes it.
+     * The host's list of support paths; null until the host sets it. The library neither reads nor writes it.
      */
     static qelString* g_pMoxSupportPaths;
 };

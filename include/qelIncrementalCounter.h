@@ -1,6 +1,6 @@
 /**
  * @file
- * @brief Running codes such as 0007, A, Z, AA or 1B, one step a call.
+ * @brief Counts through codes such as 0007, 0008 or A, Z, AA.
  */
 #ifndef QEL_INCREMENTAL_COUNTER_H
 #define QEL_INCREMENTAL_COUNTER_H
@@ -10,11 +10,10 @@
 #include "qelString.h"
 
 /**
- * @brief Configuration of a qelIncrementalCounter, for callers to keep and copy.
+ * @brief Configuration of a qelIncrementalCounter.
  * @ingroup numbering
  *
- * Says where a code begins, which characters it is made of, and how many codes there are. A new record is empty and all
- * 0.
+ * Says where codes begin, which characters they consist of, and how many there are.
  *
  * @par Example
  * @code
@@ -35,7 +34,7 @@ struct QEL_API StructIncrementalCounter
     int userValue = 0;            ///< the caller's; only kept and copied
     qelString userText;           ///< the caller's; only kept and copied
     qelString startValue;         ///< first code, and the code after reset()
-    qelString firstCharacter;     ///< its last character is where the range of every position begins
+    qelString firstCharacter;     ///< its last character begins the range of every position
     int range = 0;                ///< number of characters in the range
     qelString excludedCharacters; ///< characters that are left out
     int maxCount = 0;             ///< number of codes, the start value included; -1 for no limit
@@ -50,12 +49,12 @@ static_assert(sizeof(StructIncrementalCounter) == 104, "three integers and five 
 #endif
 
 /**
- * @brief Running codes such as 0007, A, Z, AA or 1B, one step a call.
+ * @brief Counts through codes such as 0007, 0008 or A, Z, AA.
  * @ingroup numbering
  *
- * Marks and names in sequence. Every position of the code runs through `range` characters from the last character of
- * `firstCharacter` on, leaves out the excluded ones, and then starts over and carries to the left. A carry out of the
- * first position adds one.
+ * For marks and names in sequence. Every position of the code runs through `range` characters from the last character
+ * of `firstCharacter` on, skipping the excluded ones, then starts over and carries to the left. A carry out of the
+ * first position adds a position.
  *
  * @par Example
  * @code
@@ -74,57 +73,56 @@ static_assert(sizeof(StructIncrementalCounter) == 104, "three integers and five 
  * @endcode
  *
  * @par Cost
- * A step is O(length of the code), and one allocation for the new text.
+ * A step is O(length of the code), with one allocation.
  *
  * @par Failure
- * `eMaxCountReached` is the only refusal. A code past the length limit of qelString fails as its concatenation does.
- * When memory runs out, the counter stays as it was.
+ * A code past the length limit of qelString fails like its concatenation. Out of memory throws `std::bad_alloc` and
+ * leaves the counter as it was.
  *
- * @par Rules that surprise, and are meant
- * - `maxCount` counts values, the start value among them, so N allows N - 1 steps; 0 allows none and -1 any number.
- *   A refused step counts too, and setCounterString() does not start the count again.
- * - A position starts over only when it meets the end of its range exactly. One that stands behind it never does, and
- *   counts on through all characters.
- * - Starting over does not look at the excluded characters, and goes to the digit 0 instead of the first character
- *   when the start value and `firstCharacter` hold nothing but digits. A position added in front then leaves out
- *   the digit 0.
- * - A code is text: a position that has counted past 0xFFFF to the NUL character does not show in it.
+ * @par Surprising but deliberate
+ * - `maxCount` counts values, the start value among them, so N allows N - 1 steps; 0 allows none and -1 any number. A
+ *   refused step counts too, and setCounterString() does not restart the count.
+ * - A position starts over only when it hits the end of its range exactly. One past it never does, and counts on
+ *   through all characters.
+ * - Starting over ignores the excluded characters, and goes to the digit 0 instead of the first character when the
+ *   start value and `firstCharacter` are all digits. A position added in front then skips the digit 0.
+ * - A position that has counted past 0xFFFF to the NUL character does not show in the code.
  */
 class QEL_API qelIncrementalCounter
 {
 public:
-    /// What became of a step.
+    /// Result of a step.
     enum eIncrementStatus : int
     {
         eIncremented = 0,     ///< the code moved on
-        eMaxCountReached = 1, ///< the limit is reached; the code stays
+        eMaxCountReached = 1, ///< limit reached; the code stays
     };
 
-    /// A counter that refuses every step until it is configured: empty texts, userValue -1, range 1, maxCount 0.
+    /// A counter that refuses every step until it is configured: empty strings, userValue -1, range 1, maxCount 0.
     qelIncrementalCounter();
 
-    /// A counter of its own with the same configuration, code and count.
+    /// Copies configuration, code and count.
     qelIncrementalCounter(const qelIncrementalCounter&) = default;
 
-    /// Takes over configuration, code and count.
+    /// Copies configuration, code and count.
     qelIncrementalCounter& operator=(const qelIncrementalCounter& other);
 
-    /// Releases its texts.
+    /// Destroys the counter.
     virtual ~qelIncrementalCounter();
 
-    /// Takes over the whole record and starts from its start value. Nothing is checked. Returns 1.
+    /// Copies the configuration, unchecked, and starts from its start value. Returns 1.
     int setDataFrom(const StructIncrementalCounter& source);
 
-    /// Goes back to the start value and begins to count steps anew.
+    /// Goes back to the start value and restarts the count of steps.
     void reset();
 
     /// The current code.
     qelString getCounterString() const;
 
-    /// Goes on from `code`, which is not checked. The steps made so far still count.
+    /// Continues from `code`, which is not checked. The steps so far still count.
     void setCounterString(const qelString& code);
 
-    /// Moves the code on by one step.
+    /// Moves to the next code.
     eIncrementStatus increment();
 
 protected:
@@ -132,16 +130,16 @@ protected:
     wchar_t initChar() const;
 
     /**
-     * The character that follows `current` in one position, leaving out those in `excluded`. Sets `carry` to 1 when
-     * the position starts over, else to 0.
+     * The character after `current` in one position, skipping those in `excluded`. Sets `carry` to 1 when the position
+     * starts over, else to 0.
      */
     wchar_t incrementAtPosition(wchar_t current, qelString excluded, int& carry) const;
 
 private:
     StructIncrementalCounter m_data;
-    int m_numericOnly;              ///< 1 when startValue and firstCharacter hold nothing but digits
+    int m_numericOnly;              ///< 1 when startValue and firstCharacter are all digits
     qelString m_counterString;      ///< the current code
-    qelArray<wchar_t> m_characters; ///< the current code, one element a position
+    qelArray<wchar_t> m_characters; ///< the current code, one element per position
     int m_callCount;                ///< calls of increment() since the last reset()
 };
 

@@ -1,6 +1,6 @@
 /**
  * @file
- * @brief Numbers of the form prefix + running code + suffix, one after the other.
+ * @brief Generates part numbers: prefix + running code + suffix.
  */
 #ifndef QEL_NUMBER_CREATOR_H
 #define QEL_NUMBER_CREATOR_H
@@ -12,8 +12,8 @@
  * @brief Kind of numbering.
  * @ingroup numbering
  *
- * The values are the callers'; only 3 has a meaning here: the first symbol is a zero that never stands in front of a
- * number that has grown.
+ * Values are defined by callers; only 3 has a meaning here: the first symbol is a zero, so a number that grows gets the
+ * second symbol in front.
  */
 enum eNumberingType : int
 {
@@ -25,15 +25,15 @@ enum eNumberingType : int
  */
 enum SetCodeTag : int
 {
-    eCodeSet = 0,    ///< the value was taken over
-    eCodeNotSet = 2, ///< the value was the same already, or is not valid
+    eCodeSet = 0,    ///< the value was set
+    eCodeNotSet = 2, ///< the value is the same already, or invalid
 };
 
 /**
- * @brief Symbols of a running code and where it starts.
+ * @brief Symbols and start of a running code.
  * @ingroup numbering
  *
- * What qelNumberCreator::overrideDataRange() takes over. A new record is empty and all 0.
+ * Argument of qelNumberCreator::overrideDataRange().
  *
  * @par Example
  * @code
@@ -61,11 +61,11 @@ struct QEL_API StructNumberingDataRange
 static_assert(sizeof(StructNumberingDataRange) == 80, "two integers and four texts, in this order");
 
 /**
- * @brief Numbers of the form prefix + running code + suffix, one after the other.
+ * @brief Generates part numbers: prefix + running code + suffix.
  * @ingroup numbering
  *
- * Part and position numbers. The running code is made of the `symbolCount` symbols from the first character of
- * `firstSymbol` on, counts from right to left and grows at the front without end.
+ * The running code consists of the `symbolCount` symbols from the first character of `firstSymbol` on, carries to the
+ * left and grows at the front without limit.
  *
  * @par Example
  * @code
@@ -85,22 +85,22 @@ static_assert(sizeof(StructNumberingDataRange) == 80, "two integers and four tex
  * @endcode
  *
  * @par Cost
- * A number is O(its length), with one allocation for the result and one for the next running code.
+ * A number is O(its length), with two allocations.
  *
  * @par Failure
- * Refusals are `eCodeNotSet`. A number past the length limit of qelString fails as its concatenation does. When memory
- * runs out, no number is lost: the next call returns the one that could not be made.
+ * A number past the length limit of qelString fails like its concatenation. Out of memory throws `std::bad_alloc` and
+ * loses no number: the next call returns it.
  *
- * @par Rules that surprise, and are meant
- * - A copy has no symbol range, and an assignment leaves the target's own one alone: call overrideDataRange() on it.
- * - setNumberingType() starts over from the text `firstSymbol`, overrideDataRange() from `defaultStart`.
- * - overrideDataRange() takes over the range even where it reports that nothing was set.
- * - setNumberingStart() does not touch the next number; reset() goes to the start.
+ * @par Surprising but deliberate
+ * - A copy has no symbol range, and an assignment keeps the target's own: call overrideDataRange() on it.
+ * - setNumberingType() starts over from the string `firstSymbol`, overrideDataRange() from `defaultStart`.
+ * - overrideDataRange() sets the range even when it returns `eCodeNotSet`.
+ * - setNumberingStart() does not change the next number; reset() goes to the start.
  */
 class QEL_API qelNumberCreator
 {
 public:
-    /// Type 0, all texts and the range empty.
+    /// Type 0, everything else empty.
     qelNumberCreator();
 
     /// The given type and prefix, everything else empty.
@@ -112,54 +112,55 @@ public:
     /// Copies everything but the symbol range, which stays as it is.
     qelNumberCreator& operator=(const qelNumberCreator& other);
 
-    /// Releases its texts.
+    /// Destroys the generator.
     virtual ~qelNumberCreator();
 
     /// The type set last.
     eNumberingType getNumberingType() const;
 
-    /// What stands in front of the running code.
+    /// The text before the running code.
     const qelString& getNumberingPrefix() const;
 
-    /// What stands behind the running code.
+    /// The text after the running code.
     const qelString& getNumberingSufix() const;
 
     /// The running code after reset().
     const qelString& getNumberingStart() const;
 
-    /// Starts over from the text `firstSymbol` of the range; nothing happens when the type is the same already.
+    /// Sets the type and starts over from the string `firstSymbol` of the range; does nothing when the type is the same
+    /// already.
     SetCodeTag setNumberingType(eNumberingType type);
 
-    /// `eCodeNotSet` when the text is the same already.
+    /// `eCodeNotSet` when the prefix is the same already.
     SetCodeTag setNumberingPrefix(const qelString& prefix);
 
-    /// `eCodeNotSet` when the text is the same already.
+    /// `eCodeNotSet` when the suffix is the same already.
     SetCodeTag setNumberingSufix(const qelString& suffix);
 
     /**
-     * Sets where reset() goes, while the next number stays. `eCodeNotSet` when a character is no symbol of the range;
-     * the empty text is valid, and so is the text that is set already.
+     * Sets where reset() goes; the next number stays. `eCodeNotSet` when a character is not a symbol of the range. An
+     * empty string is valid, and so is the current start.
      */
     SetCodeTag setNumberingStart(const qelString& start);
 
     /**
-     * Takes over `range`. When the type is another one too, it is taken over and numbering starts over from
-     * `defaultStart`, which is not checked; otherwise start and next number stay and the result is `eCodeNotSet`.
+     * Sets the range. When the type differs too, sets it and starts over from `defaultStart`, which is not checked;
+     * otherwise start and next number stay and the result is `eCodeNotSet`.
      */
     SetCodeTag overrideDataRange(const StructNumberingDataRange& range, eNumberingType type);
 
-    /// The next number will be the start.
+    /// Makes the start the next number.
     void reset();
 
     /**
-     * Returns the current number and moves on by one. The symbols of the running code are not checked. One above the
-     * range is folded into it, one below it to less than a range below the lowest symbol; with a symbolCount of 0 or
-     * less they only move on by one.
+     * Returns the current number and moves to the next. The symbols of the running code are not checked. One above the
+     * range wraps into it, one below it to less than a range below the lowest symbol; with a symbolCount of 0 or less
+     * they just move on by one.
      */
     qelString getNextNumber();
 
 protected:
-    /// 1 when every character of `number` is a symbol of the range, also for the empty text; else 0.
+    /// 1 when every character of `number` is a symbol of the range, also for an empty string; else 0.
     int checkNumber(const qelString& number) const;
 
 private:

@@ -1,6 +1,6 @@
 /**
  * @file
- * @brief A developer's stopwatch that writes to a log.
+ * @brief Stopwatch that writes to a log file.
  */
 #ifndef QEL_PERF_MONITOR_H
 #define QEL_PERF_MONITOR_H
@@ -10,12 +10,12 @@
 #include "qelString.h"
 
 /**
- * @brief A developer's stopwatch that writes to a log.
+ * @brief Stopwatch that writes to a log file.
  * @ingroup files
  *
- * Times one stretch of work after the other, from some 100 milliseconds up. The log is a qelLogfile: it is written only
- * while qelLogfile::setLogStatus() has it on, and no line ends are added, so that a start and its end stand on one line
- * of the file.
+ * For developers: times work that takes about 100 milliseconds or more. The log is a qelLogfile: it is written only
+ * while logging is on (qelLogfile::setLogStatus()), and without line ends, so a start and its end are on one line of
+ * the file.
  *
  * @par Example
  * @code
@@ -27,39 +27,34 @@
  * qelFileExists(L"BriskenPerf.LOG");        // == 1
  * @endcode
  *
- * @par Ownership
- * A monitor keeps a name and two times; no file stays open between calls.
- *
- * @par Threads
- * One instance belongs to one thread; otherwise as qelString.
- *
  * @par Cost
- * Each line opens and closes a file, up to a millisecond, after the time was taken.
+ * Each line takes up to a millisecond, after the time was taken.
  *
  * @par Failure
- * A log that cannot be written is lost in silence. A label that leaves no room for the times is refused as by
- * qelString::format(): the line then holds the time of day only.
+ * A line that cannot be written is silently dropped. A label too long for qelString::format() leaves a line with the
+ * time of day only.
  *
  * @par Times
- * They are milliseconds since the process began, as the C runtime's `clock` gives them: time on the wall, to the
- * nearest ticks of the system (about 15 ms). They wrap after 24.8 days.
+ * Milliseconds since the process began, from the C runtime's `clock`: wall-clock time, with the resolution of the
+ * system timer (about 15 ms). They wrap after 24.8 days.
  */
 class QEL_API qelPerfMonitor
 {
 public:
-    /// A monitor that writes to that file, of whose name the first 255 units count. It does not start yet.
+    /// A stopped monitor that writes to that file; the name is truncated to 255 units.
     qelPerfMonitor(const qelString& fileName = L"BriskenPerf.LOG");
 
-    /// Takes the time and logs "Start = label : time".
+    /// Starts timing and logs "Start = label : time".
     void start(const qelString& label);
 
     /**
-     * Takes the time and logs "End = label : start -> end (Diff = difference)". It may be called again and counts from
-     * the last start() each time, and without any start() from 0.
+     * Logs "End = label : start -> end (Diff = difference)". May be called again: each call counts from the last
+     * start(), or from 0 without one.
      */
     void end(const qelString& label);
 
-    /// As end(), and shows the same times in a box, whether logging is on or not. Returns when the user closes it.
+    /// Like end(), and shows the same times in a message box, whether logging is on or not. Returns when the user
+    /// closes it.
     void endWithMessageBox(const qelString& label);
 
 private:

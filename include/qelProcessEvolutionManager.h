@@ -1,6 +1,6 @@
 /**
  * @file
- * @brief The process-wide register of running operations and of the displays that show their progress.
+ * @brief Registry of running operations and of the displays that show their progress.
  */
 #ifndef QEL_PROCESS_EVOLUTION_MANAGER_H
 #define QEL_PROCESS_EVOLUTION_MANAGER_H
@@ -11,10 +11,8 @@
 #include "qelStringClassArray.h"
 
 /**
- * @brief One registered process of qelProcessEvolutionManager.
+ * @brief A running operation, as returned by qelProcessEvolutionManager::getProcessInfo().
  * @ingroup progress
- *
- * What qelProcessEvolutionManager::getProcessInfo() tells of a process.
  *
  * @par Example
  * @code
@@ -26,11 +24,10 @@
  * info.action;                                             // == L"Numbering"
  * manager->deRegisterProcess(key);                         // == 1
  * @endcode
- *
  */
 struct QEL_API ProcessInfo
 {
-    int key = 0;      ///< the key handed out at registration; keeps its value when the process moves down
+    int key = 0;      ///< the key given at registration; unchanged when the process moves down
     int percent = 0;  ///< the percentage last reported
     qelString action; ///< the text given at registration
 };
@@ -38,10 +35,10 @@ struct QEL_API ProcessInfo
 static_assert(sizeof(ProcessInfo) == 24, "two numbers and a text");
 
 /**
- * @brief What a display of progress implements.
+ * @brief Interface of a progress display.
  * @ingroup progress
  *
- * The register of processes tells it whatever happens to them.
+ * qelProcessEvolutionManager notifies it of every change.
  *
  * @par Example
  * @code
@@ -65,26 +62,25 @@ static_assert(sizeof(ProcessInfo) == 24, "two numbers and a text");
  * @endcode
  *
  * @par Ownership
- * The register calls a display and never owns it: it must be deregistered before it goes. There is no virtual
- * destructor, so a display is destroyed by the code that made it, through its own type.
+ * Never owned by the manager: deregister it before it is destroyed. There is no virtual destructor, so destroy a
+ * display through its own type.
  *
  * @par Threads
- * Called on the thread that calls the register.
+ * Called on the thread that calls the manager.
  */
 class ProgressDisplayProtocol
 {
 public:
-    /// The percentage of the process with that key is set; also called for every running process when the display
-    /// registers.
+    /// The percentage of process `key` was set; also called for every running process when the display registers.
     virtual void setProgress(int key, int percent) = 0;
 
     /**
      * A process has registered; also called for every running process when the display registers. `cancelAllowed` is
-     * true only for a main process that may be cancelled by the user, and never on a display that registers later.
+     * true only for a main process that the user may cancel, and never for a display that registers later.
      */
     virtual void addProcess(int key, qelString action, bool cancelAllowed) = 0;
 
-    /// The process with that key ends. Those with higher keys move down by one, unless a cancel ends them all.
+    /// Process `key` ends. Higher keys move down by one, unless a cancel ends them all.
     virtual void removeProcess(int key) = 0;
 
 protected:
@@ -92,12 +88,12 @@ protected:
 };
 
 /**
- * @brief The process-wide register of running operations and of the displays that show their progress.
+ * @brief Registry of running operations and of the displays that show their progress.
  * @ingroup progress
  *
- * An operation ("process") registers under an action text, gets a key and reports its percentage; the register passes
- * every change on to all displays. The first process is the main process, later ones are its sub-processes. The user's
- * wish to cancel goes the other way: a display asks for it, the working code looks for it.
+ * An operation ("process") registers under an action text, gets a key and reports its percentage; the manager, one per
+ * process, passes every change to all displays. The first operation is the main process, later ones are its
+ * sub-processes. Cancelling goes the other way: a display requests it, the working code polls for it.
  *
  * @par Example
  * @code
@@ -114,62 +110,63 @@ protected:
  * @endcode
  *
  * @par Ownership
- * Displays belong to the caller and must be deregistered before they go.
+ * The caller owns displays and must deregister them before destroying them.
  *
  * @par Threads
- * No locks; every call is made, and every display called, on the caller's thread. Keep all use on one thread.
+ * Not thread-safe: keep all use on one thread. Displays are called on the caller's thread.
  *
  * @par Cost
- * Made for a handful of processes and displays: every notification copies the list of displays, and looks for each of
- * them in it before its call.
+ * Made for a handful of processes and displays: every notification copies the list of displays and searches it before
+ * each call.
  *
  * @par Failure
- * Refusals are results. When memory runs out, the register stays as it was.
+ * Throws `std::bad_alloc` when out of memory and leaves the manager as it was.
  *
  * @par Keys and percentages
  * Keys are positions: the main process has key 0. When a process deregisters, later ones move down by one, and every
- * key given to the register counts as a position of that moment. Display numbers behave the same way. Percentages are
- * stored and passed on as they come, nothing is cut to 0..100.
+ * key passed to the manager is a position at that moment. Display numbers behave the same way. Percentages are stored
+ * and passed on as they are, not clamped to 0..100.
  *
  * @par Calls from inside a notification
- * A display may call anything here from inside a notification, and it takes effect at once:
- * - A round of notifications reaches the displays that were registered when it began and still are when their turn
- *   comes, in their order. A display that registers meanwhile hears of the running processes at its registration
- *   only; one that deregisters, even the one being called, is not called again.
- * - A nested change is told to all displays before the outer round goes on, so that displays further down the list hear
- *   of it first. The outer round keeps the key it began with.
- * - A process cannot be deregistered while the displays are being told that it ends, and a cancel does not start again
- *   while it is being told: such calls are refused.
+ * A display may call any member from inside a notification; it takes effect at once:
+ * - A round of notifications reaches, in order, the displays that were registered when it began and still are when
+ *   their turn comes. A display that registers meanwhile is told of the running processes only at registration; one
+ *   that deregisters, even the one being called, is not called again.
+ * - A nested change reaches all displays before the outer round continues, so displays further down the list hear of it
+ *   first. The outer round keeps the key it began with.
+ * - Refused: deregistering a process while displays are being told of its end, and cancelling while a cancel is under
+ *   way.
  */
 class QEL_API qelProcessEvolutionManager
 {
 public:
-    /// A register of its own with the same processes, displays and flags. It cannot be destroyed.
+    /// A separate manager with the same processes, displays and flags. It cannot be destroyed.
     qelProcessEvolutionManager(const qelProcessEvolutionManager& other);
 
-    /// Takes over processes, displays and flags. No display is told.
+    /// Copies processes, displays and flags. No display is notified.
     qelProcessEvolutionManager& operator=(const qelProcessEvolutionManager& other);
 
-    /// The one register of the process. Made when the library is loaded; never null.
+    /// The one manager. Made when the library is loaded; never null.
     static qelProcessEvolutionManager* getProcessEvolutionManager();
 
     /// @name Processes
     /// @{
 
     /**
-     * Registers a process at 0 percent, tells all displays and returns its key, which is the number of processes before
-     * it. -1, and nobody is told, while a cancel is pending: only the main process then remains.
+     * Registers a process at 0 percent, notifies all displays and returns its key, the number of processes before it.
+     * -1, without a notification, while a cancel is pending: only the main process then remains.
      */
     int registerProcess(qelString action);
 
     /**
-     * Tells all displays that the process ends, then removes it. Returns 1, also for a key that is not registered
-     * (which the displays are told all the same); 0, and nobody is told, for a negative key and, while a cancel is
-     * pending, for every key but 0. Key 0 ends the cycle: the wish to cancel and EnableCancel() are forgotten.
+     * Notifies all displays, then removes the process. Returns 1, also for a key that is not registered (displays are
+     * notified all the same); 0, without a notification, for a negative key and, while a cancel is pending, for every
+     * key but 0. Key 0 also resets the cancel and EnableCancel().
      */
     int deRegisterProcess(int key);
 
-    /// Sets the percentage (it does not add) and tells all displays. Nothing happens for a key that is not registered.
+    /// Sets the percentage (does not add to it) and notifies all displays. Does nothing for a key that is not
+    /// registered.
     void increaseProgress(int key, int percent);
     /// @}
 
@@ -177,13 +174,13 @@ public:
     /// @{
 
     /**
-     * Adds a display at the end and returns its number. It is told of every running process in key order: addProcess()
-     * (never with cancel allowed), then setProgress(). A display registered twice is told everything twice; a null
-     * one has a number but is never called.
+     * Adds a display at the end and returns its number. It is notified of every running process in key order:
+     * addProcess() (never with cancel allowed), then setProgress(). A display registered twice is notified twice; a
+     * null one has a number but is never called.
      */
     int registerDisplay(ProgressDisplayProtocol* display);
 
-    /// Removes the display, without telling it; later ones move down. 1, or 0 for a number that no display has.
+    /// Removes the display, without notifying it; later ones move down. Returns 1, or 0 for an unknown number.
     int deRegisterDisplay(int number);
     /// @}
 
@@ -191,33 +188,33 @@ public:
     /// @{
 
     /**
-     * Makes the next main process one that can be cancelled; `allow` is what the displays are told with it. Counts only
-     * while no process is registered. Deliberately always returns 0.
+     * Makes the next main process one that can be cancelled; `allow` is passed to the displays as `cancelAllowed`. Has
+     * an effect only while no process is registered. Deliberately always returns 0.
      */
     int EnableCancel(bool allow);
 
     /**
-     * Asks for the end of all processes: displays are told that each one ends, sub-processes are dropped, and
-     * getIsCanceled() becomes true. The main process stays until its code deregisters it. Nothing happens where
-     * cancelling was not enabled or no process is registered.
+     * Requests the end of all processes: displays are notified of the end of each one, sub-processes are removed, and
+     * getIsCanceled() becomes true. The main process stays until its code deregisters it. Does nothing when cancelling
+     * was not enabled or no process is registered.
      *
-     * The action texts of the dropped sub-processes deliberately stay, in front of those that register later: see
+     * The action texts of the removed sub-processes deliberately stay, before those that register later: see
      * getKeyForAction().
      */
     void cancelProcess();
 
-    /// Whether a cancel was requested since the main process registered. For the working code to look at often.
+    /// Whether a cancel was requested since the main process registered. Working code should poll it often.
     bool getIsCanceled() const;
     /// @}
 
-    /// @name What is registered
-    /// A key that is not registered, negative ones included, gives the empty text and 0.
+    /// @name Queries
+    /// A key that is not registered gives an empty string and 0.
     /// @{
 
     /// The main process and its sub-processes; 0 when nothing runs.
     int getNumberOfActiveProcesses() const;
 
-    /// All that is known of a process.
+    /// Key, percentage and action text of a process.
     ProcessInfo getProcessInfo(int key) const;
 
     /// The text given at registration.
@@ -227,8 +224,8 @@ public:
     int getProcessCurentPercent(int key) const;
 
     /**
-     * Position of the first action text equal to `action`, with regard to case, or -1. It is the key of that process
-     * until a cancel has dropped sub-processes, whose texts stay and count. O(n).
+     * Position of the first action text equal to `action` (case-sensitive), or -1. It is the key of that process until
+     * a cancel has removed sub-processes, whose texts stay and count. O(n).
      */
     int getKeyForAction(const qelString& action) const;
     /// @}
@@ -246,7 +243,7 @@ private:
     qelStringClassArray m_actions;                 ///< action texts, in the order of the processes
     bool m_isCanceled;                             ///< a cancel was requested
     bool m_cancelEnabled;                          ///< EnableCancel() was called for this main process
-    bool m_cancelAllowed;                          ///< what EnableCancel() was given
+    bool m_cancelAllowed;                          ///< the argument of EnableCancel()
 };
 
 static_assert(sizeof(qelProcessEvolutionManager) == 72, "virtual table, three lists, three flags");

@@ -11,7 +11,7 @@
  * @brief The name of the host product and the path derived from it; all members are static.
  * @ingroup configuration
  *
- * The host names its product once; other modules ask for the name and for the path made of it.
+ * The host sets the name once; other modules read the name and the path.
  *
  * @par Example
  * @code
@@ -21,14 +21,11 @@
  * @endcode
  *
  * @par Ownership
- * Both texts belong to the process. The pointers that the getters return never change, so a caller that keeps one sees
- * later changes.
+ * Both strings are process-wide. The getters always return the same pointers, so a caller that keeps one sees later
+ * changes.
  *
  * @par Threads
- * There is no lock: set the name before other threads read it.
- *
- * @par Failure
- * A name that is null or too long is an invalid-parameter failure of the C runtime; see setOVProductName().
+ * No lock: set the name before other threads read it.
  */
 class QEL_API qelProductDefines
 {
@@ -37,17 +34,15 @@ public:
     static const wchar_t* getOVProductName();
 
     /**
-     * The product's path: "Kelvara\", the name and "\". Until the name is set it is deliberately another text, with the
+     * The product's path: "Kelvara\", the name and "\". Until the name is set it is deliberately different, with the
      * year of the release and no backslash at the end: "Kelvara\Orvalis\2020".
      */
     static const wchar_t* getOVProduct();
 
     /**
-     * Sets the name and rebuilds the path. `name` is copied and may be what a getter returned. Name and path have 259
-     * characters at most, so a name of more than 250 characters is too long for the path. A text that does not fit, and
-     * a null name, is an invalid-parameter failure of the C runtime, which may end the process. Where that returns, the
-     * copying step that failed has emptied its text and later steps went on from there: a name of 260 characters or
-     * more becomes empty; with a shorter one that is too long for the path, the path becomes "\" or empty.
+     * Sets the name and rebuilds the path. `name` is copied and may be what a getter returned. A null name, or one of
+     * more than 250 characters, is an invalid-parameter failure of the C runtime, which may end the process. Where that
+     * returns, a name of 260 characters or more becomes empty; with a shorter one, the path becomes "\" or empty.
      */
     static void setOVProductName(const wchar_t* name);
 

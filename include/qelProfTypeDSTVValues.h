@@ -1,6 +1,6 @@
 /**
  * @file
- * @brief Cross-section dimensions of a steel profile and its profile code.
+ * @brief Cross-section dimensions and profile code of a steel profile.
  */
 #ifndef QEL_PROF_TYPE_DSTV_VALUES_H
 #define QEL_PROF_TYPE_DSTV_VALUES_H
@@ -36,11 +36,11 @@ enum eDSTVType : int
 };
 
 /**
- * @brief Cross-section dimensions of a steel profile and its profile code.
+ * @brief Cross-section dimensions and profile code of a steel profile.
  * @ingroup numerics
  *
- * Hands the values of one profile from module to module. Dimensions carry the parameter names of the DSTV standard for
- * steel-construction data exchange, in whatever units the model uses; the class neither converts nor checks them.
+ * A plain value. Dimensions have the parameter names of the DSTV standard for steel-construction data exchange, in
+ * whatever units the model uses; the class neither converts nor checks them.
  *
  * @par Example
  * @code
@@ -55,13 +55,13 @@ enum eDSTVType : int
 class QEL_API qelProfTypeDSTVValues
 {
 public:
-    /// Every dimension is 0. The type is deliberately left as it is in memory: set it before you read it.
+    /// Every dimension is 0. The type is deliberately left uninitialised: set it before you read it.
     qelProfTypeDSTVValues();
 
     /// The type set last.
     eDSTVType getDSTVType() const { return m_DSTVType; }
 
-    /// Sets the type; any value is taken.
+    /// Sets the type; not checked.
     void setDSTVType(const eDSTVType& type) { m_DSTVType = type; }
 
     /// The profile code of the type; "SO" for a type that has none.
@@ -163,7 +163,7 @@ private:
     double m_ALPHA_G;
     double m_EY;
     double m_EZ;
-    [[maybe_unused]] double m_reserved; ///< without accessors, kept for the layout
+    [[maybe_unused]] double m_reserved; ///< unused; kept for the layout
     double m_W1;
     double m_W2;
     double m_W3;

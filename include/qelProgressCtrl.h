@@ -1,6 +1,6 @@
 /**
  * @file
- * @brief Shows the progress of a long operation to the user.
+ * @brief Progress dialog.
  */
 #ifndef QEL_PROGRESS_CTRL_H
 #define QEL_PROGRESS_CTRL_H
@@ -10,11 +10,11 @@
 #include "qelString.h"
 
 /**
- * @brief An output window of qelProgressCtrl; as it stands, the built-in dialog.
+ * @brief Progress dialog; base class of a host's own progress displays.
  * @ingroup progress
  *
- * A small dialog with a title, a bar and a percentage. A host that shows progress in another way derives from this
- * class.
+ * A small dialog with a title, a bar and a percentage: an output window of qelProgressCtrl. A host that shows progress
+ * in another way derives from this class.
  *
  * @par Example
  * @code
@@ -41,15 +41,15 @@
  * @endcode
  *
  * @par Ownership
- * All objects of this class share one dialog: one that opens it takes it over from the one that had it, which keeps
- * counting as active and from then on writes to the other's dialog. A copy of an active window shares its dialog
- * likewise. Destroying a window leaves the dialog alone; reset() it first.
+ * All objects of this class share one dialog: the object that opens it takes it over from the previous one, which still
+ * counts as active and from then on writes to the new one's dialog. A copy of an active window shares its dialog
+ * likewise. Destroying a window does not close the dialog; call reset() first.
  *
  * @par Threads
  * The dialog belongs to the thread that opened it; keep all use there.
  *
  * @par Failure
- * A progress bar that cannot be made is shown to the user, in a message box that waits for an answer.
+ * When the progress bar cannot be created, a message box says so and waits for an answer.
  */
 class QEL_API qelProgressCtrlWindow
 {
@@ -57,70 +57,69 @@ public:
     /// Switched off, not active, at 0 percent and without a title.
     qelProgressCtrlWindow();
 
-    /// Copies switch, title, percentage and activity; opens no dialog.
+    /// Copies all members; opens no dialog.
     qelProgressCtrlWindow(const qelProgressCtrlWindow& other);
 
-    /// Leaves the dialog alone.
+    /// Does not close the dialog.
     virtual ~qelProgressCtrlWindow();
 
-    /// Takes over switch, title, percentage and activity.
+    /// Copies all members.
     qelProgressCtrlWindow& operator=(const qelProgressCtrlWindow& other);
 
-    /// @name What a window of the host's own replaces
+    /// @name To override in a host's own window
     /// @{
 
     /**
-     * Opens a fresh dialog with that title, after a reset() of what was there. Returns the activity: 1, or 0 when the
-     * dialog cannot be made or the host, called by the system meanwhile, has closed or replaced it.
+     * After a reset(), opens a new dialog with that title. Returns the activity: 1, or 0 when the dialog cannot be
+     * created or host code that Windows ran meanwhile has closed or replaced it.
      */
     virtual int activate(qelString title);
 
-    /// Closes the dialog when the window is active, and goes back to 0 percent and not active. Always returns 1.
+    /// Closes the dialog if active, and goes back to 0 percent and inactive. Always returns 1.
     virtual int reset();
 
     /**
-     * Moves to `percent`. Returns 0, and nothing happens, for a percentage outside 0..100, the one there already, or,
-     * unless `force` is not 0, a lower one; otherwise the activity. The percentage of a window that is not active is
-     * kept all the same.
+     * Sets the percentage. Returns 0 and does nothing when it is outside 0..100, unchanged, or lower (unless `force` is
+     * not 0); otherwise returns the activity. Works on an inactive window too.
      */
     virtual int setPercentage(int percent, int force = 0);
 
-    /// Keeps the title and, when active, shows it. Returns the activity.
+    /// Sets the title and, when active, shows it. Returns the activity.
     virtual int setTitle(const qelString& title);
     /// @}
 
     /// @name State
     /// @{
 
-    /// Copies out the title set last and returns the activity.
+    /// Gets the title set last; returns the activity.
     int getTitle(qelString& title) const;
 
-    /// Copies out the percentage set last and returns the activity.
+    /// Gets the percentage set last; returns the activity.
     int getPercentage(int& percent) const;
 
-    /// The activity: 1 from activate() to reset(), whether the user has ended the dialog or not.
+    /// The activity: 1 from activate() to reset(), even when the user has closed the dialog.
     int isActive() const;
 
 #if defined(__GNUC__) || defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wignored-qualifiers" // const is part of the exported name for hosts of Visual C++
 #endif
-    /// The same as isActive().
+    /// Same as isActive().
     const int getActivity() const;
 
-    /// Whether the window takes part in the calls of qelProgressCtrl: 1 or 0.
+    /// 1 when qelProgressCtrl calls the window, else 0.
     const int getOn() const;
 #if defined(__GNUC__) || defined(__clang__)
 #pragma GCC diagnostic pop
 #endif
 
-    /// For windows that show their progress in another way; makes and closes no dialog.
+    /// For derived classes; neither opens nor closes the dialog.
     void setActivity(int value);
 
-    /// The window takes part from now on.
+    /// From now on qelProgressCtrl calls the window.
     void switchOn();
 
-    /// The window takes no part any more; what it shows stays.
+    /// From now on qelProgressCtrl skips the window; what it shows stays.
     void switchOff();
     /// @}
 
@@ -134,10 +133,11 @@ private:
 static_assert(sizeof(qelProgressCtrlWindow) == 40, "virtual table, switch, title, percentage, activity");
 
 /**
- * @brief The list of output windows; there is one, see qelProgressCtrl::m_ProgressCtrlWindowController.
+ * @brief List of the output windows of qelProgressCtrl.
  * @ingroup progress
  *
- * Holds the built-in window and those of the host, in the order of the calls.
+ * Holds the built-in window and those of the host, in calling order. There is one,
+ * qelProgressCtrl::m_ProgressCtrlWindowController.
  *
  * @par Example
  * @code
@@ -147,46 +147,44 @@ static_assert(sizeof(qelProgressCtrlWindow) == 40, "virtual table, switch, title
  * @endcode
  *
  * @par Ownership
- * Windows that are added belong to the caller and must live as long as they are in the list.
- *
+ * The caller owns added windows, which must outlive their place in the list.
  */
 class QEL_API qelProgressCtrlWindowController
 {
 public:
-    /// Puts the built-in window into the list. Deliberately switched off: a program that never asks sees no dialog.
+    /// Puts the built-in window into the list, deliberately switched off: no dialog appears unless the host asks for
+    /// it.
     qelProgressCtrlWindowController();
 
-    /// The same windows in the same order, except that the copy's own built-in window, in the state of the other one,
-    /// takes its place.
+    /// The same windows in the same order, but with its own copy of the built-in window.
     qelProgressCtrlWindowController(const qelProgressCtrlWindowController& other);
 
-    /// Takes over the windows and the state of the built-in one, as the copy does.
+    /// The same for assignment.
     qelProgressCtrlWindowController& operator=(const qelProgressCtrlWindowController& other);
 
-    /// As qelProgressCtrl::appendOutputWindow().
+    /// Same as qelProgressCtrl::appendOutputWindow().
     int append(qelProgressCtrlWindow* window);
 
-    /// The windows in the order of the calls. A window is taken out by a null in its place, which every call skips.
+    /// The windows in calling order. To remove one, set its entry to null, which every call skips.
     qelArray<qelProgressCtrlWindow*>& windows();
 
     /// The built-in window, the first of the list.
     qelProgressCtrlWindow& defaultWindow();
 
 private:
-    qelArray<qelProgressCtrlWindow*> m_windows; ///< not owned; null entries are windows that have gone
+    qelArray<qelProgressCtrlWindow*> m_windows; ///< not owned; null entries are removed windows
     qelProgressCtrlWindow m_defaultWindow;
 };
 
 static_assert(sizeof(qelProgressCtrlWindowController) == 64, "a list and a window");
 
 /**
- * @brief Shows the progress of a long operation to the user; all members are static.
+ * @brief Progress dialog for long operations; all members are static.
  * @ingroup progress
  *
- * What working code calls, from anywhere and without an object at hand. Each call goes through the windows in the order
- * of the list and passes over null entries and windows that are switched off. One window is built in, a small dialog
- * with a title, a bar and a percentage (qelProgressCtrlWindow), switched off at first; a host may add windows of its
- * own, derived from it.
+ * Working code calls it from anywhere, without an object. Each call goes to all windows that are switched on, in the
+ * order of the list. One window is built in, a small dialog with a title, a bar and a percentage
+ * (qelProgressCtrlWindow), switched off at first; a host may add windows derived from it.
  *
  * @par Example
  * @code
@@ -206,36 +204,30 @@ static_assert(sizeof(qelProgressCtrlWindowController) == 64, "a list and a windo
  * @endcode
  *
  * @par Ownership
- * Windows that are added belong to the caller and must live as long as they are in the list.
+ * The caller owns added windows, which must outlive their place in the list.
  *
  * @par Threads
- * No locks; keep all use on the thread that opened the dialog.
- *
- * @par Cost
- * A call to each window that is switched on; a percentage that has not changed costs a comparison.
- *
- * @par Failure
- * Only a progress bar that cannot be made is shown to the user, in a message box that waits for an answer.
+ * Not thread-safe: keep all use on the thread that opened the dialog.
  *
  * @par Percentages
- * They are whole numbers from 0 to 100 and do not run backwards unless forced; others are refused.
+ * Whole numbers from 0 to 100, which never decrease unless forced; others are ignored.
  *
  * @par Messages and the user
- * The dialog is modeless, has no owner and belongs to the thread that opened it. It answers the user only while that
- * thread's message loop runs: the library runs none of its own. The user ends the dialog with OK or Cancel (the Escape
- * key, where the host's loop offers it the keys). Nobody is told: the window counts as active until reset() or the next
- * activate(), and calls in between do no harm.
+ * The dialog is modeless, has no owner and belongs to the thread that opened it. It reacts only while that thread's
+ * message loop runs: the library runs none. The user closes the dialog with OK or Cancel (or Escape, where the host's
+ * loop calls IsDialogMessage). The host is not notified: the window counts as active until reset() or the next
+ * activate(), and calls in between are harmless.
  */
 class QEL_API qelProgressCtrl
 {
 public:
     qelProgressCtrl() = delete;
 
-    /// The one list of windows. Made when the library is loaded; never null.
+    /// The list of windows. Made when the library is loaded; never null.
     static qelProgressCtrlWindowController* m_ProgressCtrlWindowController;
 
     /// @name To all windows
-    /// Each returns how many windows answered with anything but 0.
+    /// Each returns how many windows returned non-zero.
     /// @{
 
     /// qelProgressCtrlWindow::activate() of each.
@@ -255,24 +247,24 @@ public:
     /// Each returns 1, or 0 and leaves its argument alone when no window is switched on.
     /// @{
 
-    /// Copies out its title.
+    /// Gets its title.
     static int getTitle(qelString& title);
 
-    /// Copies out its percentage.
+    /// Gets its percentage.
     static int getPercentage(int& percent);
     /// @}
 
     /**
-     * How many windows are switched on and active. When there are none and `fallback` is not 0, the first of the list
-     * is deliberately switched on and made to count as active from the next call on, without a dialog; this call still
-     * returns 0.
+     * How many windows are switched on and active. When there are none and `fallback` is not 0, deliberately switches
+     * the first window on and makes it count as active from the next call on, without a dialog; this call still returns
+     * 0.
      */
     static int isActive(int fallback = 0);
 
     /**
-     * Adds a window at the end and returns its position; one that is in the list already stays where it is. Every
-     * window of the list is switched off first, even when the new one is refused (-1 for null) or known, and the
-     * built-in one with them. The new one keeps its switch: a host that wants to see it calls switchOn().
+     * Adds a window at the end and returns its position; one already in the list stays where it is; -1 for null. In
+     * every case all windows of the list, the built-in one included, are switched off first. A new window keeps its
+     * state: call switchOn() to see it.
      */
     static int appendOutputWindow(qelProgressCtrlWindow* window);
 };

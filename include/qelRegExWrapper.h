@@ -1,6 +1,6 @@
 /**
  * @file
- * @brief Matching of whole texts against a pattern.
+ * @brief Matches a regular expression against a whole string.
  */
 #ifndef QEL_REG_EX_WRAPPER_H
 #define QEL_REG_EX_WRAPPER_H
@@ -10,11 +10,11 @@
 #include "qelString.h"
 
 /**
- * @brief Matches whole texts against a pattern.
+ * @brief Matches a regular expression against a whole string and returns its groups.
  * @ingroup text
  *
- * Checks a text against a pattern and takes out its parts. The syntax is that of ECMAScript as Boost.Xpressive reads
- * it; @ref page_docs_patterns "docs/patterns.md" lists it, what differs, and which patterns are dangerous.
+ * The syntax is ECMAScript's as implemented by Boost.Xpressive; @ref page_docs_patterns "docs/patterns.md" lists it,
+ * the differences, and which patterns are dangerous.
  *
  * @par Example
  * @code
@@ -23,27 +23,23 @@
  *
  * qelArray<qelString> parts;
  * profile.match(L"HEA 200", parts); // == true
- * parts.length();                   // == 3, the whole text and the groups
+ * parts.length();                   // == 3, the whole string and the groups
  * parts[1];                         // == L"HEA"
  * parts[2];                         // == L"200"
  * @endcode
  *
- * @par Ownership
- * A wrapper keeps one text, shared with whoever gave it; results are texts of their own.
- *
  * @par Cost
- * The pattern is compiled on every call and nothing is kept between calls: made for texts of any length and patterns of
- * up to some thousand characters. A call that takes longer than a minute or needs more than 256 MiB of stack gives up,
- * so that no pattern can hang or end the process.
+ * The pattern is compiled on every call; nothing is kept. Made for strings of any length and patterns of up to a few
+ * thousand characters. A call that takes longer than a minute or needs more than 256 MiB of stack gives up, so no
+ * pattern can hang or crash the process.
  *
  * @par Failure
- * An invalid pattern, a limit and memory that cannot be had all look like a text that does not match; nothing is
- * thrown.
+ * Never throws. An invalid pattern, a limit reached and running out of memory all look like no match.
  */
 class QEL_API qelRegExWrapper
 {
 public:
-    /// The empty pattern, which matches the empty text only.
+    /// The empty pattern, which matches only an empty string.
     qelRegExWrapper();
 
     /// Shares the pattern of `other`. O(1).
@@ -52,20 +48,19 @@ public:
     /// Shares the pattern of `other`. O(1).
     qelRegExWrapper& operator=(const qelRegExWrapper& other);
 
-    /// Gives up its share of the pattern.
+    /// Releases the pattern.
     ~qelRegExWrapper();
 
-    /// Stores the pattern. Nothing is checked here: an invalid pattern matches no text.
+    /// Sets the regular expression. Not checked here: an invalid one matches nothing.
     void setRegularExpression(const qelString& pattern);
 
     /**
-     * Whether the pattern matches `text` from its first to its last unit. If so, the whole text and then the text of
-     * every group, in the order of the opening parentheses, are appended to `results`, which is not cleared first.
-     * Whatever is empty is left out: a group that took no part or matched nothing, and an empty whole text. Positions
-     * in `results` are therefore not group numbers.
+     * Whether the pattern matches all of `text`. If so, appends to `results`, which is not cleared first, the whole
+     * string and then every group, in the order of the opening parentheses. Empty ones are left out: groups that did
+     * not take part or matched nothing, and an empty `text`. Positions in `results` are therefore not group numbers.
      *
-     * False, with `results` left as it was, when the text does not match, the pattern is invalid, or a limit is
-     * reached. When memory runs out while results are appended, the ones already there stay.
+     * Otherwise returns false and leaves `results` as it was; only when memory runs out while results are appended,
+     * those already appended stay.
      *
      * `text` may be an element of `results`.
      */

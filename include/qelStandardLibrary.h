@@ -1,9 +1,9 @@
 /**
  * @file
- * @brief Between qelString and the C++ standard library: conversions, hash, orders, streams. Opt-in.
+ * @brief qelString with the C++ standard library: conversions, hash, orderings, streams. Opt-in.
  *
- * Everything here is inline and is compiled by the host, with the host's standard library: nothing of it crosses the
- * border of the DLL, which never includes this header.
+ * Everything here is inline and compiled by the host with its own standard library: nothing crosses the DLL boundary,
+ * and the DLL never includes this header.
  */
 #ifndef QEL_STANDARD_LIBRARY_H
 #define QEL_STANDARD_LIBRARY_H
@@ -16,7 +16,7 @@
 #include <string_view>
 
 /// @cond
-// As windows.h declares them; no header of the library includes it.
+// Declared as in windows.h, which no header of the library includes.
 extern "C" __declspec(dllimport) int __stdcall MultiByteToWideChar(unsigned int, unsigned long, const char*, int,
                                                                    wchar_t*, int);
 extern "C" __declspec(dllimport) int __stdcall WideCharToMultiByte(unsigned int, unsigned long, const wchar_t*, int,
@@ -24,10 +24,10 @@ extern "C" __declspec(dllimport) int __stdcall WideCharToMultiByte(unsigned int,
 /// @endcond
 
 /**
- * @brief Conversions between qelString and the strings of the C++ standard library, and orders for its containers.
+ * @brief Converts between qelString and standard strings (wide, UTF-8), and orders qelString in standard containers.
  * @ingroup text
  *
- * `std::hash`, printing to wide streams and readable values in messages of GoogleTest come with the header.
+ * The header also has `std::hash`, output to wide streams, and readable values in GoogleTest messages.
  *
  * @par Example
  * @code
@@ -40,14 +40,10 @@ extern "C" __declspec(dllimport) int __stdcall WideCharToMultiByte(unsigned int,
  *
  * qelStandardLibrary::NaturalLess()(L"P9", L"P10"); // == true
  * @endcode
- *
- * @par Threads
- * The functions use strings as their caller does: one string's copies stay on one thread.
  */
 namespace qelStandardLibrary
 {
-/// The code units of `text` without its terminator; valid until `text` is next changed or destroyed. O(n): the length
-/// is measured.
+/// A view of `text`, valid until `text` is next changed or destroyed. O(n): the length is counted.
 inline std::wstring_view toView(const qelString& text)
 {
     return text.getStringW();
@@ -59,14 +55,14 @@ inline std::wstring toWide(const qelString& text)
     return text.getStringW();
 }
 
-/// A string of the code units of `text`, which need not be terminated: up to the first 0 and at most 524,288 of them.
-/// Copies twice; where the text is terminated, use the constructor of qelString.
+/// A string of `text`, which need not be null-terminated: up to the first 0 and at most 524,288 units. Copies twice;
+/// for null-terminated text use the constructor of qelString.
 inline qelString fromWide(std::wstring_view text)
 {
     return std::wstring(text.substr(0, qelString::kMaxLength)).c_str();
 }
 
-/// `text` in UTF-8, without a BOM; a surrogate without its other half becomes U+FFFD.
+/// `text` in UTF-8, without a BOM; an unpaired surrogate becomes U+FFFD.
 inline std::string toUtf8(const qelString& text)
 {
     const unsigned int utf8 = 65001;
@@ -82,12 +78,12 @@ inline std::string toUtf8(const qelString& text)
     return bytes;
 }
 
-/// A string of the UTF-8 text `bytes`: up to the first 0 and at most 524,288 code units. Bytes that are not UTF-8
-/// become U+FFFD; a BOM is kept, as U+FEFF.
+/// A string of the UTF-8 text `bytes`: up to the first 0 and at most 524,288 code units. Invalid bytes become U+FFFD; a
+/// BOM is kept, as U+FEFF.
 inline qelString fromUtf8(std::string_view bytes)
 {
     const unsigned int utf8 = 65001;
-    // No unit comes from more than three bytes.
+    // A code unit takes at most three bytes.
     bytes = bytes.substr(0, 3 * static_cast<size_t>(qelString::kMaxLength));
     const char* begin = bytes.data();
     const int size = static_cast<int>(bytes.size());
@@ -101,14 +97,14 @@ inline qelString fromUtf8(std::string_view bytes)
     return units.c_str();
 }
 
-/// Ordinal order: code unit by code unit. The same as `<` of qelString.
+/// Ordinal order, by code unit: qelString's `<`.
 struct OrdinalLess
 {
     /// Whether `a` comes before `b`.
     bool operator()(const qelString& a, const qelString& b) const { return a < b; }
 };
 
-/// Case-insensitive order, that of qelString::compareNoCase().
+/// Case-insensitive order: qelString::compareNoCase().
 struct CaseInsensitiveLess
 {
     /// Whether `a` comes before `b`, ignoring case.
@@ -116,10 +112,10 @@ struct CaseInsensitiveLess
 };
 
 /**
- * Natural order: numbers by their value, so that P9 comes before P10; all else by code unit; a text before any longer
- * one that starts with it. Unlike qelString::compareWithNumbers() it is a strict weak ordering, so `std::sort` and
- * `std::map` can use it. Both agree on names whose numbers have no leading zeros and at most nine digits, wherever
- * compareWithNumbers() gives opposite answers for (a, b) and (b, a). Texts that differ in leading zeros only are
+ * Natural order: numbers by value, so that P9 comes before P10; everything else by code unit; a string before any
+ * longer one that starts with it. Unlike qelString::compareWithNumbers() it is a strict weak ordering, so `std::sort`
+ * and `std::map` can use it. Both agree on names whose numbers have no leading zeros and at most nine digits, wherever
+ * compareWithNumbers() gives opposite answers for (a, b) and (b, a). Strings that differ only in leading zeros are
  * equivalent: a map keeps one of P7 and P007.
  */
 struct NaturalLess
@@ -156,7 +152,7 @@ struct NaturalLess
 private:
     static bool isDigit(wchar_t c) { return c >= L'0' && c <= L'9'; }
 
-    /// Moves behind the digits at `text`, and returns them without leading zeros.
+    /// Moves `text` past its digits and returns them without leading zeros.
     static std::wstring_view takeNumber(const wchar_t*& text)
     {
         while (*text == L'0')
@@ -184,13 +180,13 @@ template <> struct std::hash<qelString>
 };
 /// @endcond
 
-/// Writes the text to a wide stream.
+/// Writes the string to a wide stream.
 inline std::wostream& operator<<(std::wostream& out, const qelString& text)
 {
     return out << text.getStringW();
 }
 
-/// How GoogleTest shows a string: in quotation marks, in UTF-8.
+/// How GoogleTest prints a string: quoted, in UTF-8.
 inline void PrintTo(const qelString& text, std::ostream* out)
 {
     *out << '"' << qelStandardLibrary::toUtf8(text) << '"';

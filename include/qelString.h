@@ -1,6 +1,6 @@
 /**
  * @file
- * @brief The library's text type.
+ * @brief Copy-on-write UTF-16 string.
  */
 #ifndef QEL_STRING_H
 #define QEL_STRING_H
@@ -28,10 +28,10 @@ template <> struct qelEnableIf<true>
 struct qelStringAccess;
 
 /**
- * @brief Holds a text and its reference count, so that copies of a qelString can share one buffer (copy-on-write).
+ * @brief Reference-counted buffer that copies of a qelString share.
  * @ingroup text
  *
- * Only qelString makes these. It never writes to a text once built; qelString::strRev() is the one exception.
+ * Only qelString makes these. Once built, a buffer is never written to, except by qelString::strRev().
  *
  * @par Example
  * @code
@@ -41,49 +41,48 @@ struct qelStringAccess;
  * @endcode
  *
  * @par Ownership
- * It belongs to the strings that share it and goes with the last of them. Representation and text are one block.
+ * The strings that share it own it; the last one frees it. This object and its text are one block.
  *
  * @par Threads
- * The reference count is not thread-safe: it is a plain integer, so strings that share a text stay on one thread.
+ * Not thread-safe: the reference count is a plain integer, so strings that share a buffer must stay on one thread.
  */
 class QEL_API qelStringRepr
 {
 public:
-    /// The library shares representations instead of copying them; a copy refers to the same text.
+    /// Shallow: the copy refers to the same text. The library itself shares representations instead.
     qelStringRepr(const qelStringRepr&) = default;
 
-    /// As the copy: refers to the same text from then on.
+    /// Shallow, like the copy.
     qelStringRepr& operator=(const qelStringRepr&) = default;
 
     /// Overwrites the text with zeros.
     virtual ~qelStringRepr();
 
-    /// Frees the block that holds the representation and, behind it, its text.
+    /// Frees the block that holds the object and, behind it, its text.
     static void operator delete(void* block);
 
 private:
     friend class qelString;
     friend struct qelStringAccess;
 
-    /// Refers to `data`, which holds the text of the new representation; the count starts at 1.
+    /// Refers to `data`, which already holds the text; the count starts at 1.
     explicit qelStringRepr(wchar_t* data);
 
-    wchar_t* m_data; ///< the text, ended by a 0 unit
-    int m_refCount;  ///< objects that share this representation
+    wchar_t* m_data; ///< the text, null-terminated
+    int m_refCount;  ///< strings that share this buffer
 };
 
 /**
- * @brief The string class of the library: UTF-16 text with copy-on-write.
+ * @brief Copy-on-write UTF-16 string.
  * @ingroup text
  *
- * Every interface of the library that takes or returns text uses it. Strings that are copies of each other share one
- * text, so a copy costs one increment of a reference count, and strings go into and out of functions by value. A change
- * builds a new text and leaves the one that others share as it is. The text in the process's ANSI code page, its narrow
- * form, is made on demand.
+ * Every interface of the library that takes or returns text uses it. Copies share one buffer, so a copy costs one
+ * increment of a reference count, and strings are passed and returned by value. A change builds a new buffer and leaves
+ * the shared one as it is. The same text in the process's ANSI code page, the narrow form, is made on demand.
  *
- * Positions and lengths count UTF-16 code units, from 0; "not found" is -1. A character beyond U+FFFF takes two units.
- * Comparison is by unit, so case-sensitive; compareNoCase() is case-insensitive, compareWithNumbers() sorts as people
- * count.
+ * Positions and lengths count UTF-16 code units, from 0; "not found" is -1. A character beyond U+FFFF takes two units
+ * (a surrogate pair). Comparison is by unit, so case-sensitive; compareNoCase() is case-insensitive,
+ * compareWithNumbers() gives natural order.
  *
  * @par Example
  * @code
@@ -99,38 +98,38 @@ private:
  * @endcode
  *
  * @par Ownership
- * A string owns its narrow form and shares its text. Pointers from getStringW() and getStringA() stay valid until this
- * object is next changed or destroyed. Text and narrow forms are overwritten with zeros before their memory is freed.
+ * Pointers from getStringW() and getStringA() stay valid until this object is next changed or destroyed. Buffers and
+ * narrow forms are overwritten with zeros before their memory is freed.
  *
  * @par Threads
- * Not thread-safe, not even for separate objects: keep all use of the class on one thread at a time. The reference
- * count of a shared text is a plain integer, and several operations work without a lock in two buffers that belong to
- * the process (qelStringTempBufferWide and qelStringTempBuffer).
+ * Not thread-safe, not even for separate objects: keep all use of the class on one thread at a time. Reference counts
+ * are plain integers, and several operations use two process-wide buffers without a lock (qelStringTempBufferWide and
+ * qelStringTempBuffer).
  *
  * @par Cost
- * Copying and isEmpty() are O(1). length() measures the text on every call, O(n). A change is one allocation and O(n),
- * where the member says nothing else.
+ * Copying and isEmpty() are O(1). length() counts on every call, O(n). A change is one allocation and O(n), unless the
+ * member says otherwise.
  *
  * @par Failure
- * Nothing reports an error or throws by itself; memory that cannot be had surfaces from the allocation. A text has at
- * most 524,288 units: longer text given to a constructor or an assignment is cut there. Results of concatenation,
- * replacement and formatting end at 524,287 units: a longer one goes to the C runtime's invalid-parameter handling,
- * which may end the process; where that returns, the result is the empty text.
+ * Throws `std::bad_alloc` when out of memory, and nothing else. A string has at most 524,288 units: constructors and
+ * assignments truncate longer text. Results of concatenation, replacement and formatting have at most 524,287: a longer
+ * one goes to the C runtime's invalid-parameter handler, which may end the process; where that returns, the result is
+ * empty.
  */
 class QEL_API qelString
 {
 public:
-    /// Capacity of both process-wide buffers and the greatest length of a text, in units. An enumerator, since
-    /// a constant object would have to be imported wherever it is not folded.
+    /// Capacity of both process-wide buffers and greatest length of a string, in units. An enumerator because a
+    /// constant object would have to be imported wherever it is not folded.
     enum : int
     {
         kMaxLength = 0x80000
     };
 
-    /// The representation of every empty text; made when the library is loaded and never freed.
+    /// The buffer of every empty string; made when the library is loaded and never freed.
     static qelStringRepr* m_repEmpty;
 
-    /// Process-wide scratch buffer of 524,288 wide units.
+    /// Process-wide scratch buffer of 524,288 units.
     static wchar_t* qelStringTempBufferWide;
 
     /// Process-wide scratch buffer of 524,288 bytes.
@@ -139,63 +138,63 @@ public:
     /// @name Construction and assignment
     /// @{
 
-    /// The empty text.
+    /// An empty string.
     qelString();
 
-    /// A copy of `text`; null or empty gives the empty text.
+    /// A copy of `text`; null gives an empty string.
     qelString(const wchar_t* text);
 
     /// @overload
     qelString(const unsigned short* text);
 
-    /// The text of `text` in the ANSI code page; null or empty gives the empty text.
+    /// `text` converted from the ANSI code page; null gives an empty string.
     qelString(const char* text);
 
-    /// Shares the text of `other`. O(1).
+    /// Shares the buffer of `other`. O(1).
     qelString(const qelString& other);
 
-    /// Gives up its share of the text; the last one to do so scrubs and frees it.
+    /// Releases the buffer; the last string to do so overwrites it with zeros and frees it.
     ~qelString();
 
-    /// Shares the text of `other`. O(1).
+    /// Shares the buffer of `other`. O(1).
     qelString& operator=(const qelString& other);
 
-    /// Takes a copy of `text`, which may point into this string's own text; null or empty gives the empty text.
+    /// Copies `text`, which may point into this string; null gives an empty string.
     qelString& operator=(const wchar_t* text);
 
     /// @overload
     qelString& operator=(const unsigned short* text);
 
-    /// As the `char` constructor; `text` may be this string's own narrow form.
+    /// Like the `char` constructor; `text` may be this string's own narrow form.
     qelString& operator=(const char* text);
 
-    /// As assigning `text`; returns a copy of this string.
+    /// Assigns `text`; returns a copy of this string.
     qelString setFromUnsignedShortString(const unsigned short* text);
 
     /**
      * Decodes narrow text with MIF escapes ("\M+", a selector digit and two hexadecimal pairs). The last selector
-     * chooses the code page of the whole text: 1 = 932, 2 = 950, 3 = 949, 4 = 1361, 5 = 936, anything else and no
-     * escape at all = the ANSI code page. Null gives the empty text; an escape that the end of the text cuts gives no
-     * bytes; a pair that is no number gives 0; a decoded 0 byte ends the text. Any three bytes that have the bits of
-     * "\M+" start an escape, deliberately. Returns a copy of this string.
+     * chooses the code page of everything: 1 = 932, 2 = 950, 3 = 949, 4 = 1361, 5 = 936, anything else or no escape =
+     * the ANSI code page. Null gives an empty string; a truncated escape at the end gives no bytes; a pair that is no
+     * hexadecimal number gives 0; a decoded 0 byte ends the string. Deliberately, any three bytes that include the bits
+     * of "\M+" start an escape. Returns a copy of this string.
      */
     qelString setFromMIFString(const char* text);
 
-    /// Makes this the empty text.
+    /// Makes this string empty.
     qelString& empty();
     /// @}
 
     /// @name Access
     /// @{
 
-    /// The text, ended by a 0 unit. Never null.
+    /// The code units, null-terminated. Never null.
     const wchar_t* getStringW() const;
 
-    /// The same pointer as getStringW() under the other type of 16-bit text.
+    /// The same pointer as getStringW(), as the other 16-bit type.
     const unsigned short* getStringWAsUnsignedShort() const;
 
     /**
-     * The text in the ANSI code page, with "?" for what that page lacks. Made on the first call and kept until this
+     * The string in the ANSI code page, with "?" for what that page lacks. Made on the first call and kept until this
      * string is next changed.
      */
     const char* getStringA() const;
@@ -203,16 +202,17 @@ public:
     /// Number of units, at most 524,288. O(n).
     int length() const;
 
-    /// 1 when the text is empty, else 0. O(1).
+    /// 1 when empty, else 0. O(1).
     int isEmpty() const;
 
     /// The unit at `index`; not checked.
     const wchar_t& operator[](int index) const;
 
     /**
-     * Overwrites the unit at `index` in a copy of the text. An index equal to length() overwrites the terminator, so
-     * the text then runs on into what the wide scratch buffer held behind it; an index outside the scratch buffer
-     * changes nothing. The `char` form converts the byte from the ANSI code page first.
+     * Replaces the unit at `index`; other strings that share the buffer keep theirs. An index equal to length()
+     * overwrites the terminator, and the string then runs on into whatever the wide scratch buffer holds there; an
+     * index outside the scratch buffer changes nothing. The `char` form converts the byte from the ANSI code page
+     * first.
      */
     qelString& setAt(int index, const wchar_t& c);
 
@@ -227,59 +227,59 @@ public:
     /// Ordinal: unit by unit as unsigned 16-bit values, without case folding or locale, unless a member says otherwise.
     /// @{
 
-    /// Whether both texts have the same units.
+    /// Whether both strings have the same units.
     bool operator==(const qelString& other) const;
 
     /// Whether a unit or the length differs.
     bool operator!=(const qelString& other) const;
 
-    /// Whether this text comes before `other`.
+    /// Whether this string comes before `other`.
     bool operator<(const qelString& other) const;
 
-    /// Whether this text comes behind `other`.
+    /// Whether this string comes after `other`.
     bool operator>(const qelString& other) const;
 
     /// -1, 0 or 1.
     static int compare(const qelString& a, const qelString& b);
 
-    /// Compares at most `n` units, all of them for a negative `n`; only the sign of the result has a meaning.
+    /// Compares at most `n` units, all for a negative `n`; only the sign of the result has a meaning.
     static int compare(const qelString& a, const qelString& b, int n);
 
-    /// As the C runtime's `_wcsicmp` / `_wcsnicmp`; only the sign of the result has a meaning. A negative `n` compares
-    /// all units.
+    /// Case-insensitive, by the C runtime's `_wcsicmp` / `_wcsnicmp`; only the sign of the result has a meaning. A
+    /// negative `n` compares all units.
     static int compareNoCase(const qelString& a, const qelString& b);
 
     /// @overload
     static int compareNoCase(const qelString& a, const qelString& b, int n);
 
     /**
-     * Natural order: digits at the same position are compared by the value of the number they start, so x9 comes
-     * before x10. Returns -1, 0 or 1. Three results surprise and are meant: a text is equal to any longer text that
-     * starts with it, but a longer one is greater than its own beginning; a digit comes before whatever is no digit
-     * when it stands in `a`, but is compared by code value when it stands in `b`; a7 equals a007.
+     * Natural order: numbers at the same position are compared by value, so x9 comes before x10. Returns -1, 0 or 1.
+     * Three results are surprising but deliberate: a string equals any longer one that starts with it, yet the longer
+     * one is greater than its own beginning; a digit in `a` comes before any non-digit, but a digit in `b` is compared
+     * by code value; a7 equals a007.
      */
     static int compareWithNumbers(const qelString& a, const qelString& b);
 
-    /// compare() for sorting and searching: each argument points to a `qelString`; 0 when either is null.
+    /// compare() as a `qsort` comparator: each argument points to a `qelString`; 0 when either is null.
     static int strCompare(const void* a, const void* b);
 
-    /// compareNoCase() for sorting and searching, likewise.
+    /// compareNoCase(), likewise.
     static int strCompareNoCase(const void* a, const void* b);
     /// @}
 
     /// @name Concatenation and removal of leading units
     /// @{
 
-    /// The text of this string followed by that of `other`.
+    /// This string followed by `other`.
     qelString operator+(const qelString& other) const;
 
-    /// Appends the text of `other`, which may be this string.
+    /// Appends `other`, which may be this string.
     const qelString& operator+=(const qelString& other);
 
-    /// Drops the first `count` units; less than 1 drops nothing, as many as there are or more leaves the empty text.
+    /// Removes the first `count` units: none when `count` is below 1, all when it is length() or more.
     qelString& operator>>=(int count);
 
-    /// A text without the first `count` units, likewise.
+    /// A copy without the first `count` units, likewise.
     qelString operator>>(int count) const;
     /// @}
 
@@ -298,17 +298,17 @@ public:
 
     /**
      * Position of the last byte `c` among the first length() bytes of the narrow form, or -1. It is a position in this
-     * text only where the ANSI code page has one byte a character.
+     * string only where the ANSI code page has one byte per character.
      */
     int find_last_of(char c) const;
 
-    /// True when every unit is a letter or digit (`iswalnum`); true for the empty text.
+    /// True when every unit is a letter or digit (`iswalnum`); true for an empty string.
     bool IsAlphaNumeric() const;
 
-    /// True when every unit is a letter (`iswalpha`); true for the empty text.
+    /// True when every unit is a letter (`iswalpha`); true for an empty string.
     bool IsAlphabetic() const;
 
-    /// True when every unit is a digit (`iswdigit`); false for the empty text.
+    /// True when every unit is a digit (`iswdigit`); false for an empty string.
     bool IsNumeric() const;
     /// @}
 
@@ -316,9 +316,9 @@ public:
     /// @{
 
     /**
-     * Replaces every `from` by `to` and returns how many there were. The text is rebuilt even when there were none. A
-     * `to` of 0 cuts the text at the first place; the count still covers them all. The `char` form converts both from
-     * the ANSI code page.
+     * Replaces every `from` with `to` and returns the count. The buffer is rebuilt even when nothing matches. A `to` of
+     * 0 truncates the string at the first match; the count still covers all. The `char` form converts both from the
+     * ANSI code page.
      */
     int replace(wchar_t from, wchar_t to);
 
@@ -329,12 +329,12 @@ public:
     int replace(char from, char to);
 
     /**
-     * Replaces every `what`, from left to right and without looking into inserted text, and returns how many there
-     * were. An empty `what` gives 0 and changes nothing.
+     * Replaces every `what` from left to right, without searching inserted text, and returns the count. An empty `what`
+     * gives 0 and changes nothing.
      */
     int replace(const qelString& what, const qelString& with);
 
-    /// Replaces `count` units from `start`; a range past the end drops the tail, a count below 1 changes nothing.
+    /// Replaces `count` units from `start`, a range that is clamped to the string; a count below 1 changes nothing.
     qelString& replace(int start, int count, const qelString& with);
 
     /// Removes every `c`; the `char` form converts it from the ANSI code page first.
@@ -347,94 +347,94 @@ public:
     void removeAll(const char& c);
     /// @}
 
-    /// @name Cutting
+    /// @name Substrings and trimming
     /// @{
 
-    /// The first `n` units; empty for a negative `n`, the whole text (shared) for `n` at or above length(). O(n).
+    /// The first `n` units: none for a negative `n`, the whole string (shared) for length() or more. O(n).
     qelString left(int n) const;
 
-    /// The last `n` units; empty for a negative `n`, the whole text (shared) for `n` at or above length().
+    /// The last `n` units, likewise.
     qelString right(int n) const;
 
-    /// Up to `count` units from `start`, all that are left for a negative count; a start outside the text gives the
-    /// empty text.
+    /// Up to `count` units from `start`, the rest for a negative count; empty for a start outside the string.
     qelString mid(int start, int count) const;
 
-    /// The text from `start` on; a start outside the text gives the empty text.
+    /// The rest from `start` on; empty for a start outside the string.
     qelString mid(int start) const;
 
     /**
-     * Sets this string to up to `count` units of `source` from `start`, or to the empty text when `start` is negative
-     * or not below the source's length or `count` is below 1. Returns a copy of this string.
+     * Sets this string to up to `count` units of `source` from `start`; empty when `start` is outside `source` or
+     * `count` is below 1. Returns a copy of this string.
      */
     qelString copy(const qelString& source, int start, int count);
 
-    /// Sets this string to the text of `source` from `start` on, likewise.
+    /// Sets this string to the rest of `source` from `start` on, likewise.
     qelString copy(const qelString& source, int start);
 
-    /// Removes tabs, line feeds and spaces, but deliberately no carriage return, from the beginning.
+    /// Removes leading tabs, line feeds and spaces; deliberately not carriage returns.
     void TrimLeft();
 
-    /// The same from the end.
+    /// The same at the end.
     void TrimRight();
 
-    /// Removes the units that occur in `set` from the beginning; an empty set removes nothing. The text is rebuilt even
-    /// when nothing is removed, and its limit is that of a formatted one.
+    /// Removes leading units that occur in `set`; an empty set removes nothing. The buffer is rebuilt even when nothing
+    /// is removed, with the length limit of formatting.
     void TrimLeft(const qelString& set);
 
-    /// The same from the end.
+    /// The same at the end.
     void TrimRight(const qelString& set);
     /// @}
 
     /// @name Letter case and order
     /// @{
 
-    /// To upper case by the C runtime's current locale.
+    /// Converts to upper case by the C runtime's current locale.
     qelString& toUpper();
 
-    /// To lower case, likewise.
+    /// Converts to lower case, likewise.
     qelString& toLower();
 
     /**
-     * Reverses the text in place and returns a new string of it. Deliberately without detaching: every string that
-     * shares the text is reversed with this one, and this string's narrow form is not renewed.
+     * Reverses this string in place and returns a new string with the result. Deliberately does not detach: every
+     * string that shares the buffer is reversed as well, and the narrow form is not updated.
      */
     qelString strRev();
     /// @}
 
     /// @name Numbers
-    /// Parsing skips leading white space, stops at the first character that does not fit, and gives 0 for no number.
+    /// Parsing skips leading white space, stops at the first character that does not fit, and returns 0 when there is
+    /// no number.
     /// @{
 
-    /// A whole number, base 10. What one past 32 bits gives is the C runtime's choice.
+    /// A decimal integer; beyond 32 bits the result is the C runtime's.
     int toInteger() const;
 
-    /// As toInteger().
+    /// Same as toInteger().
     long toLong() const;
 
-    /// Deliberately parses the 32-bit range only, then widens.
+    /// Deliberately parses 32 bits only, then widens.
     long long toIntPtr() const;
 
-    /// A number with point and exponent, as the C runtime reads it in its current locale.
+    /// A floating-point number, in the C runtime's current locale.
     double toDouble() const;
 
-    /// The value in base `radix` (2 to 36; another one gives the empty text). Only base 10 knows a sign.
+    /// The value in base `radix` (2 to 36; empty for any other). Negative values have a sign in base 10 only.
     static qelString integerToString(int value, int radix = 10);
 
-    /// As integerToString(): both types have 32 bits.
+    /// Same as integerToString(): both types have 32 bits.
     static qelString longToString(long value, int radix = 10);
 
-    /// The value with `digits` significant digits (0 to 1,023; another number gives the empty text), in the form that
-    /// the C runtime's `_gcvt_s` gives it.
+    /// The value with `digits` significant digits (0 to 1,023; empty for any other), as the C runtime's `_gcvt_s`
+    /// writes it.
     static qelString doubleToString(double value, int digits);
     /// @}
 
     /// @name Formatting
-    /// The platform's format language: "%s" takes wide text in wide formats and narrow text in narrow ones, "%S" the
-    /// other way round. Narrow results are converted from the ANSI code page. A null format gives the empty text. An
-    /// argument may be this string's own text.
+    /// As `printf` on Windows: "%s" takes wide text in wide formats and narrow text in narrow ones, "%S" the other way
+    /// round. Narrow results are converted from the ANSI code page. A null format gives an empty string. Arguments may
+    /// point into this string.
     ///
-    /// A qelString is no argument for "%s", and does not compile as one: pass getStringW() or getStringA().
+    /// A qelString is not a value for "%s" and does not compile as one: pass getStringW() or getStringA().
     /// @code
     /// const qelString profile = L"HEA 200";
     /// qelString label;
@@ -443,7 +443,7 @@ public:
     /// @endcode
     /// @{
 
-    /// Sets this string to the formatted text and returns it.
+    /// Sets this string to the result and returns it.
     qelString& format(const char* fmt, ...);
 
     /// @overload
@@ -456,7 +456,7 @@ public:
     template <class Unit, class... Values, typename qelEnableIf<(... || !__is_trivially_copyable(Values))>::Type = 0>
     qelString& format(const Unit* fmt, const Values&... values) = delete;
 
-    /// As format(), with the arguments in a list, which is used up.
+    /// format() with a `va_list`, which is used up.
     qelString& vformat(const char* fmt, va_list args);
 
     /// @overload
@@ -466,8 +466,8 @@ public:
     qelString& vformat(const unsigned short* fmt, va_list args);
 
     /**
-     * Formats a time with `strftime`. `maxSize` is the greatest size of the result in bytes, terminator included; a
-     * result that does not fit, a `maxSize` of 0 and null arguments give the empty text.
+     * Formats a time with `strftime`. `maxSize` is the capacity for the result in bytes, terminator included; a result
+     * that does not fit, a `maxSize` of 0 and null arguments give an empty string.
      */
     qelString& formatTime(size_t maxSize, const char* fmt, const tm* when);
 
@@ -479,16 +479,16 @@ public:
     /// @}
 
     /// @name Tokens
-    /// Both replace the contents of `tokens` and leave `text` as it is. Every unit of `separators` separates; runs of
-    /// separators count as one and no token is empty.
+    /// Both tokenize `text`, leave it as it is, and replace the contents of `tokens`. Every unit of `separators`
+    /// separates; runs of separators count as one, so no token is empty.
     /// @{
 
-    /// What stands between the separators.
+    /// The tokens between separators.
     static void getTokens(qelString& text, qelArray<qelString>& tokens, const qelString& separators);
 
     /**
-     * The same, but between a unit of `quotes` and its next occurrence separators are ordinary text. Quotes stay in the
-     * tokens; a doubled quote inside stays doubled; a quote that is not closed runs to the end of the text.
+     * The same, but separators between a unit of `quotes` and its next occurrence do not separate. Quotes stay in the
+     * tokens; a doubled quote stays doubled; an unclosed quote runs to the end.
      */
     static void getTokens(qelString& text, qelArray<qelString>& tokens, const qelString& separators, qelString quotes);
     /// @}
@@ -497,30 +497,29 @@ public:
     /// @{
 
     /**
-     * Splits the text into drive ("c:"), folder (with its last separator), file name and extension (with its dot). A
-     * part of 260 units or more is an invalid-parameter failure of the C runtime; all four are then empty.
+     * Splits a path into drive ("c:"), folder (with its last separator), file name and extension (with its dot). A part
+     * of 260 units or more is an invalid-parameter failure of the C runtime; all four are then empty.
      */
     void SplitPath(qelString& drive, qelString& dir, qelString& fname, qelString& ext) const;
 
-    /// Sets this string to the path made of the parts; one of 260 units or more fails likewise and leaves it empty.
+    /// Joins the parts into this string; a path of 260 units or more fails likewise and leaves it empty.
     void MakePath(const qelString& drive, const qelString& dir, const qelString& fname, const qelString& ext);
     /// @}
 
 private:
     friend struct qelStringAccess;
 
-    /// The text of `chars[first..last]`; empty when the range is none. An empty array leaves m_rep null. The library
-    /// does not call it: it is kept as an exported name.
+    /// The string `chars[first..last]`; empty for an empty range. An empty array leaves m_rep null. Unused: kept
+    /// because it is exported.
     qelString(const qelArray<wchar_t>& chars, int first, int last);
 
-    /// Appends every unit of the text to `chars`, which is not cleared first. The library does not call it: it is kept
-    /// as an exported name.
+    /// Appends every unit to `chars`, which is not cleared first. Unused: kept because it is exported.
     void StringToArr(qelArray<wchar_t>& chars) const;
 
     void ReleaseRep();
     void ReleaseCharCache();
 
-    qelStringRepr* m_rep;      ///< the text; m_repEmpty when empty, never null for callers
+    qelStringRepr* m_rep;      ///< the buffer; m_repEmpty when empty, never null for callers
     mutable char* m_charCache; ///< narrow form, or null until it is asked for
 };
 

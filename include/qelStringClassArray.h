@@ -1,6 +1,6 @@
 /**
  * @file
- * @brief List of texts that crosses module borders.
+ * @brief List of strings with searching and sorting.
  */
 #ifndef QEL_STRING_CLASS_ARRAY_H
 #define QEL_STRING_CLASS_ARRAY_H
@@ -10,11 +10,11 @@
 #include "qelString.h"
 
 /**
- * @brief List of texts that crosses module borders.
+ * @brief List of strings with searching and sorting.
  * @ingroup text
  *
- * Keeps a `qelArray<qelString>` behind one pointer, so its layout never changes for callers, and adds searching and
- * sorting. Lengths, growth and storage follow the rules of qelArray.
+ * A `qelArray<qelString>` behind one pointer, so that its layout is fixed and it can be passed between modules.
+ * Lengths, growth and storage follow the rules of qelArray.
  *
  * @par Example
  * @code
@@ -30,116 +30,115 @@
  * @endcode
  *
  * @par Ownership
- * The list owns its texts and shares none of its storage with another list. References and pointers to elements, begin()
- * and end() among them, end with the next call that changes the physical length, and with assignment.
+ * References and pointers to elements, begin() and end() included, are invalidated by the next call that changes the
+ * physical length, and by assignment.
  *
  * @par Cost
- * Adding at the end O(1) while slots are spare; inserting, removing and linear searches O(n); sorting O(n log n)
- * comparisons on average, bsearch() O(log n). With the comparators of qelString, sort() takes memory for as many texts
- * again while it lasts, where that is to be had.
+ * Appending is O(1) while slots are spare; inserting, removing and linear searches are O(n); sorting takes O(n log n)
+ * comparisons on average, bsearch() O(log n). With the comparators of qelString, sort() temporarily uses memory for as
+ * many strings again, where available.
  *
  * @par Failure
- * Nothing reports an error; searches return 0 for "not found". Positions count from 0 and are not checked where a
- * reference is returned.
+ * Positions count from 0 and are not checked where a reference is returned. Searches return 0 for "not found".
  */
 class QEL_API qelStringClassArray
 {
 public:
-    /// Order of two elements, given as pointers to `qelString`: a negative, zero or positive number, as from
+    /// `qsort` comparator: gets two pointers to `qelString` and returns a negative, zero or positive number, like
     /// qelString::strCompare() and qelString::strCompareNoCase().
     using Comparator = int (*)(const void*, const void*);
 
-    /// @name Life
+    /// @name Construction and assignment
     /// @{
 
-    /// An empty list with `physical` slots made at once and the given step of growth; a step of 0 is replaced by 8.
+    /// An empty list with `physical` slots and the given grow length; 0 is replaced by 8.
     explicit qelStringClassArray(long physical = 0, long grow = 8);
 
-    /// A list of its own with the texts, the length and the step of growth of `other`.
+    /// A separate list with the strings, length and grow length of `other`.
     qelStringClassArray(const qelStringClassArray& other);
 
-    /// Releases every text.
+    /// Destroys every string.
     ~qelStringClassArray();
 
-    /// Takes over the texts, the length and the step of growth of `other`.
+    /// Copies the strings, length and grow length of `other`.
     qelStringClassArray& operator=(const qelStringClassArray& other);
     /// @}
 
     /// @name Access
     /// @{
 
-    /// The text at `i`; not checked.
+    /// The string at `i`; not checked.
     qelString& operator[](long i);
 
     /// @overload
     const qelString& operator[](long i) const;
 
-    /// A copy of the text at `i`; the empty text where no slot exists.
+    /// A copy of the string at `i`; empty where no slot exists.
     qelString at(long i) const;
 
-    /// The first text; the list must not be empty.
+    /// The first string; the list must not be empty.
     qelString& first();
 
     /// @overload
     const qelString& first() const;
 
-    /// The last text; the list must not be empty.
+    /// The last string; the list must not be empty.
     qelString& last();
 
     /// @overload
     const qelString& last() const;
 
-    /// From here to end() stand the texts in use, for range-based `for` and the algorithms of the C++ library.
+    /// Iterates over the strings in use, for range-based `for` and standard algorithms.
     qelString* begin() { return m_array->begin(); }
 
     /// @overload
     const qelString* begin() const { return m_array->begin(); }
 
-    /// Behind the last text in use; the same as begin() for a length below 1.
+    /// One past the last string in use; same as begin() for a length below 1.
     qelString* end() { return m_array->end(); }
 
     /// @overload
     const qelString* end() const { return m_array->end(); }
 
-    /// Assigns the text at `i`; a position at or beyond the length makes the length `i + 1`.
+    /// Assigns the string at `i`; a position at or past the end makes the length `i + 1`.
     qelStringClassArray& setAt(long i, const qelString& s);
 
-    /// Assigns `s` to every text in use.
+    /// Assigns `s` to every string in use.
     qelStringClassArray& setAll(const qelString& s);
     /// @}
 
     /// @name Adding and removing
     /// @{
 
-    /// Adds a text at the end and returns its position.
+    /// Adds a string at the end and returns its position.
     long append(const qelString& s);
 
-    /// Adds all texts of `other`, which may be this list, in order.
+    /// Adds all strings of `other`, which may be this list, in order.
     qelStringClassArray& append(const qelStringClassArray& other);
 
-    /// Inserts before position `i`; later texts move up.
+    /// Inserts before position `i`; later strings move up.
     qelStringClassArray& insertAt(long i, const qelString& s);
 
-    /// Removes the text at `i`; later texts move down.
+    /// Removes the string at `i`; later strings move down.
     qelStringClassArray& removeAt(long i);
 
-    /// Removes the first text equal to `s` at or after `start`. 1 when there was one, else 0.
+    /// Removes the first string equal to `s` at or after `start`. 1 when there was one, else 0.
     int remove(const qelString& s, long start = 0);
 
-    /// As removeAt() with position 0.
+    /// removeAt() with position 0.
     qelStringClassArray& removeFirst();
 
-    /// Shortens the list by one. Not guarded: an empty list then has the length -1 and does not count as empty.
+    /// Shortens the list by one. Not checked: an empty list gets the length -1 and no longer counts as empty.
     qelStringClassArray& removeLast();
     /// @}
 
     /// @name Searching
     /// @{
 
-    /// 1 when a text at or after `start` equals `s`, else 0.
+    /// 1 when a string at or after `start` equals `s`, else 0.
     int contains(const qelString& s, long start = 0) const;
 
-    /// As contains(); also stores the position of the first one. `index` is left alone when there is none.
+    /// Like contains(); also stores the position of the first one. `index` is left alone when there is none.
     int find(const qelString& s, long& index, long start = 0) const;
 
     /// Binary search in a list sorted with the same comparator. 1 and the position, or 0 and -1.
@@ -152,48 +151,48 @@ public:
     /// @name Order
     /// @{
 
-    /// Sorts all texts in use; equal ones may change places.
+    /// Sorts all strings in use; not stable.
     void sort(Comparator compare);
 
     /**
-     * Sorts the texts from `from` to `to`, both included. The range is not held against the length, so that it may
-     * reach into spare slots; where it leaves the slots, it is cut to them.
+     * Sorts the strings from `from` to `to`, both included. The range may reach past the length into spare slots, and
+     * is clamped to the slots that exist.
      */
     void sort(long from, long to, Comparator compare);
 
-    /// Puts the texts into the opposite order.
+    /// Reverses the order of the strings.
     qelStringClassArray& reverse();
 
-    /// Exchanges two texts; nothing happens where one of the slots does not exist.
+    /// Swaps two strings; does nothing when either slot does not exist.
     qelStringClassArray& swap(long i, long j);
     /// @}
 
     /// @name Lengths
-    /// As those of qelArray.
+    /// As in qelArray.
     /// @{
 
-    /// Number of texts in use.
+    /// Number of strings in use.
     long length() const;
 
-    /// The same as length().
+    /// Same as length().
     long logicalLength() const;
 
-    /// 1 when no text is in use, else 0.
+    /// 1 when no string is in use, else 0.
     int isEmpty() const;
 
-    /// Sets the number of texts in use; slots beyond it keep their texts.
+    /// Sets the number of strings in use; slots beyond it keep their strings.
     void setLogicalLength(long n);
 
     /// Number of slots that exist.
     long physicalLength() const;
 
-    /// Sets the number of slots, and with it how many texts can stay. O(n).
+    /// Sets the number of slots, by the rules of qelArray. O(n).
     void setPhysicalLength(long n);
 
-    /// Step in which slots are added.
+    /// Number of slots added at a time.
     long growLength() const;
 
-    /// Takes any value; growing with a step of 0 is a fatal division fault.
+    /// Not checked; growing by 0 ends in a division by zero, which is fatal.
     void setGrowLength(long n);
     /// @}
 

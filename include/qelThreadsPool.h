@@ -13,11 +13,11 @@ struct TaskNode;
 }
 
 /**
- * @brief Runs queued tasks on worker threads and waits for all of them: a small, one-shot thread pool.
+ * @brief Thread pool that runs queued tasks once and waits for all of them.
  * @ingroup workers
  *
- * A pool starts its worker threads when it is made. A task is a plain function with one pointer. After the wait a pool
- * runs nothing more; there is no way to start its workers again.
+ * The constructor starts the worker threads. A task is a plain function with one pointer. One-shot: after the wait the
+ * pool runs nothing more, and its workers cannot be restarted.
  *
  * @par Example
  * @code
@@ -45,27 +45,25 @@ struct TaskNode;
  * @endcode
  *
  * @par Ownership
- * The pool never owns what a task's argument points to. Code and data of a task must stay until it has run. While any
- * worker runs, the library stays loaded, whoever frees it.
+ * Code and data of a task must stay until it has run. While a worker runs, the library stays loaded, even after
+ * FreeLibrary.
  *
  * @par Threads
- * Any thread may queue tasks, tasks on their own pool included. Only one thread at a time may assign to a pool or
- * destroy it, and none may use it then. What tasks share with each other is the caller's to protect; they must not
- * touch one qelString on two threads at once.
+ * QueueTask() is thread-safe, also from tasks of the same pool. While a pool is assigned to or destroyed, no other
+ * thread may use it. The caller protects what tasks share; they must not use qelString on two threads at once.
  *
  * @par Cost
- * One thread a worker, at most 64 workers; a task is queued in O(1). Made for a handful of coarse tasks a worker, with
- * fewer than 65,536 tasks pending at any time. The length of the queue is a 16-bit count: a queue of exactly 65,536
- * tasks, or a multiple, counts as empty, so workers leave it alone until its length changes and, once waited for, end
- * without running the rest. A task takes 24 bytes. That memory serves later tasks of the pool and its copies, and is
- * freed when pool, copies and workers are all gone.
+ * Queueing is O(1). Made for a handful of coarse tasks per worker, at most 64 workers, and fewer than 65,536 pending
+ * tasks. The length of the queue is a 16-bit count: a queue of exactly 65,536 tasks, or a multiple, counts as empty, so
+ * workers leave it alone until its length changes and, once waited for, end without running the rest. A task takes 24
+ * bytes, which are reused for later tasks and freed when pool, copies and workers are all gone.
  *
  * @par Failure
- * Nothing reports an error. A worker that the system refuses is left out; a pool that gets no event starts no worker.
- * Memory that cannot be had surfaces from the allocation and leaves the pool as it was.
+ * Throws `std::bad_alloc` when out of memory and leaves the pool as it was. A thread that the system refuses to create
+ * is silently missing; a pool without an event has no workers.
  *
  * @par Order
- * None is promised. Pending tasks are taken last in, first out.
+ * Not guaranteed. Pending tasks are taken last in, first out.
  */
 class QEL_API qelThreadsPool
 {
@@ -74,51 +72,48 @@ public:
     qelThreadsPool(int threadCount = 4);
 
     /**
-     * A pool without workers of its own. It shares the handles of `other`, whose workers go on serving the pool that
-     * they were started with, and gets a list of its own that nobody ever runs: for n tasks pending in `other`, the
-     * first n, n - 1, ..., 1 of them, n * (n + 1) / 2 nodes of 24 bytes. n is the 16-bit count. Nobody can queue or
-     * take tasks meanwhile.
+     * A pool without workers. It shares the handles of `other`, whose workers keep serving `other`, and gets a task
+     * list of its own that never runs: for n tasks pending in `other`, the first n, n - 1, ..., 1 of them, `n*(n+1)/2`
+     * nodes of 24 bytes, n being the 16-bit count. Nobody can queue or take tasks meanwhile.
      *
-     * A copy may outlive the pool that it was made from, but does not keep its workers or its tasks.
+     * A copy may outlive `other`, but keeps neither its workers nor its tasks.
      */
     qelThreadsPool(const qelThreadsPool& other);
 
     /**
-     * Gives up the workers and the list as the destructor does and becomes a copy of `other`. Assigning a pool to
-     * itself changes nothing. A pool that gets one of its own copies back keeps its workers, which then serve the list
-     * built from that copy.
+     * Releases workers and tasks as the destructor does and becomes a copy of `other`. Self-assignment changes nothing.
+     * A pool assigned one of its own copies keeps its workers, which then serve the list built from that copy.
      */
     qelThreadsPool& operator=(const qelThreadsPool& other);
 
     /**
-     * Never waits for a task: where WaitForThreadsToFinishWork() was not called before, each worker ends with the task
-     * that it is running, and pending tasks are dropped. A copy leaves the workers alone. The last of pool, copies and
-     * workers closes the handles. Safe while the process ends.
+     * Does not wait: without WaitForThreadsToFinishWork() before, each worker ends after its current task, and pending
+     * tasks are dropped. A copy leaves the workers alone. The last of pool, copies and workers closes the handles. Safe
+     * while the process ends.
      */
     ~qelThreadsPool();
 
     /**
-     * Queues one task for the next free worker; `task` must not be null. Never runs the task itself, and waits for
-     * nothing but the short lock of the queue. O(1). A task queued after the wait began runs only if a worker is still
-     * busy then, which is certain for tasks queued by a task. On a copy, a task is only stored.
+     * Queues a task for the next free worker; `task` must not be null. Blocks only for the short lock of the queue.
+     * O(1). A task queued after the wait began runs only if a worker is still busy then, which is certain for tasks
+     * queued by a task. On a copy, a task is only stored.
      */
     void QueueTask(void (*task)(void*), void* argument);
 
     /**
-     * Lets the workers run what is queued, then end, and returns when all have ended. With more than 64 workers it
-     * returns at once and the workers end on their own. On a copy it only waits: the workers end when somebody waits
-     * for the pool that they serve, or destroys it.
+     * Waits until the workers have run all queued tasks and ended. With more than 64 workers it returns at once and the
+     * workers end on their own. A copy only waits: the workers end when the pool that they serve is waited for or
+     * destroyed.
      *
-     * A task that waits for its own pool waits for ever; so does a caller inside DllMain, because a thread cannot end
-     * before that returns.
+     * Deadlocks in a task of the same pool, and in DllMain, because no thread can end before that returns.
      */
     void WaitForThreadsToFinishWork();
 
 private:
-    int m_threadCount;              ///< number of workers, as given
-    void** m_threadHandles;         ///< the workers in the order of their creation; shared with copies
+    int m_threadCount;              ///< number of workers requested
+    void** m_threadHandles;         ///< the workers in order of creation; shared with copies
     qelTasks::TaskNode* m_taskList; ///< pending tasks, last one first; null when there are none
-    void* m_queueMutex;             ///< the critical section that guards the list and the flag; shared with copies
+    void* m_queueMutex;             ///< critical section that guards the list and the flag; shared with copies
     void* m_workEvent;              ///< manual reset; signalled while there is work or the pool is stopping; shared
     bool m_stopRequested;           ///< set when this pool is waited for
 };

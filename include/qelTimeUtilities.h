@@ -1,6 +1,6 @@
 /**
  * @file
- * @brief Distances between calendar times, and times shifted by whole hours.
+ * @brief Differences between calendar times; adding hours.
  */
 #ifndef QEL_TIME_UTILITIES_H
 #define QEL_TIME_UTILITIES_H
@@ -10,12 +10,12 @@
 struct _SYSTEMTIME;
 
 /**
- * @brief Distances between calendar times, and times shifted by whole hours; all members are static.
+ * @brief Differences between calendar times, and adding hours to them; all members are static.
  * @ingroup numerics
  *
- * Every difference operation returns the comparison of its two times: -1 when the first is earlier, 0 when they are
- * equal, 1 when it is later. The difference is first time minus second time, truncated towards zero to the unit (59.9
- * seconds are 0 minutes, -1.5 hours are -1). Times are Windows `SYSTEMTIME` records; include windows.h to fill one.
+ * Every difference function compares its two times and returns -1 when the first is earlier, 0 when they are equal, 1
+ * when it is later. The difference is first minus second, truncated towards zero to the unit (59.9 seconds are 0
+ * minutes, -1.5 hours are -1). Times are Windows `SYSTEMTIME` records, declared in windows.h.
  *
  * @par Example
  * @code
@@ -34,9 +34,8 @@ struct _SYSTEMTIME;
  * @endcode
  *
  * @par Failure
- * A record that is no valid time counts as the beginning of the year 1601 in differences; nothing reports it. Its day
- * of the week is not looked at. A difference that does not fit 32 bits is -2,147,483,648 whatever its sign, which
- * happens to seconds beyond about 68 years.
+ * In differences, an invalid time silently counts as the beginning of the year 1601. The day of the week is ignored. A
+ * difference that does not fit 32 bits is -2,147,483,648 whatever its sign: for seconds, beyond about 68 years.
  */
 class QEL_API qelTimeUtilities
 {
@@ -90,14 +89,13 @@ public:
     /// @}
 
     /**
-     * Adds whole hours, whatever the name suggests; a negative amount goes back. `result` may be the same record and
-     * gets its day of the week as well. Returns non-zero on success; 0, with `result` unchanged, when `time` or the sum
-     * is no valid time (the years 1601 to 30827 are). An amount beyond 256,204,778 hours is not refused: it wraps
-     * around 64 bits of ticks.
+     * Adds hours, which may be negative. `result` may be `time` itself and gets its day of the week too. Returns
+     * non-zero on success; 0, leaving `result` alone, when `time` or the sum is invalid (years 1601 to 30827 are
+     * valid). More than 256,204,778 hours are not refused: they wrap around 64 bits of ticks.
      */
     static int addTime(const _SYSTEMTIME& time, int hours, _SYSTEMTIME& result);
 
-    /// addTime() on the current local time.
+    /// addTime() to the current local time.
     static int addTimeToLocalTime(int hours, _SYSTEMTIME& result);
 
 private:

@@ -10,24 +10,24 @@
  * @endcode
  *
  * The version is stated here and nowhere else: the DLL's version resource, the CMake package and the names of the
- * packages take it from the three numbers. The DLL in the process may be a newer one than this; its version resource
- * tells which.
+ * packages take it from the three numbers. The loaded DLL may be newer: see its version resource.
  */
 #ifndef QEL_VERSION_H
 #define QEL_VERSION_H
 
 // NOLINTBEGIN(cppcoreguidelines-macro-usage,modernize-macro-to-enum): the preprocessor asks for them and joins them
 
-/// Grows with a change that hosts must be adapted to or compiled anew for.
+/// Incremented by changes that hosts must be adapted to or recompiled for.
 #define QEL_VERSION_MAJOR 1
 
-/// Grows with additions; hosts that were compiled before them go on as they are.
+/// Incremented by additions; existing hosts keep working.
 #define QEL_VERSION_MINOR 0
 
-/// Grows with corrections that leave every declaration as it was.
+/// Incremented by fixes that change no declaration.
 #define QEL_VERSION_PATCH 0
 
-/// The version as text, "major.minor.patch". It joins with literals of either kind: `L"version " QEL_VERSION_TEXT`.
+/// The version as a literal, "major.minor.patch". Concatenates with both kinds of literals: `L"version "
+/// QEL_VERSION_TEXT`.
 #define QEL_VERSION_TEXT                                                                                               \
     QEL_VERSION_AS_TEXT(QEL_VERSION_MAJOR)                                                                             \
     "." QEL_VERSION_AS_TEXT(QEL_VERSION_MINOR) "." QEL_VERSION_AS_TEXT(QEL_VERSION_PATCH)

@@ -11,7 +11,7 @@
  * @brief Clipping modes.
  * @ingroup numerics
  *
- * All but the default one are defined by the modules that use the type.
+ * Values other than the default are defined by the modules that use them.
  */
 enum eZClip : int
 {
@@ -22,7 +22,7 @@ enum eZClip : int
  * @brief A clipping mode with two limits along the Z axis.
  * @ingroup numerics
  *
- * A plain value in the model's units that modules hand on and compare.
+ * A plain value, in the model's units.
  *
  * @par Example
  * @code
@@ -34,7 +34,7 @@ enum eZClip : int
  * @endcode
  *
  * @par Threads
- * Any for values of their own. The two defaults belong to the process and have no lock.
+ * The two defaults are process-wide and have no lock.
  */
 class QEL_API qelZClipping
 {
@@ -42,13 +42,13 @@ public:
     static double kClipLowerDefault; ///< second limit of objects made by default; -20 at load
     static double kClipUpperDefault; ///< first limit of objects made by default; 20 at load
 
-    /// Mode 0 and the limits that are the defaults now: the upper one first.
+    /// Mode 0 and the current default limits, the upper one first.
     qelZClipping();
 
-    /// The values as they are given.
+    /// The given values, unchecked.
     qelZClipping(eZClip mode, double first, double second);
 
-    /// 1 when mode and both limits are equal, else 0. A limit that is not a number equals nothing.
+    /// 1 when mode and both limits are equal, else 0. NaN equals nothing.
     int operator==(const qelZClipping& other) const;
 
     /// 1 when mode or a limit differs, else 0.

@@ -2,8 +2,8 @@
 
 namespace
 {
-/// The same for any two units that are equal without regard to case in some locale. Few languages know other forms of
-/// the letters from A to Z, all of them of I and K; what lies outside ASCII is not told apart.
+/// The same for any two units that are equal ignoring case in some locale. I, K and all units outside ASCII count as
+/// the same; no other letter from A to Z has case variants outside that range.
 unsigned folded(wchar_t unit)
 {
     const unsigned lower = unit >= L'A' && unit <= L'Z' ? unit + (L'a' - L'A') : unit;
@@ -37,7 +37,7 @@ long DataSourceIndex::find(const qelArray<qelDataSource>& sources, const qelData
     const unsigned mask = static_cast<unsigned>(m_slots.length()) - 1;
     for (unsigned at = hash & mask;; at = (at + 1) & mask)
     {
-        // Equal entries lie in the order of their positions, so the first one is met first.
+        // Equal entries are probed in the order of their positions, so the first one is found first.
         const Slot& slot = m_slots[static_cast<long>(at)];
         if (slot.position < 0 || (slot.hash == hash && sources[slot.position] == wanted))
         {

@@ -11,32 +11,32 @@ const wchar_t kElement[] = L"<DataSource";
 const wchar_t kElementEnd[] = L"/>";
 const size_t kElementEndLength = 2;
 
-/// Behind the first `literal` from `text` on, or null; also null when `text` is.
+/// The end of the first `literal` from `text` on, or null; also null when `text` is.
 template <size_t Size> const wchar_t* behind(const wchar_t* text, const wchar_t* end, const wchar_t (&literal)[Size])
 {
     const wchar_t* found = text == nullptr ? nullptr : qelLiterals::find(text, end, literal);
     return found == nullptr ? nullptr : found + Size - 1;
 }
 
-/// As the default set of qelString::TrimLeft(): no carriage return.
+/// Same as qelString::TrimLeft(): no carriage return.
 bool isBlank(wchar_t c)
 {
     return c == L' ' || c == L'\t' || c == L'\n';
 }
 
-/// Makes `text` the part from `begin` to `end`.
+/// Sets `text` to the part from `begin` to `end`.
 void set(qelString& text, const wchar_t* begin, const wchar_t* end)
 {
     const auto length = static_cast<size_t>(end - begin);
-    // Platforms are nearly always those of the entry before, whose text will do.
+    // The platform is nearly always that of the previous entry: keep its string.
     if (static_cast<size_t>(text.length()) != length || memcmp(text.getStringW(), begin, length * sizeof(wchar_t)) != 0)
     {
         qelStringAccess::assign(text, begin, length);
     }
 }
 
-/// Sets `value` to what stands between the first two double quotes behind the first `name` in the element, trimmed;
-/// false when there is no such thing.
+/// Sets `value` to the trimmed text between the first two double quotes after the first `name` in the element; false
+/// when there is none.
 template <size_t Size>
 bool readAttribute(const wchar_t* element, const wchar_t* end, const wchar_t (&name)[Size], qelString& value)
 {
@@ -64,7 +64,7 @@ DatabaseConfiguration::DatabaseConfiguration(const qelString& text)
     : m_position(nullptr)
     , m_end(qelLiterals::find(text, L"</Orvalis>"))
 {
-    // The first closing tag counts even where it stands in front of the opening one: the section then holds nothing.
+    // The first closing tag counts even before the opening one: the section is then empty.
     if (m_end != nullptr)
     {
         m_position = behind(text.getStringW(), m_end, L"<Orvalis>");
@@ -87,7 +87,7 @@ bool DatabaseConfiguration::next(qelDataSource& entry)
     while (m_position != nullptr)
     {
         const wchar_t* element = behind(m_position, m_end, kElement);
-        // A "/>" in front of the element belongs to something else and is stepped over with it.
+        // A "/>" before the element belongs to something else: skip both.
         m_position = behind(element, m_end, kElementEnd);
         if (m_position != nullptr)
         {

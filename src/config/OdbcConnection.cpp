@@ -58,7 +58,7 @@ bool OdbcConnection::isReady() const
 
 bool OdbcConnection::open(const qelString& connectionString)
 {
-    // The driver manager does not write to the text that it is given, whatever its declaration says.
+    // The driver manager does not write to its argument, despite the declaration.
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): see above
     auto* text = const_cast<SQLWCHAR*>(connectionString.getStringW());
     SQLWCHAR completed[512] = {};

@@ -1,4 +1,4 @@
-// Owner of an ODBC environment and a connection in it. Not part of the public interface.
+// RAII owner of an ODBC environment and connection. Not part of the public interface.
 #ifndef QEL_ODBC_CONNECTION_H
 #define QEL_ODBC_CONNECTION_H
 
@@ -12,19 +12,19 @@
 class OdbcConnection
 {
 public:
-    /// Makes the environment and, in it, a connection that is not yet open.
+    /// Allocates the environment and a connection, not yet open.
     OdbcConnection();
 
-    /// Disconnects and frees whatever has been made.
+    /// Disconnects and frees both handles.
     ~OdbcConnection();
 
     OdbcConnection(const OdbcConnection&) = delete;
     OdbcConnection& operator=(const OdbcConnection&) = delete;
 
-    /// Whether the construction got as far as a connection that can be opened.
+    /// Whether the constructor succeeded.
     bool isReady() const;
 
-    /// Connects without prompting. The connection must be ready.
+    /// Connects without prompting. Requires isReady().
     bool open(const qelString& connectionString);
 
 private:

@@ -1,17 +1,17 @@
-// The installed drivers, and which of two names to write. Not part of the public interface.
+// The installed ODBC drivers, and which of two names to use. Not part of the public interface.
 #ifndef QEL_ODBC_DRIVERS_H
 #define QEL_ODBC_DRIVERS_H
 
 #include "qelDataSourcesUtilities.h"
 
 /**
- * The driver functions without their promise to throw nothing: where memory is lacking, they throw, and the list stays
- * unread. The catalogue needs to know, since it keeps what it gets.
+ * The driver functions for internal use: unlike the public ones they throw `std::bad_alloc`, leaving the list unread,
+ * so that the catalogue does not keep a wrong answer.
  */
 class qelDataSourcesUtilities::Drivers
 {
 public:
-    /// The list, which is read unless that is done.
+    /// The list; reads it if necessary.
     static const qelArray<qelString>& installed();
 
     /// See qelDataSourcesUtilities::defaultODBCDriverIsInstalled().

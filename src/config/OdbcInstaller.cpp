@@ -28,7 +28,7 @@ void tellUser(const wchar_t* text)
 
 void tellUserThatFunctionIsMissing(HMODULE library)
 {
-    // One more place than is announced: a name that is cut need not come with a terminator.
+    // One more unit than announced: a truncated name need not be null-terminated.
     wchar_t program[kFileNameCapacity + 1] = {};
     wchar_t installer[kFileNameCapacity + 1] = {};
     (void)GetModuleFileNameW(nullptr, program, kFileNameCapacity);

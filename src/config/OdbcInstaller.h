@@ -8,14 +8,14 @@ class OdbcInstaller
 {
 public:
     /**
-     * SQLGetInstalledDriversW: fills `names` with up to `capacity` units, a list of zero-terminated names that an empty
-     * one ends. Returns false when that fails; a library that is missing or lacks the function is also reported to the
-     * user, in a message box and on every call.
+     * SQLGetInstalledDriversW: fills `names` with up to `capacity` units, a list of null-terminated names ended by an
+     * empty one. Returns false on failure; a library that is missing or lacks the function is also reported in a
+     * message box, on every call.
      */
     static bool getInstalledDrivers(wchar_t* names, WORD capacity);
 
 private:
-    /// Loads the library unless that is done; false when it cannot be.
+    /// Loads the library if necessary; false on failure.
     static bool load();
 
     static HMODULE m_library; ///< kept once loaded, never released

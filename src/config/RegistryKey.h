@@ -1,4 +1,4 @@
-// One opened registry key. Not part of the public interface.
+// RAII owner of a registry key. Not part of the public interface.
 #ifndef QEL_REGISTRY_KEY_H
 #define QEL_REGISTRY_KEY_H
 
@@ -7,13 +7,13 @@
 
 #include <windows.h>
 
-/// Owns a key of the registry and closes it. Where the key could not be had, every query fails without a call.
+/// Opens a key and closes it. If it cannot be opened, every query fails.
 class RegistryKey
 {
 public:
     /**
-     * Opens `path` below `hive` for reading; where that fails and `create` is not 0, asks for it with all rights and
-     * creates it if need be. `view` is KEY_WOW64_32KEY for the 32-bit view, or 0.
+     * Opens `path` below `hive` for reading; when that fails and `create` is not 0, with all rights, creating it if
+     * missing. `view` is KEY_WOW64_32KEY for the 32-bit view, or 0.
      */
     RegistryKey(HKEY hive, const wchar_t* path, int create = 0, REGSAM view = 0)
     {
@@ -37,7 +37,7 @@ public:
     RegistryKey(const RegistryKey&) = delete;
     RegistryKey& operator=(const RegistryKey&) = delete;
 
-    /// Reads a value of any type as text; false leaves `value` alone.
+    /// Reads a value of any type as a string; false leaves `value` alone.
     bool query(const wchar_t* name, qelString& value) const
     {
         TextBuffer buffer;
@@ -48,13 +48,13 @@ public:
         {
             return false;
         }
-        // What is stored need not be terminated, and may fill the buffer.
+        // The data need not be null-terminated, and may fill the buffer.
         buffer.text[kTextCapacity - 1] = 0;
         value = buffer.text;
         return true;
     }
 
-    /// Reads a value of up to 4 bytes, with zeros for what a shorter one lacks; false leaves `value` alone.
+    /// Reads a value of up to 4 bytes, padded with zeros; false leaves `value` alone.
     bool query(const wchar_t* name, DWORD& value) const
     {
         DWORD number = 0;
@@ -69,10 +69,10 @@ public:
     }
 
 private:
-    /// Longest readable text in units, terminator included.
+    /// Longest readable string in units, terminator included.
     static const size_t kTextCapacity = 4096;
 
-    /// Wiped when it goes: connection strings hold passwords.
+    /// Wiped on destruction: connection strings hold passwords.
     struct TextBuffer
     {
         ~TextBuffer() { qelText::scrub(text, sizeof(text)); }
@@ -80,7 +80,7 @@ private:
         wchar_t text[kTextCapacity] = {};
     };
 
-    HKEY m_key = nullptr; ///< null when the key could not be had
+    HKEY m_key = nullptr; ///< null when it could not be opened
 };
 
 #endif

@@ -1,4 +1,4 @@
-// The driver half of qelDataSourcesUtilities: what is installed, which name to write, does a connection work.
+// The driver half of qelDataSourcesUtilities: installed drivers, driver names, connection test.
 
 #include "config/Literals.h"
 #include "config/OdbcConnection.h"
@@ -17,7 +17,7 @@ const wchar_t kAlternateDriver[] = L"Varnel ODBC Driver";
 /// Room for the installer's list of names, in units.
 const WORD kDriverListCapacity = 2000;
 
-/// The answer to a question, or `otherwise` where there is no memory for it: hosts see no exception of these functions.
+/// The result of `question`, or `otherwise` when out of memory: these functions throw nothing to hosts.
 template <class Question> int answer(const Question& question, int otherwise)
 {
     try
@@ -33,7 +33,7 @@ template <class Question> int answer(const Question& question, int otherwise)
 template <size_t Size>
 int replace(qelString& connectionString, const wchar_t (&driver)[Size], const wchar_t* replacement)
 {
-    // Most connection strings name the right driver: nothing need be made for them.
+    // Most connection strings name the right driver: avoid allocations for them.
     return qelLiterals::find(connectionString, driver) == nullptr ? 0 : connectionString.replace(driver, replacement);
 }
 } // namespace
@@ -44,11 +44,11 @@ const qelArray<qelString>& qelDataSourcesUtilities::Drivers::installed()
     {
         return m_InstalledOdbcDrivers;
     }
-    // Two zeros more than the installer is told of end a list that fills all the room.
+    // Two more zeros than announced to the installer terminate a list that fills the buffer.
     wchar_t names[kDriverListCapacity + 2] = {};
     if (OdbcInstaller::getInstalledDrivers(names, kDriverListCapacity))
     {
-        // Kept only when it is complete: half a list would be taken for the whole one ever after.
+        // Kept only when complete: later calls would take a partial list for the whole.
         qelArray<qelString> read;
         for (const wchar_t* next = names; *next != 0; next += wcslen(next) + 1)
         {
@@ -82,7 +82,7 @@ const wchar_t* qelDataSourcesUtilities::Drivers::forNewConnections()
 
 int qelDataSourcesUtilities::Drivers::replaceAlternate(qelString& connectionString)
 {
-    // An empty text must not go looking for drivers, which may stop at a message box.
+    // Must not read drivers for an empty string: that may show a message box.
     if (connectionString.isEmpty() != 0)
     {
         return 0;

@@ -1,4 +1,4 @@
-// The catalogue: what the registry and the configuration file say about data sources.
+// The catalogue: data sources from the registry and the configuration file.
 
 #include "qelDataSourcesUtilities.h"
 
@@ -33,7 +33,7 @@ bool namesBuiltIn(const qelString& connectionString)
            qelLiterals::find(connectionString, kCurrentProject) != nullptr;
 }
 
-/// The text of the file; empty when it cannot be read.
+/// The contents of the file; empty when it cannot be read.
 qelString readWhole(const qelString& path)
 {
     qelString text;
@@ -102,7 +102,7 @@ int qelDataSourcesUtilities::readConnectionStrings()
     qelString mapping = qelRegistry::getDatabaseConnectionsString(kMapping);
     (void)Drivers::replaceAlternate(mapping);
 
-    // The current project is opened with the driver and the options of the profile catalogue.
+    // The current project uses the driver and options of the profile catalogue.
     qelString head;
     qelString databaseFile;
     (void)splitConnectionString(profiles, head, databaseFile);
@@ -110,7 +110,7 @@ int qelDataSourcesUtilities::readConnectionStrings()
 
     const qelString text = readWhole(*m_pDatabaseConfigurationFilePath);
     DatabaseConfiguration configuration(text);
-    // Kept only when it is complete: an entry that is missing would be missing ever after.
+    // Kept only when complete: later calls do not read again.
     qelArray<qelDataSource> read(kBuiltInSources + configuration.mostEntries());
     read.append(qelDataSource(kProfiles, profiles, kBuiltInPlatform));
     read.append(qelDataSource(kMapping, mapping, kBuiltInPlatform));
@@ -127,7 +127,7 @@ int qelDataSourcesUtilities::readConnectionStrings()
 int qelDataSourcesUtilities::getConnectionString(qelString name, qelString& connectionString, qelString platform)
 {
     connectionString.empty();
-    // Drivers first: reading the catalogue writes driver names.
+    // Drivers first: the catalogue gets their names.
     (void)Drivers::installed();
     if (m_DataSources.isEmpty() == 1)
     {
@@ -158,8 +158,8 @@ int qelDataSourcesUtilities::getConnectionString(qelString name, qelString& conn
     {
         return 0;
     }
-    // Deliberately without a look at the path: one that is absolute gets the data folder in front all the same, and
-    // the current project's shows it twice.
+    // Deliberately for any path: an absolute one gets the data folder in front too, and the current project's then has
+    // it twice.
     connectionString = head + qelRegistry::getPathData(false) + L"\\" + databaseFile;
     return 1;
 }

@@ -15,7 +15,7 @@ const wchar_t* qelProductDefines::getOVProduct()
 
 void qelProductDefines::setOVProductName(const wchar_t* name)
 {
-    // By way of a copy: the name may be what a getter returned.
+    // A copy, because the name may be what a getter returned.
     wchar_t copied[kCapacity] = {};
     (void)wcscpy_s(copied, kCapacity, name);
     memcpy(ms_szOVProductName, copied, sizeof(copied));

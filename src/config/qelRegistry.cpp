@@ -27,7 +27,7 @@ int qelRegistry::getRegValue(const qelString& key, const qelString& valueName, q
 {
     const RegistryKey opened(HKEY_LOCAL_MACHINE, key.getStringW(), create, viewOf(view32));
     const bool read = opened.query(valueName.getStringW(), value);
-    // Deliberately also after a failure: the caller's own default loses its backslash then.
+    // Deliberately also after a failure: then the caller's default loses its backslash.
     dropTrailingBackslash(value);
     return read ? 1 : 0;
 }
@@ -69,7 +69,7 @@ unsigned long qelRegistry::getCurrentCultureId()
 
 unsigned long qelRegistry::getCurrentLanguage()
 {
-    // Exact identifiers only: other variants of these languages have no translation and come out as English.
+    // Deliberately only these identifiers: other variants of these languages count as English.
     switch (getCurrentCultureId())
     {
     case 0x405: // cs-CZ

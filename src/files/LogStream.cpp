@@ -8,17 +8,17 @@
 
 namespace
 {
-/// What writers lock is one byte far behind all data, so that nobody is kept from reading or writing the data.
+/// Writers lock one byte far past all data, so that the lock blocks no reading or writing.
 const DWORD kTurnOffsetHigh = 0x40000000;
 
-/// A turn takes microseconds. After a longer wait another program has locked the file, and the line must not wait.
+/// A turn takes microseconds. After a longer wait, assume that another program has locked the file.
 const long long kLongestWaitMilliseconds = 20;
 
 void takeTurn(HANDLE file, LogPatience& patience)
 {
     OVERLAPPED place = {};
     place.OffsetHigh = kTurnOffsetHigh;
-    // Not every file can be locked: a device, some network drives.
+    // Not every file can be locked: devices, some network drives.
     while (!LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place) &&
            GetLastError() == ERROR_LOCK_VIOLATION && patience.wait())
     {
@@ -40,7 +40,7 @@ bool LogPatience::wait()
     {
         return false;
     }
-    // A longer sleep would last a tick of the system's clock, which takes nearly all the time there is.
+    // A longer sleep would last a tick of the system timer, nearly all the time allowed.
     Sleep(0);
     return true;
 }
@@ -56,7 +56,7 @@ LogStream::LogStream(const qelString& fileName, LogPatience& patience)
 
 LogStream::~LogStream()
 {
-    // Writes what is left, then ends the turn.
+    // Flushes, then releases the lock.
     qelfclose(m_file);
 }
 

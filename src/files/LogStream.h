@@ -1,4 +1,4 @@
-// A log file while it is being written. Not part of the public interface.
+// Appends to a log file. Not part of the public interface.
 #ifndef QEL_LOG_STREAM_H
 #define QEL_LOG_STREAM_H
 
@@ -6,21 +6,21 @@
 
 #include <stdio.h>
 
-/// The time that one call of a host may spend on waiting for other writers: 20 ms in all, whatever it writes.
+/// Time that one call may wait for other writers: 20 ms in total.
 class LogPatience
 {
 public:
-    /// Lets others run; false when the time, which begins with the first wait, is over.
+    /// Yields; false when the time, which starts with the first wait, is over.
     bool wait();
 
 private:
-    long long m_end = 0; ///< as the performance counter tells time; 0 before the first wait
+    long long m_end = 0; ///< performance counter; 0 before the first wait
 };
 
 /**
- * Opens a log file for appending and has its turn as long as it lives. The runtime seeks to the end and writes in two
- * steps, and long lines in several pieces, so that lines of two writers would overwrite each other. At the end
- * everything is in the file. Where no turn is to be had in time, it writes all the same.
+ * Opens a log file for appending, locked against other writers while it lives: the runtime seeks and writes in two
+ * steps, long lines in several pieces, so lines of two writers would overwrite each other. When the lock is not free in
+ * time, it writes anyway. The destructor flushes.
  */
 class LogStream
 {
@@ -37,7 +37,7 @@ public:
     /// Creates or empties a log file.
     static void reset(const qelString& fileName);
 
-    /// The name, or that of the common log where it is empty.
+    /// The name; if empty, that of the common log.
     static qelString orCommonLog(const qelString& fileName);
 
 private:

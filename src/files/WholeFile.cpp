@@ -1,7 +1,7 @@
-// Reads a file whole.
+// Reads whole files.
 //
-// Behind a key, the bytes come in blocks from the file handle below the stream, and the system converts them. The
-// stream's own translation takes several times as long and leaves text in buffers that nobody wipes.
+// With a key, reads blocks from the file handle below the stream and converts them with the system's functions. The
+// stream's own translation is several times slower and leaves text in buffers that nobody wipes.
 
 #include "files/WholeFile.h"
 
@@ -24,7 +24,7 @@ const char kControlZ = 0x1A;
 
 const size_t kBlock = 0x10000;
 
-/// No character takes more bytes, nor a carriage return with its line feed.
+/// Greatest size of a character, or of CR LF, in bytes.
 const size_t kLongest = 4;
 
 size_t smaller(size_t a, size_t b)
@@ -32,7 +32,7 @@ size_t smaller(size_t a, size_t b)
     return a < b ? a : b;
 }
 
-/// Whether none of the units in a chunk is a carriage return or an end-of-file character.
+/// Whether no unit in a chunk is a carriage return or an end-of-file character.
 template <typename Unit> bool isPlain(__m128i chunk)
 {
     const __m128i special = sizeof(Unit) == 1 ? _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('\r')),
@@ -42,8 +42,8 @@ template <typename Unit> bool isPlain(__m128i chunk)
     return _mm_movemask_epi8(special) == 0;
 }
 
-/// Makes of the text, in place, what a text mode delivers: "\r\n" is one line feed, and an end-of-file character ends
-/// the text. Returns its length.
+/// Converts in place to what a text mode reads: "\r " becomes a line feed, and an end-of-file character ends the text.
+/// Returns the new length.
 template <typename Unit> size_t translateLines(Unit* text, size_t length, bool& ended)
 {
     const ptrdiff_t chunkLength = sizeof(__m128i) / sizeof(Unit);
@@ -54,7 +54,7 @@ template <typename Unit> size_t translateLines(Unit* text, size_t length, bool& 
     {
         if (end - from >= chunkLength)
         {
-            // Most of a text takes no more than this.
+            // The fast path.
             const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
             if (isPlain<Unit>(chunk))
             {
@@ -75,7 +75,7 @@ template <typename Unit> size_t translateLines(Unit* text, size_t length, bool& 
     return static_cast<size_t>(to - text);
 }
 
-/// The text of a file as UTF-16 or, where it is ANSI, as bytes.
+/// Reads a file as UTF-16 or, when ANSI, as bytes.
 class FileText
 {
 public:
@@ -90,11 +90,11 @@ public:
     {
     }
 
-    /// Where in the file the next character stands.
+    /// File position of the next character.
     long long position() const { return m_position; }
 
-    /// Reads up to `room` units and returns how many there are, 0 only at the end. A character that does not fit is
-    /// cut, but counts whole.
+    /// Reads up to `room` units and returns how many, 0 only at the end. A character that does not fit is truncated,
+    /// but position() moves past it.
     template <typename Unit> size_t operator()(Unit* to, size_t room)
     {
         const size_t bytes = readBlock(room, m_form == kUtf16 ? 2 : 1);
@@ -104,7 +104,7 @@ public:
         {
             auto* const converted = reinterpret_cast<wchar_t*>(m_block + kBlock);
             units = reinterpret_cast<Unit*>(converted);
-            // No bytes are an error to the call, and give 0 as well.
+            // An empty block is an error to the call, which also returns 0.
             length = static_cast<size_t>(
                 MultiByteToWideChar(CP_UTF8, 0, m_block, static_cast<int>(bytes), converted, kBlock));
         }
@@ -117,7 +117,7 @@ public:
     }
 
 private:
-    /// Reads as many whole characters as surely fit, or one where there is little room. Returns the number of bytes.
+    /// Reads as many whole characters as surely fit, at least one. Returns the number of bytes.
     size_t readBlock(size_t room, size_t size)
     {
         const bool single = room * size < 2 * kLongest;
@@ -133,7 +133,7 @@ private:
         }
         else if (available == wanted)
         {
-            // It is not known what follows the block. Malformed text may have no place to cut it.
+            // What follows the block is unknown. Malformed text may have no place to split.
             length -= size;
             for (size_t step = 1; step < kLongest && divides(length, size); ++step)
             {
@@ -153,7 +153,7 @@ private:
         return ReadFile(m_file, m_block, static_cast<DWORD>(wanted), &got, &from) != 0 ? got : 0;
     }
 
-    /// Whether a cut at this place of the block divides a character of UTF-8, or a line end.
+    /// Whether a split at this place of the block divides a UTF-8 character or a line end.
     bool divides(size_t place, size_t size) const
     {
         const char* const at = m_block + place;
@@ -164,14 +164,14 @@ private:
     HANDLE m_file;
     Form m_form;
     bool m_textMode;
-    bool m_ended; ///< an end-of-file character was met
+    bool m_ended; ///< an end-of-file character was read
     long long m_position;
     qelText::NarrowBuffer m_memory;
-    char* m_block; ///< kBlock bytes of the file and, behind them, what they are converted to
+    char* m_block; ///< kBlock bytes of the file, then their conversion
 };
 
-/// Reads up to `maxLength` units from a source and returns how many there were. `contents` takes the first `capacity`
-/// ones; `text` has room for them and a terminator.
+/// Reads up to `maxLength` units from a source and returns how many. `contents` gets the first `capacity`; `text` has
+/// room for them and a terminator.
 template <typename Unit, typename Source>
 size_t collect(Source& source, Unit* text, size_t capacity, qelString& contents, size_t maxLength)
 {
@@ -204,7 +204,7 @@ template <typename Source> size_t collectAnsi(Source& source, qelString& content
     return collect(source, bytes.data(), capacity, contents, maxLength);
 }
 
-/// Deliberately, the bytes of a swapped mark mean the same as the right ones.
+/// Deliberately, a big-endian BOM counts as a little-endian one.
 bool isUtf16Mark(const unsigned char* bytes)
 {
     return (bytes[0] == 0xFF && bytes[1] == 0xFE) || (bytes[0] == 0xFE && bytes[1] == 0xFF);
@@ -220,7 +220,7 @@ Form formByKey(qelFileAccess::encodeType encoding)
     return encoding == qelFileAccess::UTF8 ? kUtf8 : encoding == qelFileAccess::UTF16LE ? kUtf16 : kAnsi;
 }
 
-/// Whether the stream is in a text mode. The runtime tells the mode only while one is set: this sets the one that a
+/// Whether the stream is in a text mode. The runtime reports the mode only when setting one: this sets the one that a
 /// text stream has anyway.
 bool isTextMode(FILE* stream, Form form)
 {
@@ -242,7 +242,7 @@ size_t qelWholeFile::read(FILE* stream, qelString& contents, size_t maxLength)
     {
         return collectWide(units, contents, maxLength);
     }
-    // Deliberately no rewind: this mark is looked for behind the first two bytes.
+    // Deliberately no rewind: this BOM is expected after the first two bytes.
     if (fread(mark, 1, 3, stream) == 3 && isUtf8Mark(mark))
     {
         return collectWide(units, contents, maxLength);
@@ -258,7 +258,7 @@ size_t qelWholeFile::readByKey(FILE* stream, qelFileAccess::encodeType encoding,
     {
         return 0;
     }
-    // Brings what was written into the file and empties the stream's buffer.
+    // Flushes output and discards the stream's buffer.
     (void)fseek(stream, 0, SEEK_SET);
     unsigned char mark[3] = {};
     DWORD got = 0;
@@ -275,7 +275,7 @@ size_t qelWholeFile::readByKey(FILE* stream, qelFileAccess::encodeType encoding,
         form == kAnsi ? collectAnsi(text, contents, maxLength) : collectWide(text, contents, maxLength);
     if (count < maxLength)
     {
-        // Lets the stream know that the end was met, at an end-of-file character too.
+        // Moves the stream to the end of the file, also after an end-of-file character.
         (void)fseek(stream, 0, SEEK_END);
         (void)fgetwc(stream);
     }

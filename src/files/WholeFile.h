@@ -1,4 +1,4 @@
-// The text of a whole file. Not part of the public interface.
+// Reads whole files. Not part of the public interface.
 #ifndef QEL_WHOLE_FILE_H
 #define QEL_WHOLE_FILE_H
 
@@ -6,10 +6,10 @@
 
 namespace qelWholeFile
 {
-/// qelFileAccess::readFile() of an open stream without a key in its mode.
+/// qelFileAccess::readFile() for a stream opened without a key.
 size_t read(FILE* stream, qelString& contents, size_t maxLength);
 
-/// The same of a stream whose mode has the key of `encoding`.
+/// The same for a stream opened with the key of `encoding`.
 size_t readByKey(FILE* stream, qelFileAccess::encodeType encoding, qelString& contents, size_t maxLength);
 } // namespace qelWholeFile
 

@@ -24,7 +24,7 @@ void qelDebugInterfaces::objectConstructed(const qelString& className, void* obj
     info.initiator = m_ContextInitiators.isEmpty() ? nullptr : m_ContextInitiators.last();
     info.className = className;
     info.object = object;
-    // The array itself grows in small steps, too slowly for a list that may get long.
+    // The array itself grows linearly, too slow for a long list.
     if (m_Info.length() == m_Info.physicalLength() && m_Info.length() < LONG_MAX / 2)
     {
         m_Info.setPhysicalLength(m_Info.length() * 2);

@@ -23,7 +23,7 @@ const int kLineBytes = 512;
 const int kLineUnits = kLineBytes / static_cast<int>(sizeof(wchar_t));
 const size_t kTokenUnits = 256;
 
-// UTF8 deliberately is not among them.
+// Deliberately without UTF8.
 bool isWide(qelFileAccess::encodeType encoding)
 {
     return encoding == qelFileAccess::UNICODE_TEXT || encoding == qelFileAccess::UTF16LE;
@@ -53,12 +53,12 @@ const wchar_t* openModeKey(qelFileAccess::encodeType encoding)
 void ignoreInvalidParameter(const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t) {}
 #endif
 
-/// The stream, or null. An open mode that the runtime does not know is a failed open like any other.
+/// The stream, or null. An invalid mode is a failed open like any other.
 FILE* openStream(const wchar_t* fileName, const wchar_t* mode)
 {
     FILE* stream = nullptr;
 #if defined(_UCRT) || defined(_MSC_VER)
-    // There it would end the process.
+    // The default handler would end the process.
     const _invalid_parameter_handler before = _set_thread_local_invalid_parameter_handler(ignoreInvalidParameter);
 #endif
     const bool opened = _wfopen_s(&stream, fileName, mode) == 0;
@@ -73,9 +73,9 @@ bool isHighSurrogate(wchar_t unit)
     return (unit & 0xFC00) == 0xD800;
 }
 
-/// Writes text that may hold characters outside the basic plane. Where the stream writes UTF-8, the runtime translates
-/// what its buffer holds piece by piece, and spoils a surrogate pair that lies across the end of a piece. So each pair
-/// stands near the start of the buffer: no piece is that short, and the second half may as well come with the next call.
+/// Writes text with surrogate pairs. For UTF-8 the runtime converts its buffer in pieces, and spoils a pair that lies
+/// across the end of a piece. So each pair is put near the start of the buffer: no piece is that short, and the second
+/// half may come with the next call.
 bool writeUnits(FILE* stream, const wchar_t* text, size_t length)
 {
     const size_t shortest = 64;
@@ -90,7 +90,7 @@ bool writeUnits(FILE* stream, const wchar_t* text, size_t length)
             }
             behindFlush = 0;
         }
-        // The failure has the value of a character that can be written.
+        // WEOF has the value of a valid unit.
         if (fputwc(text[i], stream) == WEOF && text[i] != WEOF)
         {
             return false;
@@ -100,7 +100,7 @@ bool writeUnits(FILE* stream, const wchar_t* text, size_t length)
     return true;
 }
 
-/// Whether the whole text went into a stream with a key.
+/// Writes to a stream with a key; true when all was written.
 bool writeText(FILE* stream, const wchar_t* text, size_t length)
 {
     size_t plain = 0;
@@ -116,7 +116,7 @@ bool writeText(FILE* stream, const wchar_t* text, size_t length)
     return result >= 0 && result != WEOF;
 }
 
-/// vfwprintf_s of a stream with a key.
+/// vfwprintf_s for a stream with a key.
 int writeFormattedByKey(FILE* stream, const wchar_t* format, va_list args)
 {
     va_list again;
@@ -125,7 +125,7 @@ int writeFormattedByKey(FILE* stream, const wchar_t* format, va_list args)
     va_end(again);
     if (length < 0)
     {
-        // Let the runtime refuse it in its own way.
+        // Let the runtime report the error.
         return vfwprintf_s(stream, format, args);
     }
     const size_t capacity = static_cast<size_t>(length) + 1;
@@ -237,7 +237,7 @@ int qelFileAccess::puts(qelString text) const
     {
         return fputs(text.getStringA(), m_stream);
     }
-    // The stream takes wide text only. UTF8 hands it what the narrow form stands for.
+    // The stream takes wide text only. For UTF8, convert the narrow form back.
     const qelString wide = m_encoding == UTF8 ? qelString(text.getStringA()) : text;
     return writeText(m_stream, wide.getStringW(), static_cast<size_t>(wide.length())) ? 0 : EOF;
 }
@@ -270,7 +270,7 @@ qelString qelFileAccess::getStringW(qelString& line, int maxCount) const
     }
     else if (m_encoding == UTF8)
     {
-        // The stream translates and gives wide text only: keep what its narrow form can hold.
+        // The stream returns wide text only: keep what the narrow form can hold.
         if (fgetws(buffer, limit, m_stream) != nullptr)
         {
             line = qelString(buffer).getStringA();

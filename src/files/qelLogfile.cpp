@@ -52,7 +52,7 @@ int qelLogfile::appendWithSave(const qelString& text)
         return 0;
     }
     assertClose();
-    // The runtime's negative result for text that it cannot write counts as written.
+    // A negative result, for text that cannot be written, counts as success.
     return append(m_fileName, L"[%s] %s", text) != 0 ? 1 : 0;
 }
 
@@ -69,7 +69,7 @@ int qelLogfile::getLogStatus()
 void qelLogfile::logToFile(const qelString& fileName, const qelString& message)
 {
     const qelString target = LogStream::orCommonLog(fileName);
-    // One flag for the process, not one for each file: logs of earlier runs stay unless they are the first one used.
+    // Deliberately one flag for the process, not one per file.
     if (firstLogToFile == 1)
     {
         firstLogToFile = 0;

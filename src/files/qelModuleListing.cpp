@@ -16,14 +16,14 @@ namespace
 {
 const int kTries = 10;
 
-/// A list of processes or modules as they are at one moment.
+/// A snapshot of processes or modules.
 class Snapshot
 {
 public:
     explicit Snapshot(DWORD what)
         : m_handle(CreateToolhelp32Snapshot(what, 0))
     {
-        // The system gives up with this error while modules come and go, and asks for another try.
+        // Fails with this error while modules are loaded or unloaded; retrying is the documented remedy.
         for (int tries = 1; !isValid() && GetLastError() == ERROR_BAD_LENGTH && tries < kTries; ++tries)
         {
             m_handle = CreateToolhelp32Snapshot(what, 0);
@@ -48,7 +48,7 @@ private:
     HANDLE m_handle;
 };
 
-/// The version resource of a file; empty when there is none.
+/// The version resource of a file, if any.
 class VersionResource
 {
 public:
@@ -73,13 +73,13 @@ public:
     VersionResource(const VersionResource&) = delete;
     VersionResource& operator=(const VersionResource&) = delete;
 
-    /// The block of numbers, or null.
+    /// The version numbers, or null.
     const VS_FIXEDFILEINFO* fixedInfo() const
     {
         void* info = nullptr;
         UINT size = 0;
         const bool found = m_block != nullptr && VerQueryValueW(m_block, L"\\", &info, &size) != 0;
-        // A resource made without the block is found with a size of 0.
+        // A resource without the block gives a size of 0.
         return found && size >= sizeof(VS_FIXEDFILEINFO) ? static_cast<const VS_FIXEDFILEINFO*>(info) : nullptr;
     }
 
@@ -125,7 +125,7 @@ void writeRow(const qelString& fileName, const MODULEENTRY32W& module, LogPatien
     qelString version;
     qelLogfile::GetFileVersion(path, version);
 
-    // The low half of the address is what the column has room for.
+    // The column has room for the low half of the address.
     const auto base = static_cast<unsigned>(reinterpret_cast<uintptr_t>(module.modBaseAddr));
     const unsigned size = module.modBaseSize;
     qelString line;

@@ -11,7 +11,7 @@ void qelOutputDebugString(const qelString& text)
 
 #else
 
-// Callers build their texts all the same, so that both kinds of build run the same code.
+// Callers build their strings anyway, so that both kinds of build run the same code.
 void qelOutputDebugString(const qelString&) {}
 
 #endif

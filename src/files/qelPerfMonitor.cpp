@@ -8,7 +8,7 @@ static_assert(CLOCKS_PER_SEC == 1000, "ticks are milliseconds");
 
 namespace
 {
-/// Right across the wrap of the clock too.
+/// Correct across the wrap of the clock.
 int difference(int start, int end)
 {
     return static_cast<int>(static_cast<unsigned>(end) - static_cast<unsigned>(start));

@@ -1,7 +1,7 @@
-// Everything that belongs to the process and exists from the moment the library is loaded, in the order in which it is
-// made. The loader runs this before any exported function can be called and before the host's own static initialisers.
+// All process-wide objects, in the order of their construction. This runs when the library is loaded, before any
+// exported function can be called and before the host's own static initialisers.
 //
-// Nothing here has a destructor: the objects must outlive every caller, and their storage goes with the module.
+// Nothing here is destroyed: the objects must outlive every caller. Their storage is freed with the module.
 
 #include "config/DataSourceIndex.h"
 #include "config/OdbcInstaller.h"
@@ -23,7 +23,7 @@
 
 #include <math.h>
 
-// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables): the one place for what lives as long as the process
+// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables): the one place for process-wide objects
 namespace
 {
 wchar_t wideScratch[qelText::kCapacity];
@@ -84,7 +84,7 @@ double qelZClipping::kClipUpperDefault = 20.0;
 const double qelDouble::MinRoundOffset = 0.0001;
 const double qelMathUtilities::PI = acos(-1.0);
 
-// Made here and not in Lasting: only the class itself may construct it.
+// Not in Lasting: only the class itself may construct it.
 qelProcessEvolutionManager* qelProcessEvolutionManager::m_pProcessEvolutionManager =
     new (static_cast<void*>(processEvolutionManager), qelPlacement()) qelProcessEvolutionManager();
 qelProcessEvolutionManager::EndUnderWay* qelProcessEvolutionManager::EndUnderWay::m_innermost = nullptr;

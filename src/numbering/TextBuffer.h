@@ -1,4 +1,4 @@
-// Room for a text in the making, on the stack for texts of usual length. Not part of the public interface.
+// Buffer for building a string, on the stack for usual lengths. Not part of the public interface.
 #ifndef QEL_TEXT_BUFFER_H
 #define QEL_TEXT_BUFFER_H
 

@@ -1,5 +1,6 @@
-// The search tree. Nothing here recurses: removals may leave a tree as deep as it has entries. An insertion or removal
-// instead leaves in each entry on its way the side on which it went on, and goes that way again to correct weights.
+// The search tree. Nothing here recurses, since removals may leave a tree as deep as it has entries. Instead, an
+// insertion or removal notes in each entry which side it descended to, and follows these notes again to correct
+// weights.
 
 #include "qelBalancedTree.h"
 
@@ -7,7 +8,7 @@
 
 namespace
 {
-/// Entries that wait for the left side of their subtree to be walked. Those of a balanced tree need no heap.
+/// Stack of entries whose left side is being walked. For a balanced tree it needs no heap.
 class Waiting
 {
 public:
@@ -50,13 +51,13 @@ private:
 };
 } // namespace
 
-/// The way that an insertion or removal has gone, as the entries on it remember it.
+/// The path of an insertion or removal, as noted in its entries.
 class qelBalancedTreeEntry::Descent
 {
 public:
     using Check = void(qelBalancedTreeEntry*& slot, int& flag);
 
-    /// The slot on the side that compare() named with -1 or 1; the entry remembers the side.
+    /// The slot on the side that compare() chose with -1 or 1; notes it in the entry.
     static qelBalancedTreeEntry*& turn(qelBalancedTreeEntry& entry, int side)
     {
         entry.m_side = side;
@@ -64,10 +65,9 @@ public:
     }
 
     /**
-     * Runs `left` or `right` on each entry from the one in `top` down to the slot `end`, by the side on which the
-     * descent went on. The entries below `top` come first and leave the flag at 1: all of them are balanced after an
-     * insertion and heavy after a removal, and such entries pass a change of height on. Only at `top` may the change
-     * end and may links change.
+     * Calls `left` or `right`, by the side of the descent, for each entry on the path from `top` to the slot `end`,
+     * `top` last. The others leave the flag at 1, because they pass every change of height on: after an insertion all
+     * of them are balanced, after a removal heavy. Only at `top` can the change stop and links change.
      */
     static void check(qelBalancedTreeEntry*& top, qelBalancedTreeEntry* const* end, Check& left, Check& right,
                       int& flag)
@@ -100,7 +100,7 @@ qelBalancedTreeEntry::qelBalancedTreeEntry()
 
 qelBalancedTreeEntry::~qelBalancedTreeEntry()
 {
-    // Each round destroys one entry without its links, so that its own destructor has nothing more to do.
+    // Each round destroys one entry after clearing its links, so that its destructor does not recurse.
     qelBalancedTreeEntry* next = this;
     while (next != nullptr)
     {
@@ -108,7 +108,7 @@ qelBalancedTreeEntry::~qelBalancedTreeEntry()
         next = entry->m_right != nullptr ? entry->m_right : entry->m_left;
         if (entry->m_right != nullptr && entry->m_left != nullptr)
         {
-            // The left subtree comes last: hang it below the entry of the right one whose left side ends it.
+            // The left subtree comes last: attach it below the leftmost entry of the right one.
             qelBalancedTreeEntry* last = entry->m_right;
             while (last->m_left != nullptr)
             {
@@ -150,7 +150,7 @@ qelBalancedTreeEntry::eError qelBalancedTreeEntry::insert(qelBalancedTreeEntry*&
                                                           int& flag)
 {
     qelBalancedTreeEntry** at = &slot;
-    qelBalancedTreeEntry** top = at; // the growth of a side goes up through balanced entries and ends at any other
+    qelBalancedTreeEntry** top = at; // growth passes up through balanced entries and stops at any other
     while (*at != nullptr)
     {
         const int side = (*at)->compare(*entry);
@@ -161,7 +161,7 @@ qelBalancedTreeEntry::eError qelBalancedTreeEntry::insert(qelBalancedTreeEntry*&
         }
         if (side != -1 && side != 1)
         {
-            // Kept as callers know it: accepted by the result, but not inserted.
+            // Deliberate: returns success without inserting.
             return eNoError;
         }
         if ((*at)->m_weight != eBalanced)
@@ -180,7 +180,7 @@ qelBalancedTreeEntry::eError qelBalancedTreeEntry::remove(qelBalancedTreeEntry*&
                                                           int& flag)
 {
     qelBalancedTreeEntry** at = &slot;
-    qelBalancedTreeEntry** top = at; // the loss of a level goes up through heavy entries and ends at a balanced one
+    qelBalancedTreeEntry** top = at; // shrinking passes up through heavy entries and stops at a balanced one
     while (*at != nullptr)
     {
         const int side = (*at)->compare(key);
@@ -231,7 +231,7 @@ qelBalancedTreeEntry::eError qelBalancedTreeEntry::remove(qelBalancedTreeEntry*&
         Descent::check(*top, at, checkLeftRemove, checkRightRemove, flag);
     }
 
-    // Last of all, since `key` may be this entry.
+    // Last, since `key` may be this entry.
     found->m_left = nullptr;
     found->m_right = nullptr;
     delete found;
@@ -256,8 +256,8 @@ qelBalancedTreeEntry::eError qelBalancedTreeEntry::inorderPredecessor(qelBalance
         at = &Descent::turn(**at, 1);
     }
 
-    // The predecessor keeps its own weight by design. Its left side moves up before it takes over the links, so that
-    // one that was the direct left side of the replaced entry keeps its own left side.
+    // The predecessor deliberately keeps its own weight. Its left side moves up before it takes over the links, so that
+    // a predecessor that is the direct left child keeps its own left side.
     qelBalancedTreeEntry* replaced = target;
     qelBalancedTreeEntry* predecessor = *at;
     target = predecessor;
@@ -296,7 +296,7 @@ void qelBalancedTreeEntry::checkLeftInsert(qelBalancedTreeEntry*& slot, int& fla
             slot->checkAndCorrectBalanceStatus();
             slot->m_weight = eBalanced;
         }
-        // else removals had emptied the side called heavy: there is nothing to rotate, and the weight stays
+        // else removals have emptied the heavy side: nothing to rotate, and the weight stays
         break;
     }
 }
@@ -333,7 +333,7 @@ void qelBalancedTreeEntry::checkRightInsert(qelBalancedTreeEntry*& slot, int& fl
     }
 }
 
-// Neither of the two below rotates, by design: a side that is already the lower one gets lower still, unrecorded.
+// Deliberately, neither of the two below rotates: when the lower side shrinks further, the weight stays.
 void qelBalancedTreeEntry::checkLeftRemove(qelBalancedTreeEntry*& slot, int& flag)
 {
     if (slot->m_weight == eLeftHeavy)

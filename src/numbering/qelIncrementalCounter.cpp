@@ -20,7 +20,7 @@ bool allDigits(const qelString& text)
     return true;
 }
 
-/// The one-character text of NUL is the empty one, which every text has but the empty one.
+/// NUL as a string is empty, and so occurs in every string except the empty one.
 bool occursIn(wchar_t c, const wchar_t* text)
 {
     return *text != 0 && wcschr(text, c) != nullptr;
@@ -35,8 +35,8 @@ void assign(qelArray<wchar_t>& characters, const wchar_t* code, long length)
     }
 }
 
-/// What appending the characters, which end with a terminator, one by one to an empty text gives: a NUL among them adds
-/// nothing, and a text that would outgrow the limit fails and is empty again.
+/// Same result as appending the characters one by one: a NUL among them adds nothing, and a string past the length
+/// limit fails and is empty again. `characters` is null-terminated.
 qelString join(const wchar_t* characters, long positions)
 {
     const auto count = static_cast<size_t>(positions);
@@ -74,13 +74,13 @@ qelIncrementalCounter::qelIncrementalCounter()
 
 qelIncrementalCounter::~qelIncrementalCounter() = default;
 
-// What takes memory comes first in all of them, so that a call that fails has changed nothing.
-// NOLINTNEXTLINE(modernize-use-equals-default): the default goes by the order of the fields
+// In all of these, allocations come first, so that a failed call has changed nothing.
+// NOLINTNEXTLINE(modernize-use-equals-default): the default would copy in the order of the members
 qelIncrementalCounter& qelIncrementalCounter::operator=(const qelIncrementalCounter& other)
 {
     if (this != &other)
     {
-        // First what may run out of memory.
+        // Allocations first.
         assign(m_characters, other.m_characters.begin(), other.m_characters.length());
         m_data = other.m_data;
         m_numericOnly = other.m_numericOnly;
@@ -120,11 +120,11 @@ void qelIncrementalCounter::setCounterString(const qelString& code)
 
 qelIncrementalCounter::eIncrementStatus qelIncrementalCounter::increment()
 {
-    // Counted without sign: the count of an unlimited counter may pass the greatest int.
+    // Unsigned: the count of an unlimited counter may pass INT_MAX.
     const int callCount = static_cast<int>(static_cast<unsigned>(m_callCount) + 1U);
     const bool isRefused = m_data.maxCount != -1 && callCount >= m_data.maxCount;
 
-    // In a buffer with a position to spare in front: nothing of the counter changes before all of it is there.
+    // In a buffer with a spare position in front: the counter changes only once the new code is complete.
     long length = m_characters.length();
     qelNumbering::TextBuffer buffer(static_cast<size_t>(length) + 1);
     wchar_t* code = buffer.text() + 1;
@@ -140,7 +140,7 @@ qelIncrementalCounter::eIncrementStatus qelIncrementalCounter::increment()
     }
     if (carry == 1)
     {
-        // A number does not begin with the digit 0. The new position may carry again; nothing is in front of it.
+        // A number does not begin with the digit 0. A carry of the new position is ignored.
         const auto beforeFirst = static_cast<wchar_t>(initChar() - 1);
         --code;
         ++length;
@@ -171,7 +171,7 @@ wchar_t qelIncrementalCounter::incrementAtPosition(wchar_t current, qelString ex
         current = static_cast<wchar_t>(current + 1);
     } while (occursIn(current, left) && current - first < m_data.range && current != before);
 
-    // An equality by design: a character behind the end of the range never starts over.
+    // Deliberately an equality: a character past the end of the range never starts over.
     carry = current - first == m_data.range ? 1 : 0;
     if (carry == 0)
     {

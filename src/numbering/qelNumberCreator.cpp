@@ -20,7 +20,7 @@ qelString join(const qelString& a, const qelString& b, const qelString& c)
     }
     if (lengthA + lengthB + lengthC >= qelText::kCapacity)
     {
-        return a + b + c; // too long: fails in the way that concatenation does
+        return a + b + c; // too long: fails like concatenation
     }
     qelNumbering::TextBuffer joined(lengthA + lengthB + lengthC);
     wchar_t* end = joined.text();
@@ -38,7 +38,7 @@ wchar_t lowestSymbol(const StructNumberingDataRange& range)
     return range.firstSymbol[0];
 }
 
-/// The running code that comes after `code`.
+/// The running code after `code`.
 qelString next(const qelString& code, const StructNumberingDataRange& range, eNumberingType type)
 {
     const int lowest = lowestSymbol(range);
@@ -80,7 +80,7 @@ qelNumberCreator::qelNumberCreator(eNumberingType type, const qelString& prefix)
 {
 }
 
-// The range is left out by design, here and in the assignment.
+// Deliberately without the range, here and in the assignment.
 qelNumberCreator::qelNumberCreator(const qelNumberCreator& other)
     : m_numberingType(other.m_numberingType)
     , m_prefix(other.m_prefix)
@@ -122,7 +122,7 @@ const qelString& qelNumberCreator::getNumberingStart() const
     return m_start;
 }
 
-// Starts from the symbol where overrideDataRange() starts from the default, by design.
+// Deliberately starts from `firstSymbol`, unlike overrideDataRange().
 SetCodeTag qelNumberCreator::setNumberingType(eNumberingType type)
 {
     if (type == m_numberingType)
@@ -185,7 +185,7 @@ void qelNumberCreator::reset()
 
 qelString qelNumberCreator::getNextNumber()
 {
-    // Both texts first: no number is lost when memory runs out.
+    // Both strings first: no number is lost when out of memory.
     const qelString following = next(m_current, m_dataRange, m_numberingType);
     const qelString number = join(m_prefix, m_current, m_suffix);
     m_current = following;
@@ -197,7 +197,7 @@ int qelNumberCreator::checkNumber(const qelString& number) const
     const int lowest = lowestSymbol(m_dataRange);
     for (const wchar_t* at = number.getStringW(); *at != 0; ++at)
     {
-        // As a distance: the end of the range may not fit an int.
+        // Compares distances, because the end of the range may not fit an int.
         const int distance = *at - lowest;
         if (distance < 0 || distance >= m_dataRange.symbolCount)
         {

@@ -6,10 +6,10 @@
 
 namespace qelTruncation
 {
-/// `value` truncated towards zero; INT_MIN, as the processor's own conversion gives it, where that does not fit.
+/// `value` truncated towards zero; INT_MIN, as from the processor's own conversion, when it does not fit.
 inline int toInt32(double value)
 {
-    // Written so that a value that is not a number fails the test as well.
+    // Written so that NaN fails the test as well.
     return value > -2147483649.0 && value < 2147483648.0 ? static_cast<int>(value) : INT_MIN;
 }
 } // namespace qelTruncation

@@ -9,7 +9,7 @@ namespace
 const double smallestStep = 1e-10;
 const double largestOffset = 0.9999;
 
-/// 10 to the power of `digits`. Up to 1e22 that is a value of its own, which the power function gives as well.
+/// 10 to the power of `digits`. Up to 1e22 it is exact, and the same as from pow().
 double powerOfTen(unsigned short digits)
 {
     static const double exact[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
@@ -23,7 +23,7 @@ double qelDouble::round(double value, unsigned short digits, double step)
 {
     if (step > smallestStep)
     {
-        // Truncation, not floor: callers rely on what this does to negative values.
+        // Truncation, not floor. Deliberate.
         value = step * qelTruncation::toInt32((value + step / 2) / step);
     }
     const double factor = powerOfTen(digits);

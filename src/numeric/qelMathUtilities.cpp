@@ -1,5 +1,5 @@
-// The order in which the expressions below are evaluated is part of the result, to the last bit. Comparisons are
-// written so that a value that is not a number takes the branch that the comparison as such decides.
+// The order of evaluation of the expressions below determines the result to the last bit. Do not reverse comparisons:
+// NaN must take the same branch.
 #include "qelMathUtilities.h"
 
 #include <emmintrin.h>
@@ -17,7 +17,7 @@ bool isZero(double value)
     return fabs(value) < zeroTolerance;
 }
 
-/// Roots before they are written to the caller's list.
+/// Roots found so far.
 class Found
 {
 public:
@@ -35,7 +35,7 @@ public:
         m_roots[0] = root;
     }
 
-    /// Whether one of the first `count` roots is the same as `root` within the tolerance.
+    /// Whether one of the first `count` roots equals `root` within the tolerance.
     bool containsCloseTo(int count, double root) const
     {
         for (int i = 0; i < count; ++i)
@@ -51,7 +51,7 @@ public:
     /// The largest of one or more roots.
     double largest() const
     {
-        // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.Assign): the caller says why there is one
+        // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.Assign): there is at least one
         double result = m_roots[0];
         for (int i = 1; i < m_count; ++i)
         {
@@ -63,7 +63,7 @@ public:
         return result;
     }
 
-    /// Replaces what is in the list; returns how many roots there are.
+    /// Replaces the contents of the list; returns the number of roots.
     int writeTo(Roots& roots) const
     {
         roots.setLogicalLength(0);
@@ -80,22 +80,22 @@ private:
     int m_count = 0;
 };
 
-/// The correctly rounded root in every build: the C runtime's own differs from it by a bit at times, and whether it is
-/// called depends on the optimisation level.
+/// The correctly rounded root in every build: the C runtime's sometimes differs by a bit, and whether it is called
+/// depends on the optimisation level.
 double squareRoot(double value)
 {
     const __m128d packed = _mm_set_sd(value);
     return _mm_cvtsd_f64(_mm_sqrt_sd(packed, packed));
 }
 
-/// The sign is put back because the power function knows no roots of negative numbers.
+/// With the sign restored, because pow() has no roots of negative numbers.
 double cubeRoot(double value)
 {
     const double root = pow(fabs(value), 1.0 / 3.0);
     return value < 0 ? -root : root;
 }
 
-/// Puts the root zero in front unless a root that counts as zero is already there.
+/// Inserts the root 0 at the front unless a root counts as zero already.
 void addZeroRoot(Found& roots)
 {
     if (!roots.containsCloseTo(roots.count(), 0.0))
@@ -104,7 +104,7 @@ void addZeroRoot(Found& roots)
     }
 }
 
-/// Turns a slightly negative value into zero. False when the value is truly negative.
+/// Sets a slightly negative value to zero. False when it is clearly negative.
 bool clampSquare(double& value)
 {
     if (value < 0)
@@ -128,7 +128,7 @@ void solveQuadratic(double a, double b, double c, Found& roots)
         }
         return;
     }
-    // b twice, not b and c: callers, and the solvers below, depend on the roots that this gives.
+    // `b` twice, not `b` and `c`. Deliberate.
     const double discriminant = b * b - 4 * a * b;
     if (isZero(discriminant))
     {
@@ -146,7 +146,7 @@ void addRepeatedCubicRoots(double B, double R, double t, Found& roots)
 {
     if (fabs(R) >= zeroTolerance)
     {
-        // The general power function on purpose: a negative R makes both roots not-a-number.
+        // Deliberately pow(), not cubeRoot(): a negative R makes both roots NaN.
         const double s = pow(R, 1.0 / 3.0);
         roots.add(2 * s - t);
         roots.add(-B / 3 - s);
@@ -216,7 +216,7 @@ void solveQuartic(double a, double b, double c, double d, double e, Found& roots
     const double C = c / a;
     const double D = d / a;
     const double E = e / a;
-    // Never empty: with a leading coefficient of 1, and whatever the others are, the cubic solver finds a root.
+    // Never empty: with a leading coefficient of 1, CubicSolver() finds a root for any others.
     Found resolvent;
     solveCubic(1, -C, B * D - 4 * E, (4 * C - B * B) * E - D * D, resolvent);
     const double y = resolvent.largest();

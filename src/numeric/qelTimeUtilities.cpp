@@ -12,7 +12,7 @@ unsigned long long ticks(const FILETIME& time)
     return static_cast<unsigned long long>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
 }
 
-/// A record that is no time leaves the beginning of 1601.
+/// An invalid time gives the beginning of 1601.
 FILETIME fileTime(const SYSTEMTIME& time)
 {
     FILETIME result = {};
@@ -119,7 +119,7 @@ int qelTimeUtilities::addTime(const SYSTEMTIME& time, int hours, SYSTEMTIME& res
     {
         return 0;
     }
-    // Unsigned, because the product of a large amount wraps around 64 bits.
+    // Unsigned, because a large product wraps around 64 bits.
     const unsigned long long amount = static_cast<unsigned long long>(static_cast<long long>(hours)) *
                                       static_cast<unsigned long long>(m_nano100SecInHour);
     const unsigned long long sum = ticks(shifted) + amount;

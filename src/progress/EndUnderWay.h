@@ -1,14 +1,15 @@
-// Ends that the displays are being told of. Not part of the public interface.
+// Guards against ending a process twice. Not part of the public interface.
 #ifndef QEL_END_UNDER_WAY_H
 #define QEL_END_UNDER_WAY_H
 
 #include "qelProcessEvolutionManager.h"
 
-/// While it lives, the process ends: a display that is told so and asks for that end again would bring it about twice.
+/// Exists while displays are notified of the end of a process, so that a display that requests the same end again is
+/// refused.
 class qelProcessEvolutionManager::EndUnderWay
 {
 public:
-    static const int kAll = -1; ///< in the place of a key: a cancel
+    static const int kAll = -1; ///< used as the key of a cancel
 
     EndUnderWay(const qelProcessEvolutionManager& manager, int key)
         : m_manager(manager)
@@ -35,11 +36,11 @@ public:
     }
 
 private:
-    static EndUnderWay* m_innermost; ///< the one that began last; null when there is none
+    static EndUnderWay* m_innermost; ///< the latest one, or null
 
     const qelProcessEvolutionManager& m_manager;
     int m_key;
-    EndUnderWay* m_outer; ///< the one that this one interrupts, or null
+    EndUnderWay* m_outer; ///< the enclosing one, or null
 };
 
 #endif

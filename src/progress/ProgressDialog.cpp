@@ -7,13 +7,13 @@
 
 namespace
 {
-// In pixels, while the template counts in units of its font.
+// In pixels; the template is in dialog units.
 const RECT barPlace = {10, 40, 300, 60};
-const LONG gapBelowBar = 4; // what the template leaves on screens of 120 dpi
+const LONG gapBelowBar = 4; // what the template has at 120 dpi
 
 /**
- * Widens the dialog where the bar would be cut, and moves the percentage below the bar where the two would overlap. The
- * template's units are small enough for that on screens of 96 dpi.
+ * Widens the dialog if the bar would be clipped, and moves the percentage below the bar if the two would overlap: both
+ * happen at 96 dpi.
  */
 void makeRoom(HWND dialog)
 {
@@ -45,8 +45,8 @@ bool ProgressDialog::open(const wchar_t* title)
     const INITCOMMONCONTROLSEX classes = {sizeof(classes), ICC_PROGRESS_CLASS};
     InitCommonControlsEx(&classes);
     const HWND dialog = CreateDialogParamW(qelModule::handle(), MAKEINTRESOURCEW(IDD_PROGRESS), nullptr, procedure, 0);
-    // Messages of a dialog in the making, and the message box of createBar(), can reach code of the host: hooks and
-    // timers. That code may have closed the dialog or opened another one in its place.
+    // Messages during the creation of a dialog, and the message box of createBar(), can run host code: hooks and
+    // timers. That code may have closed the dialog or opened another one.
     if (dialog == nullptr || dialog != m_dialog)
     {
         return false;
@@ -61,7 +61,7 @@ void ProgressDialog::close()
     if (isThere())
     {
         const HWND dialog = m_dialog;
-        // First, since what the host hears of the end may lead it back here.
+        // First, since messages sent while destroying the dialog may re-enter this function.
         forget();
         DestroyWindow(dialog);
     }
@@ -98,7 +98,7 @@ INT_PTR CALLBACK ProgressDialog::procedure(HWND dialog, UINT message, WPARAM wPa
         return TRUE;
 
     case WM_INITDIALOG:
-        // Kept at once: a message box below lets the host run, which may call anything.
+        // Stored at once: a message box below runs host code, which may call anything.
         m_dialog = dialog;
         SetWindowLongPtrW(dialog, DWLP_USER, mark());
         createBar(dialog);
@@ -108,7 +108,7 @@ INT_PTR CALLBACK ProgressDialog::procedure(HWND dialog, UINT message, WPARAM wPa
         if (LOWORD(wParam) == IDOK || LOWORD(wParam) == IDCANCEL)
         {
             EndDialog(dialog, LOWORD(wParam));
-            // A modeless dialog is only hidden by that. The host hears of it and may have closed the dialog itself.
+            // That only hides a modeless dialog. Host code that ran meanwhile may have closed it itself.
             if (dialog == m_dialog)
             {
                 close();
@@ -140,8 +140,8 @@ void ProgressDialog::createBar(HWND dialog)
 
 bool ProgressDialog::isThere()
 {
-    // Anybody can destroy the dialog, and a thread that ends takes its windows with it and tells nobody. The handle may
-    // be another window's by now.
+    // Anybody can destroy the dialog, and a thread that ends destroys its windows without notice. The handle may belong
+    // to another window by now.
     if (m_dialog != nullptr && GetWindowLongPtrW(m_dialog, DWLP_USER) != mark())
     {
         forget();
@@ -155,7 +155,7 @@ void ProgressDialog::forget()
     m_progressBar = nullptr;
 }
 
-/// What no window but the dialog holds at that place.
+/// A value that no other window has there.
 LONG_PTR ProgressDialog::mark()
 {
     return reinterpret_cast<LONG_PTR>(&m_dialog);

@@ -4,13 +4,13 @@
 
 #include <windows.h>
 
-/// All that touches window handles. With no dialog on the screen, every call but open() does nothing.
+/// Does everything with window handles. Without a dialog, every call but open() does nothing.
 class ProgressDialog
 {
 public:
     ProgressDialog() = delete;
 
-    /// Shows a fresh dialog in place of one that is there; false when it cannot be made.
+    /// Replaces the dialog, if any, with a new one; false when it cannot be created.
     static bool open(const wchar_t* title);
 
     static void close();
@@ -26,7 +26,7 @@ private:
     static LONG_PTR mark();
 
     static HWND m_dialog;      ///< null when there is none
-    static HWND m_progressBar; ///< null when there is none, also when it could not be made
+    static HWND m_progressBar; ///< null when there is none or it could not be created
 };
 
 #endif

@@ -19,7 +19,7 @@ bool isRegistered(const Displays& displays, ProgressDisplayProtocol* display)
     return displays.find(display, number);
 }
 
-/// The displays of this moment, to be told something. Made before anything changes, since it takes memory.
+/// A copy of the list of displays, for one notification. Made before anything changes, because it allocates.
 class Round
 {
 public:
@@ -29,7 +29,7 @@ public:
     {
     }
 
-    /// Calls `tell` with each of them that is still registered when its turn comes.
+    /// Calls `tell` for each display that is still registered when its turn comes.
     template <class Tell> void go(Tell tell) const
     {
         for (long i = 0; i < m_displays.length(); ++i)
@@ -51,7 +51,7 @@ void tellEnd(const Displays& displays, int key)
     Round(displays).go([key](ProgressDisplayProtocol& display) { display.removeProcess(key); });
 }
 
-/// Exchanges two lists. Neither of them points into itself, so that their bytes are all there is to exchange.
+/// Swaps two lists as bytes, which is safe because neither points into itself.
 template <class List> void exchange(List& a, List& b)
 {
     unsigned char bytes[sizeof(List)];
@@ -105,7 +105,7 @@ int qelProcessEvolutionManager::registerProcess(qelString action)
     ProcessInfo info;
     info.key = key;
     info.action = action;
-    // The slot first: both lists get their entry, or none does.
+    // The slot first: both lists get their entry, or neither.
     m_processes.setLogicalLength(key + 1);
     m_processes.setLogicalLength(key);
     m_actions.append(action);
@@ -155,12 +155,12 @@ int qelProcessEvolutionManager::registerDisplay(ProgressDisplayProtocol* display
     const long number = m_displays.length();
     m_displays.append(display);
 
-    // The display may take itself out of the list at any time. Processes that register meanwhile are told to it by
-    // their own registration.
+    // The display may deregister itself at any time. It is notified of processes that register meanwhile by their own
+    // registration.
     const int running = display == nullptr ? 0 : getNumberOfActiveProcesses();
     for (int key = 0; key < running && isRegistered(m_processes, key) && isRegistered(m_displays, display); ++key)
     {
-        // A process is told under its position, whatever key it was given, as all later notifications are.
+        // The key is the position now, whatever it was at registration, as in all later notifications.
         const ProcessInfo info = m_processes[key];
         display->addProcess(key, info.action, false);
         if (isRegistered(m_displays, display))
@@ -205,11 +205,11 @@ void qelProcessEvolutionManager::cancelProcess()
         const EndUnderWay end(*this, key);
         tellEnd(m_displays, key);
     }
-    // Unless a display has ended the main process meanwhile, and with it what was to be cancelled.
+    // Unless a display has ended the main process meanwhile.
     if (m_cancelEnabled && !m_processes.isEmpty())
     {
         m_isCanceled = true;
-        // The action texts stay as they are: callers find dropped sub-processes by them.
+        // The action texts stay. Deliberate.
         m_processes.setLogicalLength(1);
     }
 }

@@ -12,7 +12,7 @@ bool takesPart(const qelProgressCtrlWindow* window)
     return window != nullptr && window->getOn() != 0;
 }
 
-/// How many of the windows that take part answer a call with anything but 0.
+/// How many windows that are switched on return non-zero.
 template <class Call> int countAnswers(Call call)
 {
     int answers = 0;
@@ -28,7 +28,7 @@ template <class Call> int countAnswers(Call call)
     return answers;
 }
 
-/// The first window that takes part, or null.
+/// The first window that is switched on, or null.
 const qelProgressCtrlWindow* firstWindow()
 {
     for (long i = 0; i < windows().length(); ++i)
@@ -56,13 +56,13 @@ qelProgressCtrlWindowController::qelProgressCtrlWindowController(const qelProgre
 qelProgressCtrlWindowController& qelProgressCtrlWindowController::operator=(
     const qelProgressCtrlWindowController& other)
 {
-    // First what may run out of memory.
+    // Allocations first.
     m_windows.setLogicalLength(other.m_windows.length());
     m_defaultWindow = other.m_defaultWindow;
     for (long i = 0; i < m_windows.length(); ++i)
     {
         qelProgressCtrlWindow* window = other.m_windows[i];
-        // The other's built-in window goes with the other list.
+        // The other's built-in window is replaced by this one's.
         m_windows[i] = window == &other.m_defaultWindow ? &m_defaultWindow : window;
     }
     return *this;
@@ -149,7 +149,7 @@ int qelProgressCtrl::isActive(int fallback)
     const int active = countAnswers([](qelProgressCtrlWindow& window) { return window.isActive() == 1 ? 1 : 0; });
     if (active == 0 && fallback != 0 && !windows().isEmpty() && windows().first() != nullptr)
     {
-        // Counts from the next call on: callers open the dialog themselves on this answer.
+        // Counts from the next call on. Deliberate.
         windows().first()->switchOn();
         windows().first()->setActivity(1);
     }

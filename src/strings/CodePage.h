@@ -6,22 +6,22 @@
 
 namespace qelCodePage
 {
-/// Bytes that the longest text can take in the ANSI code page.
+/// Bytes that the longest string can take in the ANSI code page.
 inline size_t mostBytes()
 {
     CPINFO page;
     return GetCPInfo(CP_ACP, &page) != 0 ? qelText::kCapacity * page.MaxCharSize : qelText::kCapacity;
 }
 
-/// Bytes of the ANSI code page before the terminator, at most as many as the longest text can need; 0 for null.
+/// Length of narrow text in bytes, at most mostBytes(); 0 for null.
 inline size_t measure(const char* text)
 {
     const size_t length = text == nullptr ? 0 : qelUnits::measure(text, qelText::kCapacity);
-    // Only where a character takes several bytes can more of them still be needed.
+    // More can be needed only where a character takes several bytes.
     return length < qelText::kCapacity ? length : length + qelUnits::measure(text + length, mostBytes() - length);
 }
 
-/// The unit that one byte of the ANSI code page stands for; 0 for a byte that is no character by itself.
+/// The unit for one byte of the ANSI code page; 0 for a byte that is no character by itself.
 inline wchar_t unit(char byte)
 {
     wchar_t units[5] = {};
@@ -32,8 +32,8 @@ inline wchar_t unit(char byte)
 /// WideCharToMultiByte to the ANSI code page with "?" for what it lacks; a null target measures.
 inline int toAnsi(const wchar_t* text, int length, char* target, int capacity)
 {
-    // UTF-8 lacks nothing and refuses a default character. Nearly all other code pages use "?" without being told, and
-    // telling them is slow.
+    // UTF-8 needs no default character and refuses one. Nearly all other code pages default to "?", and passing it is
+    // slow.
     CPINFO page;
     const bool byItself = GetACP() == CP_UTF8 ||
                           (GetCPInfo(CP_ACP, &page) != 0 && page.DefaultChar[0] == '?' && page.DefaultChar[1] == 0);

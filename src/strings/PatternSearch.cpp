@@ -2,23 +2,23 @@
 //
 // No header with an exported class belongs in here: GCC would then export the type information of the engine as well.
 //
-// The engine backtracks by recursion and knows no limits: some patterns keep it busy for longer than the universe
-// lasts, and long texts make it run off the stack, which no caller can catch. Wherever it has a choice, it first copies
-// its position in the text or enters an alternative. Both report to a Guard here, which throws when the stack is nearly
-// used up or too much time has passed. What needs more stack than the caller has left runs on a large one.
+// The engine backtracks by recursion and has no limits: some patterns take practically forever, and long strings
+// overflow the stack, which no caller can catch. Before every choice it copies its position in the string or enters an
+// alternative. Both are steps reported to a Guard, which throws when the stack is nearly used up or too much time has
+// passed. What needs more stack than the caller has left runs on a large one.
 
 #include "strings/PatternSearch.h"
 
 #include "strings/Text.h"
 
-// Some valid patterns break conditions that the engine asserts, without harm.
+// Some valid patterns fail assertions of the engine, harmlessly.
 #define BOOST_DISABLE_ASSERTS
 #include <boost/iterator/iterator_adaptor.hpp>
 #include <boost/xpressive/xpressive_dynamic.hpp>
 
 #include <algorithm>
 
-// GCC takes these few instructions for not worth inlining, which makes many matches slower by a fifth.
+// GCC does not inline these by itself, which makes many matches slower by a fifth.
 #if defined(__GNUC__)
 #define QEL_PATTERN_INLINE __attribute__((always_inline))
 #else
@@ -29,24 +29,23 @@ namespace xpressive = boost::xpressive;
 
 namespace
 {
-/// Time of one attempt, in milliseconds: several times what a match may take that is not to be refused, as the machine may
-/// be busy.
+/// Time limit of one attempt, in milliseconds: several times what a legitimate match takes, as the machine may be busy.
 const ULONGLONG kMostTime = 60000;
 
-/// Steps from one look at the clock to the next.
+/// Steps between two looks at the clock.
 const int kStepsPerLook = 1024;
 
-/// Enough for a repeated group on the longest text.
+/// Enough for a repeated group on the longest string.
 const size_t kLargeStack = size_t(256) << 20;
 
-/// Stack that must be left for what lies below a step: a few more calls, and throwing and unwinding.
+/// Stack that must be left at a step: for a few more calls, and for throwing and unwinding.
 const size_t kStackReserve = size_t(64) << 10;
 
-/// Stack for each unit of the pattern that is not literal: linking and destroying its compiled form go down the chain of
-/// its nodes without a step in between, and so may a match.
+/// Stack for each non-literal unit of the pattern: linking and destroying its compiled form recurse along the chain of
+/// nodes without a step in between, and so may a match.
 const size_t kStackPerNode = 768;
 
-/// Stack that one turn of a repeated group takes, about.
+/// Approximate stack of one repetition of a group.
 const size_t kStackPerTurn = 480;
 
 struct StackUsedUp
@@ -57,7 +56,7 @@ struct TimeUsedUp
 {
 };
 
-/// `here` is left to its default: a temporary on the caller's stack.
+/// Do not pass `here`: the default is a temporary on the caller's stack.
 uintptr_t stackPosition(const char& here = 0)
 {
     return reinterpret_cast<uintptr_t>(&here);
@@ -70,7 +69,7 @@ uintptr_t lowestOfStack()
     return reinterpret_cast<uintptr_t>(stack.AllocationBase);
 }
 
-/// Watches the clock, and the stack of the thread (or fiber) that made it.
+/// Checks the clock, and the stack of the thread (or fiber) that made it.
 class Guard
 {
 public:
@@ -111,7 +110,8 @@ void Guard::check()
     m_stepsLeft = kStepsPerLook;
 }
 
-/// A pointer into text whose copies are steps. Assignments are none: the engine saves whole groups by assigning them.
+/// A pointer into the string, each copy of which is a step. Assignments are not: the engine saves whole groups by
+/// assigning.
 class GuardedIterator : public boost::iterator_adaptor<GuardedIterator, const wchar_t*>
 {
 public:
@@ -134,7 +134,7 @@ public:
         step();
     }
 
-    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is given back here
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): it frees nothing
     GuardedIterator& operator=(const GuardedIterator& other)
     {
         base_reference() = other.base();
@@ -152,8 +152,8 @@ public:
     }
 
 private:
-    /// Null in an iterator to nothing. Volatile, or compilers copy both members at once, and the processor would stall
-    /// wherever one of them has just been written.
+    /// Null in a default iterator. Volatile, so that compilers do not copy both members in one instruction, which
+    /// stalls where one of them has just been written.
     Guard* volatile m_guard;
 };
 
@@ -161,7 +161,7 @@ using Regex = xpressive::basic_regex<GuardedIterator>;
 using Groups = xpressive::match_results<GuardedIterator>;
 using Characters = xpressive::regex_traits<wchar_t>;
 
-/// The engine's own tokens, but a quantifier in a comment is passed over, where the engine would stay for ever.
+/// The engine's own tokens, but skips a quantifier in a comment, at which the engine would loop forever.
 class Tokens : public xpressive::compiler_traits<Characters>
 {
 public:
@@ -192,8 +192,8 @@ private:
 };
 } // namespace
 
-/// What the engine calls for each alternative. Without the step, alternatives that are empty or a single character
-/// would be choices made without a copy.
+/// What the engine calls for each alternative. The step is for alternatives that are empty or a single character, which
+/// it chooses without a copy.
 template <class Next> struct boost::xpressive::detail::alt_match_pred<GuardedIterator, Next>
 {
     explicit alt_match_pred(match_state<GuardedIterator>& state)
@@ -212,7 +212,7 @@ template <class Next> struct boost::xpressive::detail::alt_match_pred<GuardedIte
 
 namespace
 {
-/// One call's work, done on whichever stack is large enough.
+/// The work of one call, to be done on a stack that is large enough.
 struct Job
 {
     const wchar_t* pattern;
@@ -226,7 +226,7 @@ struct Job
     void* caller; ///< fiber to go back to
 };
 
-/// Upper bound of the nodes chained one behind the other in the compiled form: a run of literals makes only one.
+/// Upper bound of the nodes in one chain of the compiled form: a run of literals makes only one.
 size_t countNodes(const wchar_t* pattern)
 {
     size_t nodes = 1;
@@ -237,8 +237,8 @@ size_t countNodes(const wchar_t* pattern)
     return nodes;
 }
 
-/// A back reference to a group that does not exist would make the engine look behind its groups. They are made enough
-/// for all single digits, the only numbers that the engine takes on trust; the added ones take no part.
+/// A back reference to a missing group would make the engine read past its groups. Adds groups, which never match, for
+/// all single digits, the only numbers that the engine does not check.
 void addMissingGroups(const Regex& regex, const wchar_t* pattern)
 {
     size_t& count = xpressive::detail::core_access<GuardedIterator>::get_regex_impl(regex)->mark_count_;
@@ -251,7 +251,7 @@ void addMissingGroups(const Regex& regex, const wchar_t* pattern)
     }
 }
 
-/// Compiles, matches and hands out the groups; throws whatever goes wrong.
+/// Compiles, matches and reports the groups; throws on any failure.
 void search(Job& job)
 {
     Guard guard(kStackReserve + countNodes(job.pattern) * kStackPerNode);
@@ -301,7 +301,7 @@ void CALLBACK attemptInFiber(void* job)
 }
 
 #if defined(__GNUC__)
-// GetCurrentFiber() reads the thread's block at an address that GCC takes for an object of no size.
+// GetCurrentFiber() reads the thread block at an address that GCC believes to be an object of size 0.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Warray-bounds"
 #endif
@@ -314,9 +314,9 @@ void* currentFiber()
 #endif
 
 /**
- * Returns whether there was memory for the stack.
+ * False when there is no memory for the stack.
  *
- * A fiber rather than a thread: the caller may hold the loader's lock, under which a thread would never start.
+ * A fiber rather than a thread: the caller may hold the loader lock, under which a thread would never start.
  */
 bool attemptOnLargeStack(Job& job)
 {
@@ -340,7 +340,7 @@ bool attemptOnLargeStack(Job& job)
     return fiber != nullptr;
 }
 
-/// Whether the caller's stack will hardly do. Finding that out by an attempt costs far more: throwing out of a deep
+/// Whether the caller's stack will probably not suffice. Finding out by trying costs far more: throwing out of a deep
 /// recursion is slow.
 bool goesDeep(const Job& job)
 {

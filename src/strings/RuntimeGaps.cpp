@@ -17,7 +17,7 @@ int qelRuntimeGaps::wdupenv(wchar_t** buffer, size_t* length, const wchar_t* nam
     return _wdupenv_s(buffer, length, name);
 }
 
-// What vfprintf and vfwprintf are in Visual C++'s headers; those of MinGW make something else of the names.
+// What vfprintf and vfwprintf call in Visual C++'s headers; MinGW's differ.
 
 int qelRuntimeGaps::print(FILE* file, const char* format, va_list args)
 {
@@ -33,7 +33,7 @@ int qelRuntimeGaps::print(FILE* file, const wchar_t* format, va_list args)
 
 namespace
 {
-/// Every failure leaves its code in errno too, as the runtime does.
+/// Sets errno too, as the runtime does.
 int fail(int code)
 {
     errno = code;

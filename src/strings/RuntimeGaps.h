@@ -1,8 +1,8 @@
-// What MinGW lacks of the C runtime, to the contract of the runtime's own functions. Not part of the public interface.
+// C runtime functions that MinGW lacks, with the contract of the originals. Not part of the public interface.
 //
 // With Visual C++, and with MinGW on the UCRT, these are the runtime's functions. With MinGW on msvcrt:
 // - The import library has no _dupenv_s and _wdupenv_s.
-// - vfprintf and vfwprintf have a format language of their own; print() has the platform's.
+// - vfprintf and vfwprintf interpret formats differently; print() does as Windows does.
 #ifndef QEL_RUNTIME_GAPS_H
 #define QEL_RUNTIME_GAPS_H
 

@@ -1,5 +1,5 @@
-// Makes texts and hands them over. Private members would be exported, these are not. Not part of the public interface;
-// other subsystems may use it.
+// Builds the buffers of qelString. Unlike private members of the class, these are not exported. Not part of the public
+// interface; other subsystems may use it.
 #ifndef QEL_STRING_ACCESS_H
 #define QEL_STRING_ACCESS_H
 
@@ -7,31 +7,31 @@
 
 struct qelStringAccess
 {
-    /// A representation with a count of 1 and room for `length` units and the terminator, which is set. The rest is for
-    /// the caller.
+    /// A representation with a count of 1 and room for `length` units and the terminator, which is set. The caller
+    /// fills in the units.
     static qelStringRepr* create(size_t length);
 
-    /// A representation of `length` units, none of which is 0; the one of the empty text for none.
+    /// A representation of `length` units, none of which is 0; the shared empty one for length 0.
     static qelStringRepr* represent(const wchar_t* text, size_t length);
 
-    /// The same for `length` bytes in a code page; cut at the greatest length.
+    /// The same for `length` bytes in a code page; truncated to the greatest length.
     static qelStringRepr* represent(const char* text, size_t length, unsigned codePage);
 
-    /// As getStringW(), without a call.
+    /// Inline getStringW().
     static const wchar_t* textOf(const qelString& text) { return text.m_rep->m_data; }
 
-    /// The units of a representation that nobody shares yet.
+    /// The writable units of a representation not yet shared.
     static wchar_t* unitsOf(qelStringRepr* rep) { return rep->m_data; }
 
-    /// Counts one more string that shares the representation, and returns it.
+    /// Increments the count and returns the representation.
     static qelStringRepr* share(qelStringRepr* rep)
     {
-        // Nobody reads the count of the empty text, which only ever grows: let it wrap round.
+        // The count of the empty string only grows and is never read: let it wrap around.
         rep->m_refCount = static_cast<int>(static_cast<unsigned>(rep->m_refCount) + 1U);
         return rep;
     }
 
-    /// Makes `text` give up what it holds and take over `rep`, whose count covers it already.
+    /// Replaces the representation of `text` with `rep`, whose count already includes it.
     static qelString& adopt(qelString& text, qelStringRepr* rep)
     {
         text.ReleaseCharCache();
@@ -40,7 +40,7 @@ struct qelStringAccess
         return text;
     }
 
-    /// A string that takes over `rep`, likewise.
+    /// A string of `rep`, likewise.
     static qelString stringOf(qelStringRepr* rep)
     {
         qelString text;
@@ -51,7 +51,7 @@ struct qelStringAccess
     /// A string of `length` units, none of which is 0.
     static qelString stringOf(const wchar_t* text, size_t length) { return stringOf(represent(text, length)); }
 
-    /// The same as the new text of `target`, which it may be a part of.
+    /// Assigns them to `target`, which they may be a part of.
     static qelString& assign(qelString& target, const wchar_t* text, size_t length)
     {
         return adopt(target, represent(text, length));

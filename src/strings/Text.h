@@ -1,4 +1,4 @@
-// Limits, measuring and wiping of text. Not part of the public interface; other subsystems may use it.
+// Length limits, measuring and wiping of strings. Not part of the public interface; other subsystems may use it.
 #ifndef QEL_TEXT_H
 #define QEL_TEXT_H
 
@@ -13,7 +13,7 @@
 
 namespace qelText
 {
-/// Greatest length of a text, and capacity of both scratch buffers, in units.
+/// Greatest length of a string, and capacity of both scratch buffers, in units.
 const size_t kCapacity = 0x80000;
 
 /// Units before the terminator, at most kCapacity; 0 for null.
@@ -22,17 +22,17 @@ inline size_t measure(const wchar_t* text)
     return text == nullptr ? 0 : qelUnits::measure(text, kCapacity);
 }
 
-/// The same for the text of a representation, which is never null, up to `limit`.
+/// The same for the buffer of a qelString, which is never null, up to `limit`.
 inline size_t measureOwn(const wchar_t* text, size_t limit = SIZE_MAX)
 {
     return qelUnits::measure(text, limit);
 }
 
-/// Overwrites memory with zeros in a way that the optimiser keeps.
+/// Overwrites memory with zeros; the optimiser cannot remove it.
 inline void scrub(void* memory, size_t bytes)
 {
 #if defined(__GNUC__)
-    // Most texts are short, and the block store of SecureZeroMemory takes longer to start than to write them.
+    // Most strings are short, and the block store of SecureZeroMemory has a long start-up time.
     memset(memory, 0, bytes);
     __asm__ __volatile__("" : : "r"(memory) : "memory");
 #else
@@ -40,14 +40,14 @@ inline void scrub(void* memory, size_t bytes)
 #endif
 }
 
-/// Reports a result that does not fit to the runtime's invalid-parameter handling, as its bounded copies do.
+/// Calls the runtime's invalid-parameter handler, as its bounded copies do with a result that is too long.
 inline void refuseTooLong()
 {
     wchar_t tooSmall[1];
     (void)wcscpy_s(tooSmall, 1, L"any text");
 }
 
-/// Whether a result of that length fits; one that does not is refused.
+/// Whether a result of that length fits; if not, calls refuseTooLong().
 inline bool fits(size_t length)
 {
     if (length < kCapacity)
@@ -58,7 +58,7 @@ inline bool fits(size_t length)
     return false;
 }
 
-/// A buffer for narrow text on its way to a string, wiped before it is freed.
+/// Temporary buffer for narrow text, wiped before it is freed.
 class NarrowBuffer
 {
 public:

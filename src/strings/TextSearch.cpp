@@ -12,7 +12,7 @@ bool isAt(const wchar_t* text, const wchar_t* what, size_t length)
     return memcmp(text, what, length * sizeof(wchar_t)) == 0;
 }
 
-/// Compares the sum of `length` units of the text with that of `what`, and moves it on by one unit in constant time.
+/// Rabin-Karp: compares a rolling hash of `length` units of the text with that of `what`.
 const wchar_t* findBySums(const wchar_t* text, const wchar_t* end, const wchar_t* what, size_t length)
 {
     const uint64_t kFactor = 0x9E3779B97F4A7C15; // any large odd number
@@ -44,7 +44,7 @@ const wchar_t* findBySums(const wchar_t* text, const wchar_t* end, const wchar_t
 
 const wchar_t* qelTextSearch::find(const wchar_t* text, const wchar_t* end, const wchar_t* what, size_t whatLength)
 {
-    // A short text is compared in no time, a long one only so often.
+    // Direct comparison is fast for a short `what`; for a long one, only so many attempts are made.
     const size_t kShort = 32;
     const int kPatience = 32;
     if (whatLength == 0)

@@ -1,15 +1,15 @@
-// A set of units, as trimming and tokens take it. Not part of the public interface.
+// A set of units, for trimming and tokenizing. Not part of the public interface.
 #ifndef QEL_UNIT_SET_H
 #define QEL_UNIT_SET_H
 
 #include "strings/Text.h"
 
-/// Sets are nearly always short and of ASCII. The rest of a short one is looked through; a long one has a bit for every
-/// unit there is.
+/// Sets are nearly always short and ASCII. Other units of a short set are searched; a long set has a bit for every
+/// possible unit.
 class UnitSet
 {
 public:
-    /// The set refers to `units`.
+    /// Keeps a pointer to `units`.
     UnitSet(const wchar_t* units, size_t length)
         : m_units(units)
         , m_length(length)
@@ -65,7 +65,7 @@ private:
     const wchar_t* m_units;
     size_t m_length;
     uint64_t m_ascii[kAscii / 64] = {};
-    unsigned char m_bits[0x10000 / kBitsPerByte]; // of no value for a short set
+    unsigned char m_bits[0x10000 / kBitsPerByte]; // unused in a short set
 };
 
 #endif

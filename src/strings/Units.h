@@ -1,4 +1,4 @@
-// Loops over the units of a text, with vector instructions on x64. Not part of the public interface.
+// Loops over the units of a string, with vector instructions on x64. Not part of the public interface.
 //
 // Each function has a plain twin in qelUnits::plain that says what it does and serves other processors.
 #ifndef QEL_UNITS_H
@@ -31,7 +31,7 @@ template <class Char> size_t measure(const Char* text, size_t limit)
     return length;
 }
 
-/// Position of the first unit that differs, or of the 0 that ends both texts.
+/// Position of the first unit that differs, or of the 0 that ends both strings.
 inline size_t firstDifference(const wchar_t* a, const wchar_t* b)
 {
     size_t at = 0;
@@ -42,8 +42,8 @@ inline size_t firstDifference(const wchar_t* a, const wchar_t* b)
     return at;
 }
 
-/// The first place in `text` to `end` that has `first` and, `distance` units behind it, `last`; or null. The text goes
-/// on for that distance behind `end`.
+/// The first place from `text` to `end` that has `first` and, `distance` units later, `last`; or null. The text must
+/// extend that far past `end`.
 inline const wchar_t* findPair(const wchar_t* text, const wchar_t* end, wchar_t first, size_t distance, wchar_t last)
 {
     while (text < end && (*text != first || text[distance] != last))
@@ -56,8 +56,8 @@ inline const wchar_t* findPair(const wchar_t* text, const wchar_t* end, wchar_t 
 
 #if defined(QEL_HAS_SSE2)
 
-/// Units in a chunk, which is what one instruction takes. The text of a representation is stored in whole chunks: one
-/// that begins inside it can be read before its end is known.
+/// Units per instruction. Buffers of qelString are allocated in whole chunks, so a chunk that begins inside one can be
+/// read before its length is known.
 const size_t kPerChunk = 8;
 
 inline __m128i chunk(const void* text)
@@ -70,13 +70,13 @@ inline __m128i equal(const wchar_t* text, wchar_t c)
     return _mm_cmpeq_epi16(chunk(text), _mm_set1_epi16(static_cast<short>(c)));
 }
 
-/// The highest bit of each byte.
+/// The highest bit of each byte, as a mask.
 inline unsigned bitsOf(__m128i bytes)
 {
     return static_cast<unsigned>(_mm_movemask_epi8(bytes));
 }
 
-/// Position of the lowest bit, of which there must be one.
+/// Position of the lowest set bit; there must be one.
 inline size_t lowestBit(uint64_t bits)
 {
 #if defined(_MSC_VER)
@@ -90,7 +90,7 @@ inline size_t lowestBit(uint64_t bits)
 
 const size_t kBlock = 64;
 
-/// An aligned block of 64 bytes, looked at for characters that are 0.
+/// An aligned block of 64 bytes, searched for a 0.
 template <class Char> struct Block
 {
     explicit Block(const Char* text)
@@ -119,7 +119,7 @@ template <class Char> struct Block
     __m128i zeros[4];
 };
 
-/// Looks at aligned blocks: one that begins before the text or ends behind it lies in the same page.
+/// Reads aligned blocks: reading before the text or past its end stays in the same page.
 template <class Char> size_t measure(const Char* text, size_t limit)
 {
     const auto address = reinterpret_cast<uintptr_t>(text);
@@ -148,7 +148,7 @@ template <class Char> size_t measure(const Char* text, size_t limit)
     return length < limit ? length : limit;
 }
 
-/// For the texts of representations only.
+/// Only for buffers of qelString.
 inline size_t firstDifference(const wchar_t* a, const wchar_t* b)
 {
     const unsigned kAllEqual = 0xFFFF;

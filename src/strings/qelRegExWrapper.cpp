@@ -32,7 +32,7 @@ void qelRegExWrapper::setRegularExpression(const qelString& pattern)
 
 bool qelRegExWrapper::match(const qelString& text, qelArray<qelString>& results)
 {
-    // The text may sit in a spare slot of the results, which the first of them overwrites.
+    // The string may be in a spare slot of the results, which the first result overwrites.
     const qelString kept(text);
     Target target = {&kept, &results};
     return qelPattern::match(m_pattern.getStringW(), kept.getStringW(), append, &target);

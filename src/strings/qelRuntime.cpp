@@ -1,4 +1,4 @@
-// Wide functions are written for wchar_t; the forms for unsigned short hand the same memory on to them.
+// Wide functions are implemented for wchar_t; the forms for unsigned short forward to them.
 
 #include "qelRuntime.h"
 
@@ -329,7 +329,7 @@ int qelwcserror6(unsigned short* buffer, size_t capacity, int number)
     return qelwcserror8(wide(buffer), capacity, number);
 }
 
-// Automation strings
+// BSTR
 
 wchar_t* qelGetBSTR8(const qelString& text)
 {
@@ -347,7 +347,7 @@ int qelfopen(FILE** file, const qelString& name, const qelString& mode)
 {
     if (file != nullptr)
     {
-        // The same as _wfopen, which Visual C++ marks as deprecated.
+        // Same as _wfopen, which Visual C++ marks as deprecated.
         *file = _wfsopen(name.getStringW(), mode.getStringW(), _SH_DENYNO);
     }
     return 0;

@@ -16,10 +16,10 @@ char* allocateNarrow(int bytes)
     return static_cast<char*>(::operator new(static_cast<size_t>(bytes) + 1));
 }
 
-/// The ANSI form of a text in a block of its own.
+/// The narrow form of a string, in a block of its own.
 char* narrowCopy(const wchar_t* text, int units)
 {
-    // Nearly every text takes one byte a unit: try that before measuring.
+    // Nearly every string takes one byte per unit: try that before measuring.
     char* narrow = allocateNarrow(units);
     int bytes = units == 0 ? 0 : qelCodePage::toAnsi(text, units, narrow, units);
     if (bytes == 0 && units > 0)
@@ -53,7 +53,7 @@ void qelStringRepr::operator delete(void* block)
 
 qelStringRepr* qelStringAccess::create(size_t length)
 {
-    // One block for both: the text stands right behind the representation, in whole chunks.
+    // One block for both: the text follows the representation, in whole chunks.
     const size_t lastChunk = length / qelUnits::kPerChunk * qelUnits::kPerChunk;
     void* block = ::operator new(sizeof(qelStringRepr) + (lastChunk + qelUnits::kPerChunk) * sizeof(wchar_t));
     auto* data = reinterpret_cast<wchar_t*>(static_cast<unsigned char*>(block) + sizeof(qelStringRepr));
@@ -78,13 +78,13 @@ qelStringRepr* qelStringAccess::represent(const char* text, size_t length, unsig
     {
         return qelString::m_repEmpty;
     }
-    // No code page makes more units than it has bytes, so one conversion into that much room does.
+    // No code page produces more units than bytes, so one conversion suffices.
     const int room = static_cast<int>(length);
     qelStringRepr* rep = create(length);
     const auto made = static_cast<size_t>(MultiByteToWideChar(codePage, 0, text, room, rep->m_data, room));
     memset(rep->m_data + made, 0, (length - made) * sizeof(wchar_t));
     const size_t units = qelText::measureOwn(rep->m_data, qelText::kCapacity);
-    // The destructor wipes up to the terminator only: nothing may stand behind it.
+    // The destructor wipes up to the terminator only: leave nothing after it.
     qelText::scrub(rep->m_data + units, (made - units) * sizeof(wchar_t));
     if (units == 0)
     {
@@ -123,7 +123,7 @@ qelString::qelString(const qelString& other)
 {
 }
 
-// Deliberate: an empty array leaves no representation at all, not even that of the empty text.
+// Deliberate: an empty array leaves m_rep null.
 qelString::qelString(const qelArray<wchar_t>& chars, int first, int last)
     : m_rep(nullptr)
     , m_charCache(nullptr)
@@ -137,7 +137,7 @@ qelString::qelString(const qelArray<wchar_t>& chars, int first, int last)
     {
         return;
     }
-    // A 0 among the units adds nothing to the text, and what follows it is appended all the same.
+    // Zeros are skipped.
     size_t units = 0;
     for (int i = first; i <= last; ++i)
     {
@@ -163,18 +163,18 @@ qelString::~qelString()
     ReleaseCharCache();
 }
 
-// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): two strings that share a text already are left alone
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing to do for strings that share a buffer already
 qelString& qelString::operator=(const qelString& other)
 {
     if (m_rep != other.m_rep)
     {
-        // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): it does not follow the count of those that share
+        // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): it does not understand the reference count
         qelStringAccess::adopt(*this, qelStringAccess::share(other.m_rep));
     }
     return *this;
 }
 
-// The new text is built before the old one goes: the argument may point into either form of it.
+// Builds the new buffer before releasing the old one: the argument may point into either form.
 qelString& qelString::operator=(const wchar_t* text)
 {
     qelStringAccess::assign(*this, text, qelText::measure(text));
@@ -238,8 +238,8 @@ const wchar_t& qelString::operator[](int index) const
     return m_rep->m_data[index];
 }
 
-// Goes through the scratch buffer: a write over the terminator lets the text run on into what the buffer held behind
-// it. Deliberate.
+// Uses the scratch buffer: after a write over the terminator the string runs on into what the buffer held there.
+// Deliberate.
 qelString& qelString::setAt(int index, const wchar_t& c)
 {
     const wchar_t unit = c;

@@ -1,4 +1,4 @@
-// Letter case, kinds of characters and their order within the text.
+// Letter case, character classes, reversing.
 
 #include "qelString.h"
 
@@ -9,7 +9,7 @@
 
 namespace
 {
-/// Whether every unit of the text is of a kind, as the runtime's current locale sees it.
+/// Whether every unit is of a kind, by the runtime's current locale.
 bool isAll(const wchar_t* text, int (*isKind)(wint_t))
 {
     while (*text != 0 && isKind(*text) != 0)
@@ -19,7 +19,7 @@ bool isAll(const wchar_t* text, int (*isKind)(wint_t))
     return *text == 0;
 }
 
-/// Gives `text` a copy of itself that `convert` has changed; the empty text where that fails.
+/// Replaces `text` with a copy changed by `convert`; empty when that fails.
 qelString& convertCase(qelString& text, errno_t (*convert)(wchar_t*, size_t))
 {
     const size_t units = qelText::measureOwn(text.getStringW());
@@ -59,7 +59,7 @@ qelString& qelString::toLower()
     return convertCase(*this, _wcslwr_s);
 }
 
-// In place: every string that shares the text is reversed with it. Deliberate.
+// In place: every string that shares the buffer is reversed too. Deliberate.
 qelString qelString::strRev()
 {
     (void)_wcsrev(m_rep->m_data);

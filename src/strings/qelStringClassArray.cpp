@@ -9,7 +9,7 @@ namespace
 {
 using Comparator = qelStringClassArray::Comparator;
 
-/// Moves texts as bytes, which they survive: nothing points at them.
+/// Moves strings as bytes, which is safe because nothing points at them.
 void move(void* to, const void* from, size_t count = 1)
 {
     memmove(to, from, count * sizeof(qelString));
@@ -54,7 +54,7 @@ void mergeRuns(const qelString* left, const qelString* middle, const qelString* 
     move(to + (middle - left), right, static_cast<size_t>(end - right));
 }
 
-/// Sorts with the help of room for as many texts again.
+/// Merge sort; `room` is for as many strings again.
 void mergeSort(qelString* texts, qelString* room, size_t count, Comparator compare)
 {
     const auto runEnd = [count](size_t first, size_t run) { return count - first < run ? count : first + run; };
@@ -83,8 +83,8 @@ void mergeSort(qelString* texts, qelString* room, size_t count, Comparator compa
 
 void sortTexts(qelString* texts, size_t count, Comparator compare)
 {
-    // A comparator of the caller's sees which texts the runtime compares, and in which order; the library's own do not
-    // care, and merging asks them less often.
+    // A caller's comparator can observe which strings are compared, and so gets the runtime's sort. With the library's
+    // own, merge sort needs fewer comparisons.
     const bool isOwn = compare == qelString::strCompare || compare == qelString::strCompareNoCase;
     void* room = isOwn ? malloc(count * sizeof(qelString)) : nullptr;
     if (room == nullptr)
@@ -96,7 +96,7 @@ void sortTexts(qelString* texts, size_t count, Comparator compare)
     free(room);
 }
 
-/// Position of the first text from `start` on that equals the key, or -1.
+/// Position of the first string from `start` on that equals the key, or -1.
 long findEqual(const qelArray<qelString>& texts, const qelString& key, long start)
 {
     const wchar_t* const wanted = qelStringAccess::textOf(key);
@@ -112,7 +112,7 @@ long findEqual(const qelArray<qelString>& texts, const qelString& key, long star
     return -1;
 }
 
-/// Position of the first text from `start` on that the comparator calls equal to the key, or -1.
+/// The same by a comparator.
 long findFirst(const qelArray<qelString>& texts, const qelString& key, Comparator compare, long start)
 {
     for (long i = start < 0 ? 0 : start; i < texts.length(); ++i)
@@ -146,7 +146,7 @@ qelStringClassArray::~qelStringClassArray()
     delete m_array;
 }
 
-// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the array sees to it
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the array handles it
 qelStringClassArray& qelStringClassArray::operator=(const qelStringClassArray& other)
 {
     *m_array = *other.m_array;
@@ -245,7 +245,7 @@ qelStringClassArray& qelStringClassArray::removeFirst()
 
 qelStringClassArray& qelStringClassArray::removeLast()
 {
-    // Deliberately not guarded: the length of an empty list becomes -1.
+    // Deliberately not checked: the length of an empty list becomes -1.
     m_array->setLogicalLength(length() - 1);
     return *this;
 }

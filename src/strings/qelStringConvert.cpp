@@ -1,4 +1,4 @@
-// Numbers, formatted text and times.
+// Numbers, formatting and times.
 
 #include "qelString.h"
 
@@ -23,8 +23,8 @@ bool isRadix(int radix)
     return radix >= 2 && radix <= 36;
 }
 
-/// Length of a formatted result in a scratch buffer, from what the runtime returned. A result that does not fit is a
-/// failure of the UCRT, and msvcrt cuts it without a terminator: it counts as empty with both.
+/// Length of a formatted result in a scratch buffer, from the runtime's return value. A result that does not fit counts
+/// as empty: the UCRT reports failure, msvcrt truncates it without a terminator.
 size_t formatted(int result)
 {
     return result < 0 || static_cast<size_t>(result) >= qelText::kCapacity ? 0 : static_cast<size_t>(result);

@@ -1,4 +1,4 @@
-// Cutting and trimming.
+// Substrings and trimming.
 
 #include "qelString.h"
 
@@ -12,7 +12,7 @@ namespace
 const wchar_t defaultTrimSet[] = L"\t\n ";
 const size_t defaultTrimSetLength = 3;
 
-/// Units of a text that a range covers; 0 when it does not start inside.
+/// Units that a range covers; 0 when it does not start inside the text.
 size_t countInside(const wchar_t* text, int start, int count)
 {
     if (start < 0 || count < 1)
@@ -24,7 +24,7 @@ size_t countInside(const wchar_t* text, int start, int count)
     return reached > before ? reached - before : 0;
 }
 
-/// Sets `text` to a part of its own text.
+/// Sets `text` to a part of itself.
 void keep(qelString& text, const wchar_t* part, size_t length)
 {
     if (qelText::fits(length))
@@ -93,7 +93,7 @@ qelString qelString::right(int n) const
     return qelStringAccess::stringOf(m_rep->m_data + (units - kept), static_cast<size_t>(kept));
 }
 
-// The count goes to a bounded copy, which takes a negative one for a very large one.
+// A negative count means the rest.
 qelString qelString::mid(int start, int count) const
 {
     const size_t units = countInside(m_rep->m_data, start, count < 0 ? kMaxLength : count);

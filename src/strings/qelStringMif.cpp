@@ -11,7 +11,7 @@
 namespace
 {
 const size_t kEscapeLength = 8;
-// How far an escape without its pairs reaches.
+// Bytes skipped for a truncated escape.
 const size_t kCutEscapeLength = 5;
 
 bool hasBits(char byte, unsigned bits)
@@ -19,7 +19,7 @@ bool hasBits(char byte, unsigned bits)
     return (static_cast<unsigned>(byte) & bits) == bits;
 }
 
-// A test for bits, so more than the three characters passes. Deliberate.
+// Tests bits, so other characters pass as well. Deliberate.
 bool isEscape(const char* text, size_t left)
 {
     return left >= 3 && hasBits(text[0], '\\') && hasBits(text[1], 'M') && hasBits(text[2], '+');
@@ -30,7 +30,7 @@ int digit(char byte)
     return byte >= '0' && byte <= '9' ? byte - '0' : 0;
 }
 
-/// -1 for what is no hexadecimal digit.
+/// -1 for anything but a hexadecimal digit.
 int hexDigit(char byte)
 {
     const int lower = byte | 0x20;
@@ -41,7 +41,7 @@ int hexDigit(char byte)
     return byte >= '0' && byte <= '9' ? byte - '0' : -1;
 }
 
-/// The byte that two hexadecimal characters stand for, read as "%x" reads them; 0 when there is no number.
+/// The byte of two hexadecimal characters, as "%x" reads them; 0 when there is no number.
 char byteOf(const char* pair)
 {
     const int high = hexDigit(pair[0]);
@@ -89,7 +89,7 @@ qelString qelString::setFromMIFString(const char* text)
             decoded.data()[made++] = text[i++];
             continue;
         }
-        // The input ends with a 0, which is no digit.
+        // This may be the terminator, which is no digit.
         selector = digit(text[i + 3]);
         if (length - i < kEscapeLength)
         {

@@ -21,14 +21,14 @@ bool isBeyondAscii(wchar_t c)
     return c >= 0x80;
 }
 
-/// Whether _wtoi may read `c` as a digit. It knows those of other scripts; here everything beyond ASCII may be one.
+/// Whether _wtoi may read `c` as a digit. It accepts digits of other scripts; here everything beyond ASCII may be one.
 bool isPartOfNumber(wchar_t c)
 {
     return isDigit(c) || isBeyondAscii(c);
 }
 
-/// Reads the numbers that start at each digit of a text, from front to back. Long runs of digits are not walked over
-/// again for each of their numbers.
+/// Reads the number that starts at each digit of a string, from front to back, without scanning a long run of digits
+/// again for each of them.
 class NumberReader
 {
 public:
@@ -59,12 +59,12 @@ public:
         }
         if (isBeyondAscii(*digit))
         {
-            return _wtoi(m_significant); // may be a digit of another script, which goes on with the number
+            return _wtoi(m_significant); // may be a digit of another script that continues the number
         }
         return value < INT_MAX ? static_cast<int>(value) : INT_MAX;
     }
 
-    /// Whether there are only digits from `text` on.
+    /// Whether only digits follow from `text` on.
     bool isLastAt(const wchar_t* text)
     {
         m_end = m_end < text ? text : m_end;
@@ -76,8 +76,8 @@ public:
     }
 
 private:
-    const wchar_t* m_significant; // behind the leading zeros
-    const wchar_t* m_end;         // behind the digits
+    const wchar_t* m_significant; // after the leading zeros
+    const wchar_t* m_end;         // after the digits
 };
 
 // NOLINTBEGIN(readability-implicit-bool-conversion): the sign of the difference
@@ -133,8 +133,8 @@ int qelString::strCompareNoCase(const void* a, const void* b)
     return compareNoCase(*static_cast<const qelString*>(a), *static_cast<const qelString*>(b));
 }
 
-// A text that begins another one, and a digit against what is none, give different answers depending on the side they
-// stand on. Deliberate.
+// Not symmetric: a string that is the beginning of the other, and a digit against a non-digit, compare differently in
+// `a` and `b`. Deliberate.
 int qelString::compareWithNumbers(const qelString& a, const qelString& b)
 {
     const wchar_t* left = a.m_rep->m_data;
@@ -148,7 +148,7 @@ int qelString::compareWithNumbers(const qelString& a, const qelString& b)
     {
         return 0;
     }
-    // What is equal decides nothing, save for the beginning of a number that goes on here.
+    // The equal part decides nothing, unless a number in it continues here.
     if (isPartOfNumber(left[at]) || isPartOfNumber(right[at]))
     {
         while (at > 0 && isPartOfNumber(left[at - 1]))

@@ -14,7 +14,7 @@ void qelString::SplitPath(qelString& drive, qelString& dir, qelString& fname, qe
     wchar_t parts[4][kPathCapacity];
     const errno_t failed = _wsplitpath_s(m_rep->m_data, parts[0], kPathCapacity, parts[1], kPathCapacity, parts[2],
                                          kPathCapacity, parts[3], kPathCapacity);
-    // This string may be one of the four; from here on only the parts count.
+    // This string may be one of the four, so it is not used from here on.
     drive = failed == 0 ? parts[0] : L"";
     dir = failed == 0 ? parts[1] : L"";
     fname = failed == 0 ? parts[2] : L"";

@@ -115,7 +115,7 @@ qelString& qelString::replace(int start, int count, const qelString& with)
     }
     const wchar_t* text = m_rep->m_data;
     const long long units = length();
-    // What stays behind the range: all of the text when the range ends before it.
+    // Units that stay after the range: all of them when the range ends before the string.
     const long long behind = units - start - count;
     const long long kept = behind < 0 ? 0 : behind > units ? units : behind;
     const long long before = start < 0 ? 0 : start > units ? units : start;

@@ -34,13 +34,13 @@ int qelString::find_last_of(unsigned short c) const
     return find_last_of(static_cast<wchar_t>(c));
 }
 
-// Deliberate: the range is the length of the wide text, though the bytes are those of the narrow one.
+// Deliberate: the range is the length of the wide form, but the bytes are those of the narrow one.
 int qelString::find_last_of(char c) const
 {
     const char* text = getStringA();
     const int bytes = static_cast<int>(qelUnits::measure(text, SIZE_MAX));
     const int units = length();
-    // A narrow form that is shorter than the text is read up to its terminator and no further.
+    // A narrow form shorter than that is read only up to its terminator.
     int i = units <= bytes ? units - 1 : bytes;
     while (i >= 0 && text[i] != c)
     {

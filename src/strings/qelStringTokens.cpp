@@ -7,7 +7,7 @@
 
 namespace
 {
-/// Finds one token after the other. A token is a stretch of the text: only separators between tokens are left out.
+/// Finds one token after the other. A token is a substring: only the separators between tokens are left out.
 class Scanner
 {
 public:
@@ -18,10 +18,10 @@ public:
     {
     }
 
-    /// Moves on to the next token; false behind the last one.
+    /// Moves to the next token; false after the last one.
     bool find()
     {
-        // A unit that is both counts as a quote.
+        // A unit that is both separator and quote counts as a quote.
         while (*m_next != 0 && m_separators->contains(*m_next) && !m_quotes->contains(*m_next))
         {
             ++m_next;
@@ -49,7 +49,7 @@ public:
     size_t length() const { return static_cast<size_t>(m_next - m_token); }
 
 private:
-    /// Where the text goes on behind a quoted section, a doubled quote being part of it.
+    /// The end of a quoted section; a doubled quote is part of it.
     static const wchar_t* behindQuoted(const wchar_t* text)
     {
         const wchar_t quote = *text++;
@@ -81,7 +81,7 @@ void qelString::getTokens(qelString& text, qelArray<qelString>& tokens, const qe
 
 void qelString::getTokens(qelString& text, qelArray<qelString>& tokens, const qelString& separators, qelString quotes)
 {
-    // The array may hold any of these: its elements change below.
+    // Copies, because any of these may be an element of the array.
     const qelString source(text);
     const qelString between(separators);
     const UnitSet separatorSet(between.m_rep->m_data, static_cast<size_t>(between.length()));

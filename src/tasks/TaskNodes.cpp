@@ -5,7 +5,7 @@ using qelTasks::TaskNodes;
 
 namespace
 {
-const size_t kNodesOfBlock = 127; // and the one that links the blocks: 3 KiB
+const size_t kNodesOfBlock = 127; // plus the one that links the blocks: 3 KiB
 } // namespace
 
 uint16_t qelTasks::countTasks(const TaskNode* queue)
@@ -76,7 +76,7 @@ TaskNode* TaskNodes::copyQueue(const TaskNode* queue)
     return copy;
 }
 
-/// Sees to it that the next `count` nodes need no memory.
+/// Allocates the next `count` nodes in advance.
 void TaskNodes::reserve(size_t count)
 {
     if (count <= m_spareLength)

@@ -119,11 +119,11 @@ WorkerGroup::~WorkerGroup()
     DeleteCriticalSection(&m_lock);
 }
 
-/// Null when the system refuses what a worker needs.
+/// Null when the system refuses.
 HANDLE WorkerGroup::startWorker()
 {
-    // A worker keeps the library loaded. The reference is taken here, not by the worker: the library could be gone
-    // before the worker takes its first step.
+    // A worker keeps the library loaded. The reference is taken here, because the library could be unloaded before the
+    // worker starts to run.
     const HMODULE module = m_event != nullptr ? thisModule(0) : nullptr;
     if (module == nullptr)
     {
@@ -148,11 +148,11 @@ DWORD WINAPI WorkerGroup::threadMain(void* argument)
         task.function(task.argument);
     }
     group->release();
-    // Does not come back: there may be no library any more to come back to.
+    // Does not return: the library may be gone.
     FreeLibraryAndExitThread(thisModule(GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT), 0);
 }
 
-/// Waits for a task. False when the worker is to end.
+/// Waits for a task. False when the worker must end.
 bool WorkerGroup::takeTask(Task& task)
 {
     for (;;)
@@ -180,11 +180,11 @@ bool WorkerGroup::takeTask(Task& task)
 }
 
 /**
- * Takes the lock, unless no worker is left to share it with. False then.
+ * Enters the lock; false, without entering, when no worker is left.
  *
- * When a process ends, the system ends all threads but one and signals their handles, and after that it unloads the
- * modules and destroys their static objects. A thread that was ended inside the lock keeps it. To enter it then would
- * hang, or make the system end the process on the spot; so it is only tried.
+ * When a process ends, Windows terminates all threads but one and signals their handles, then unloads the modules and
+ * destroys their static objects. A thread terminated inside the lock still owns it. Entering it then would hang or
+ * terminate the process at once, so it is only tried.
  */
 bool WorkerGroup::enterToLeave()
 {
@@ -211,7 +211,7 @@ bool WorkerGroup::isAnyWorkerRunning() const
     return false;
 }
 
-/// Signals the event while there is something to do; a system call only when that has changed. Under the lock.
+/// Signals the event while there is something to do, with a system call only on a change. Requires the lock.
 void WorkerGroup::updateEvent()
 {
     const bool signalled = m_count != 0 || m_stopping;

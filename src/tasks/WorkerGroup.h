@@ -1,4 +1,4 @@
-// The workers of a pool and what they share with it. Not part of the public interface.
+// The worker threads of a pool and what they share with it. Not part of the public interface.
 #ifndef QEL_WORKER_GROUP_H
 #define QEL_WORKER_GROUP_H
 
@@ -9,14 +9,14 @@
 namespace qelTasks
 {
 /**
- * The threads of one pool, and all that they need except the pool's queue: the lock of the queue, its length, the
- * memory for tasks, the event that idle workers wait for.
+ * The threads of one pool and their shared state, except the queue itself: its lock and length, the memory for tasks,
+ * and the event that idle workers wait for.
  *
- * A pool may be destroyed while its workers run, so a group lives on its own. The pool, each copy of it and each worker
- * hold a reference; the group goes with the last of them.
+ * Reference-counted, because a pool may be destroyed while its workers run. The pool, each copy of it and each worker
+ * hold a reference; the last one deletes the group.
  *
- * The head of the queue is a member of the pool object. Workers touch it only under the lock, and no more once the pool
- * has left the group. Copies have queues as well, which no worker ever touches.
+ * The head of the queue is a member of the pool object. Workers touch it only under the lock, and never after the pool
+ * has left the group. Copies have queues too, which no worker ever touches.
  */
 class WorkerGroup
 {
@@ -33,7 +33,7 @@ public:
     CRITICAL_SECTION* lock() { return &m_lock; }
     HANDLE event() const { return m_event; }
 
-    /// The workers in the order of their creation, null where the system refused one.
+    /// The workers in order of creation, null where the system refused one.
     HANDLE* handles() const { return m_handles; }
 
     /// Adds a reference.
@@ -42,14 +42,14 @@ public:
     /// Empties `queue` and drops a reference. If the workers serve that queue, each ends with its current task.
     void leave(TaskNode** queue);
 
-    // These want the caller to hold the lock. `queue` is the one that the workers serve, or that of a copy.
+    // The caller must hold the lock. `queue` is the one that the workers serve, or that of a copy.
 
     void push(TaskNode** queue, const Task& task);
 
-    /// The queue that a copy of the pool with this queue gets; for replace().
+    /// The queue for a copy of the pool with this queue; for replace().
     TaskNode* copyQueue(const TaskNode* queue);
 
-    /// Puts other tasks in place of those in `queue`.
+    /// Replaces the tasks in `queue`.
     void replace(TaskNode** queue, TaskNode* tasks);
 
     /// If the workers serve `queue`, they end when it is empty.
@@ -73,7 +73,7 @@ private:
     int m_threadCount; ///< never negative
     HANDLE m_event;    ///< manual reset; null when the system refused it
     volatile LONG m_references;
-    TaskNode** m_queue; ///< head of the queue that is served; null when its pool has left
+    TaskNode** m_queue; ///< head of the queue served; null when its pool has left
     uint16_t m_count;   ///< length of that queue; wraps
     bool m_stopping;    ///< workers end when the queue is empty
     bool m_signalled;   ///< state of the event

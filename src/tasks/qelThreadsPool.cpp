@@ -44,7 +44,7 @@ qelThreadsPool& qelThreadsPool::operator=(const qelThreadsPool& other)
         return *this;
     }
 
-    // Made first: when memory runs out, this pool is as it was.
+    // First: when out of memory, this pool stays as it was.
     TaskNode* tasks = nullptr;
     bool stopRequested = false;
     WorkerGroup* group = WorkerGroup::of(other.m_queueMutex);
@@ -95,7 +95,7 @@ void qelThreadsPool::WaitForThreadsToFinishWork()
         group->requestStop(&m_taskList);
     }
 
-    // The system waits for no more at once; deliberately there is no second wait.
+    // Windows waits for no more at once. Deliberately there is no second wait.
     if (m_threadCount > MAXIMUM_WAIT_OBJECTS)
     {
         return;
