@@ -13,8 +13,8 @@ import sys
 
 LINK = re.compile(r'(!?)\[((?:[^][]|\[[^]]*\])*)\]\(([^)\s]+)\)')
 END_OF_FIRST_PAGE = '<!-- For those who have the repository'
-WHERE_TO_GO_ON = ('All guides: @ref first_steps, @ref installation, @ref guides, @ref facts. The terms of what is inside '
-                  'the DLL: <code>THIRD-PARTY-NOTICES.md</code>, in the package.\n')
+WHERE_TO_GO_ON = ('All guides: @ref first_steps, @ref installation, @ref guides, @ref facts. The terms of what is '
+                  'inside the DLL: <code>THIRD-PARTY-NOTICES.md</code>, in the package.\n')
 CODE_SPAN = re.compile(r'(?<!`)(`+)(?!`)(.+?)(?<!`)\1(?!`)')
 
 
