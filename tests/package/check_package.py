@@ -68,7 +68,7 @@ def files_of(path, top):
 
 def differences(name, found, expected):
     for missing in sorted(expected - found):
-        yield f"{name}: {missing} is missing: cmake/Install.cmake should install it"
+        yield f"{name}: {missing} is missing: cmake/Install.cmake or cmake/Pages.cmake should name it"
     # Doxygen names its pages.
     for extra in sorted(file for file in found - expected if not file.startswith("docs/html/")):
         yield f"{name}: {extra} should not be there, or tests/package/check_package.py should expect it"
@@ -108,7 +108,7 @@ def names_of_the_repository(files, source):
     folders = "|".join(re.escape(name) for name in entries if (source / name).is_dir())
     root_files = "|".join(re.escape(name) for name in entries if not (source / name).is_dir())
     # Behind one of these characters it is the end of another path, such as D:/src or lib/cmake.
-    token = re.compile(rf"(?<![\w./\\$-])(?:(?:{folders})/[\w./-]*|(?:{root_files})(?![\w/-]))")
+    token = re.compile(rf"(?<![\w./\\$-])(?:(?:\./)?(?:{folders})/[\w./-]*|(?:{root_files})(?![\w/-]))")
     for name, data in files.items():
         if not name.endswith((".md", ".h", ".html")):
             continue
@@ -118,7 +118,7 @@ def names_of_the_repository(files, source):
         elif name.endswith(".md"):
             text = re.sub(r"\]\([^)\s]+\)", "]", text)  # links are checked above
         for found in sorted(set(token.findall(text))):
-            if not is_in(files, found.rstrip("./")):
+            if not is_in(files, found.strip("./")):
                 yield f"{name} names {found}, which the package does not have"
 
 
