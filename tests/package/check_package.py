@@ -110,7 +110,8 @@ def names_of_the_repository(files, source):
     # Behind one of these characters it is the end of another path, such as D:/src or lib/cmake.
     token = re.compile(rf"(?<![\w./\\$-])(?:(?:\./)?(?:{folders})/[\w./-]*|(?:{root_files})(?![\w/-]))")
     for name, data in files.items():
-        if not name.endswith((".md", ".h", ".html")):
+        # The notices are the words of others.
+        if not name.endswith((".md", ".h", ".html")) or name == "THIRD-PARTY-NOTICES.md":
             continue
         text = data.decode("utf-8")
         if name.endswith(".html"):
