@@ -102,13 +102,13 @@ if(qel_end EQUAL -1)
   message(FATAL_ERROR "README.md has lost the comment that begins the part for those who have the repository.")
 endif()
 string(SUBSTRING "${qel_first_page}" 0 ${qel_end} qel_first_page)
-string(APPEND qel_first_page "All pages and the reference of all classes, for a browser: "
-  "[docs/html/index.html](docs/html/index.html). The terms of what is\ninside the DLL: "
-  "[THIRD-PARTY-NOTICES.md](THIRD-PARTY-NOTICES.md).\n")
+string(APPEND qel_first_page
+  "All pages and the reference of all classes, for a browser: [docs/html/index.html](docs/html/index.html).\n"
+  "The terms of what is inside the DLL: [THIRD-PARTY-NOTICES.md](THIRD-PARTY-NOTICES.md).\n")
 file(WRITE ${PROJECT_BINARY_DIR}/README.md "${qel_first_page}")
 install(FILES ${PROJECT_BINARY_DIR}/README.md DESTINATION ${qel_documentation_folder} COMPONENT documentation)
 
-foreach(page IN LISTS qel_pages)
+foreach(page IN LISTS qel_pages qel_pictures)
   cmake_path(GET page PARENT_PATH folder)
   install(FILES ${page} DESTINATION ${qel_documentation_folder}/${folder} COMPONENT documentation)
 endforeach()

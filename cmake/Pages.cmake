@@ -20,3 +20,4 @@ set(qel_pages
   docs/runtimes.md
   docs/binary-compatibility.md
   CHANGELOG.md)
+set(qel_pictures docs/progress-dialog.png)

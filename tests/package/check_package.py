@@ -49,6 +49,7 @@ def expected_files(source, abi, configuration):
         "symbols": {SYMBOLS[abi]},
         "documentation": {f"docs/{path.name}" for path in (source / "docs").glob("*.md")
                           if path.name not in PAGES_OF_THE_REPOSITORY} | {
+            f"docs/{path.name}" for path in (source / "docs").glob("*.png")} | {
             "CHANGELOG.md",
             "README.md",
             "docs/html/index.html",
