@@ -2,6 +2,7 @@
 # to the place of installation, and no installed file knows where it was built or where it lies.
 include(CMakePackageConfigHelpers)
 include(CheckCXXSourceCompiles)
+include(${CMAKE_CURRENT_LIST_DIR}/Pages.cmake)
 
 # As package names and the CMake package spell it.
 if(MINGW)
@@ -57,32 +58,6 @@ set(qel_headers
   include/qelVersion.h
   include/qelZClipping.h)
 
-set(qel_pages
-  docs/architecture.md
-  docs/binary-compatibility.md
-  docs/building.md
-  docs/configuration.md
-  docs/data-sources.md
-  docs/debugging.md
-  docs/demo.md
-  docs/diagnose.md
-  docs/diagnostics.md
-  docs/embedding.md
-  docs/files-and-registry.md
-  docs/how-to.md
-  docs/numbering.md
-  docs/numerics.md
-  docs/package.md
-  docs/patterns.md
-  docs/performance.md
-  docs/progress-dialog.png
-  docs/progress.md
-  docs/runtimes.md
-  docs/surprises.md
-  docs/test-kit.md
-  docs/testing.md
-  docs/worker-pool.md)
-
 install(TARGETS VarnelQELRoots EXPORT VarnelQELRootsTargets
   RUNTIME DESTINATION bin COMPONENT runtime
   ARCHIVE DESTINATION lib COMPONENT development)
@@ -119,8 +94,24 @@ install(FILES
 get_target_property(qel_symbols VarnelQELRoots QEL_SYMBOLS)
 install(FILES ${qel_symbols} DESTINATION bin COMPONENT symbols)
 
-install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${qel_documentation_folder} COMPONENT documentation)
-install(FILES ${qel_pages} DESTINATION ${qel_documentation_folder}/docs COMPONENT documentation)
+# Of the first page, what stands before the part for those who have the repository.
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS README.md)
+file(READ README.md qel_first_page)
+string(FIND "${qel_first_page}" "<!-- For those who have the repository" qel_end)
+if(qel_end EQUAL -1)
+  message(FATAL_ERROR "README.md has lost the comment that begins the part for those who have the repository.")
+endif()
+string(SUBSTRING "${qel_first_page}" 0 ${qel_end} qel_first_page)
+string(APPEND qel_first_page
+  "All pages and the reference of all classes, for a browser: [docs/html/index.html](docs/html/index.html).\n"
+  "The terms of what is inside the DLL: [THIRD-PARTY-NOTICES.md](THIRD-PARTY-NOTICES.md).\n")
+file(WRITE ${PROJECT_BINARY_DIR}/README.md "${qel_first_page}")
+install(FILES ${PROJECT_BINARY_DIR}/README.md DESTINATION ${qel_documentation_folder} COMPONENT documentation)
+
+foreach(page IN LISTS qel_pages qel_pictures)
+  cmake_path(GET page PARENT_PATH folder)
+  install(FILES ${page} DESTINATION ${qel_documentation_folder}/${folder} COMPONENT documentation)
+endforeach()
 # The pages for a browser, where the target docs has made them.
 install(DIRECTORY ${PROJECT_BINARY_DIR}/docs/html DESTINATION ${qel_documentation_folder}/docs
   COMPONENT documentation OPTIONAL)

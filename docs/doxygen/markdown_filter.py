@@ -2,15 +2,19 @@
 """Filter of Doxygen for Markdown pages; usage: markdown_filter.py SOURCE_FOLDER PAGE.md
 
 The pages are written for a browser of the repository. This makes their links work among the pages of Doxygen as well:
-headings get the anchors that such a browser gives them, links to pages, headings and headers become references, and
-links to other files of the repository become plain text. Code within a line becomes HTML, in which the names of
-classes are links.
+headings get the anchors that such a browser gives them, links to the pages for users (cmake/Pages.cmake), to headings
+and to headers become references, and links to other files of the repository become plain text. Code within a line
+becomes HTML, in which the names of classes are links. Of README.md, what is for those who have the repository is left
+out.
 """
 import os
 import re
 import sys
 
 LINK = re.compile(r'(!?)\[((?:[^][]|\[[^]]*\])*)\]\(([^)\s]+)\)')
+END_OF_FIRST_PAGE = '<!-- For those who have the repository'
+WHERE_TO_GO_ON = ('All guides: @ref first_steps, @ref installation, @ref guides, @ref facts. The terms of what is '
+                  'inside the DLL: <code>THIRD-PARTY-NOTICES.md</code>, in the package.\n')
 CODE_SPAN = re.compile(r'(?<!`)(`+)(?!`)(.+?)(?<!`)\1(?!`)')
 
 
@@ -38,10 +42,17 @@ def classify(lines):
             yield 'code' if line.startswith('    ') else 'text', line
 
 
+def pages_for_users(root):
+    """Paths of the pages that the pages of Doxygen are made of."""
+    with open(os.path.join(root, 'cmake', 'Pages.cmake'), encoding='utf-8') as file:
+        return {os.path.join(root, name) for name in ['README.md', *re.findall(r'\S+\.md', file.read())]}
+
+
 class Page:
     def __init__(self, root, path):
         self.root = root
         self.path = path
+        self.others = pages_for_users(root)
 
     def label(self, path, anchor=''):
         """Name of a page, or of a heading in it, for Doxygen."""
@@ -58,17 +69,24 @@ class Page:
 
     def rewrite_link(self, match):
         image, text, target = match.groups()
+        # Doxygen would show the tags.
+        text = re.sub(r'</?code>', '', text)
         if re.match(r'[a-z]+:', target):
             return match.group()
         path, _, anchor = target.partition('#')
         path = os.path.normpath(os.path.join(os.path.dirname(self.path), path)) if path else self.path
         if image:
             return f'![{text}]({os.path.basename(path)})'
-        if path.endswith('.md'):
+        if path in self.others:
             return f'[{text}](@ref {self.label(path, anchor)})'
         if os.path.dirname(path) == os.path.join(self.root, 'include') and path.endswith('.h') and os.path.exists(path):
             return f'[{text}](@ref {self.page_of_header(path)})'
         return text
+
+    def rewrite_text(self, line):
+        line = LINK.sub(self.rewrite_link, CODE_SPAN.sub(self.rewrite_code, line))
+        # Doxygen misses the end behind a tag.
+        return re.sub(r'(?<!\\)\*\*(.+?)\*\*', r'<b>\1</b>', line)
 
     @staticmethod
     def rewrite_code(match):
@@ -79,6 +97,9 @@ class Page:
     def rewrite(self, lines):
         taken = {}
         for kind, line in classify(lines):
+            if line.startswith(END_OF_FIRST_PAGE):
+                yield WHERE_TO_GO_ON
+                return
             if kind == 'heading':
                 marks, text = re.match(r'(#+) (.+?)\s*#*$', line).groups()
                 anchor = anchor_of(text, taken)
@@ -90,7 +111,7 @@ class Page:
                 else:
                     line = f'{marks} {text} {{#{self.label(self.path, anchor)}}}\n'
             elif kind == 'text':
-                line = LINK.sub(self.rewrite_link, CODE_SPAN.sub(self.rewrite_code, line))
+                line = self.rewrite_text(line)
             yield line
 
 

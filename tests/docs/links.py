@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Whether every link in the Markdown pages and in the pages of Doxygen leads somewhere.
+"""Whether every link in the Markdown pages and in the pages of Doxygen leads somewhere, and every page has its group.
 
 usage: links.py SOURCE_FOLDER HTML_FOLDER
 """
@@ -67,6 +67,16 @@ def dead_links(pages):
                 yield f'{path}:{line}: {os.path.basename(file)} has no anchor "{anchor}"'
 
 
+def ungrouped(source, built):
+    """Pages that would stand in the navigation beside the groups of pages."""
+    with open(os.path.join(source, 'docs', 'doxygen', 'groups.dox'), encoding='utf-8') as file:
+        grouped = set(re.findall(r'@subpage (\w+)', file.read()))
+    for path in glob.glob(os.path.join(built, 'page_*.html')):
+        label = os.path.basename(path)[:-len('.html')]
+        if label not in grouped:
+            yield f'{path} belongs to none of the groups in docs/doxygen/groups.dox'
+
+
 def main():
     source, built = sys.argv[1:]
     pages = {path: MarkdownPage(path)
@@ -76,9 +86,10 @@ def main():
     if os.path.join(built, 'index.html') not in pages:
         sys.exit(f'there are no pages in {built}')
     dead = list(dead_links(pages))
-    print('\n'.join(dead))
+    lonely = list(ungrouped(source, built))
+    print('\n'.join(dead + lonely))
     print('%d links in %d pages, %d of them dead' % (sum(len(p.links) for p in pages.values()), len(pages), len(dead)))
-    sys.exit(bool(dead))
+    sys.exit(bool(dead or lonely))
 
 
 main()

@@ -9,6 +9,7 @@ the version from include/qelVersion.h.
 """
 
 import argparse
+import html
 import json
 import pathlib
 import posixpath
@@ -22,6 +23,8 @@ VIEWS = {"mingw": {"bin/VarnelQELRoots.dll-gdb.py"}, "visualcpp": set()}
 # Of what the DLL carries inside.
 TERMS = {"mingw": (b"Boost Software License - Version 1.0", b"GCC RUNTIME LIBRARY EXCEPTION", b"the mingw-w64 project"),
          "visualcpp": (b"Boost Software License - Version 1.0", b"LLVM Exceptions")}
+# Of the repository; what they say is nothing that a host needs.
+PAGES_OF_THE_REPOSITORY = {"architecture.md", "building.md", "demo.md", "test-kit.md", "testing.md"}
 SYMBOLS = {"mingw": "bin/VarnelQELRoots.dll.debug", "visualcpp": "bin/VarnelQELRoots.pdb"}
 
 
@@ -31,7 +34,7 @@ def version_of_header(source):
 
 
 def expected_files(source, abi, configuration):
-    """What each component should hold. Every header and every page on the disk belongs in the package."""
+    """What each component should hold. Every header and every page for users on the disk belongs in the package."""
     return {
         "runtime": {"bin/VarnelQELRoots.dll", "THIRD-PARTY-NOTICES.md"},
         "tools": {"bin/qelDiagnose.exe"},
@@ -44,9 +47,10 @@ def expected_files(source, abi, configuration):
             "share/VarnelQELRoots/VarnelQELRoots.natvis",
         },
         "symbols": {SYMBOLS[abi]},
-        "documentation": {f"docs/{path.name}" for path in (source / "docs").iterdir() if path.is_file()} | {
+        "documentation": {f"docs/{path.name}" for path in (source / "docs").glob("*.md")
+                          if path.name not in PAGES_OF_THE_REPOSITORY} | {
+            f"docs/{path.name}" for path in (source / "docs").glob("*.png")} | {
             "CHANGELOG.md",
-            "CONTRIBUTING.md",
             "README.md",
             "docs/html/index.html",
         },
@@ -65,20 +69,87 @@ def files_of(path, top):
 
 def differences(name, found, expected):
     for missing in sorted(expected - found):
-        yield f"{name}: {missing} is missing: cmake/Install.cmake should install it"
+        yield f"{name}: {missing} is missing: cmake/Install.cmake or cmake/Pages.cmake should name it"
     # Doxygen names its pages.
     for extra in sorted(file for file in found - expected if not file.startswith("docs/html/")):
         yield f"{name}: {extra} should not be there, or tests/package/check_package.py should expect it"
 
 
 def broken_links(files):
-    """Links between the pages that lead nowhere in the package."""
+    """Links between the pages that lead nowhere in the package, and headings that are not there."""
+    anchors = {name: anchors_of(data.decode("utf-8")) for name, data in files.items() if name.endswith(".md")}
+    for name in anchors:
+        for target in re.findall(r"\]\(([^)\s]+)\)", without_code(files[name].decode("utf-8"))):
+            path, _, anchor = target.partition("#")
+            path = posixpath.normpath(posixpath.join(posixpath.dirname(name), path)) if path else name
+            if "://" in target:
+                continue
+            if not is_in(files, path):
+                yield f"{name} links to {target}, which the package does not have"
+            elif anchor and path in anchors and anchor not in anchors[path]:
+                yield f"{name} links to {target}, and there is no such heading"
+
+
+def without_code(page):
+    return re.sub(r"^ *```.*?^ *```$|`[^`\n]+`", "", page, flags=re.MULTILINE | re.DOTALL)
+
+
+def anchors_of(page):
+    return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-")
+            for heading in re.findall(r"^#+ (.+)$", page, re.MULTILINE)}
+
+
+def is_in(files, path):
+    return path in files or any(file.startswith(path.rstrip("/") + "/") for file in files)
+
+
+def names_of_the_repository(files, source):
+    """What the package's texts name although only the repository has it: tools/test.sh, src/, CMakePresets.json."""
+    entries = [path.name for path in source.iterdir() if path.name not in (".git", "build", "CMakeLists.txt")]
+    folders = "|".join(re.escape(name) for name in entries if (source / name).is_dir())
+    root_files = "|".join(re.escape(name) for name in entries if not (source / name).is_dir())
+    # Behind one of these characters it is the end of another path, such as D:/src or lib/cmake.
+    token = re.compile(rf"(?<![\w./\\$-])(?:(?:\./)?(?:{folders})/[\w./-]*|(?:{root_files})(?![\w/-]))")
     for name, data in files.items():
-        if name.endswith(".md"):
-            for target in re.findall(r"\]\(([^)#\s]+)", data.decode("utf-8")):
-                path = posixpath.normpath(posixpath.join(posixpath.dirname(name), target))
-                if "://" not in target and path not in files and not any(file.startswith(path + "/") for file in files):
-                    yield f"{name} links to {target}, which the package does not have"
+        # The notices are the words of others.
+        if not name.endswith((".md", ".h", ".html")) or name == "THIRD-PARTY-NOTICES.md":
+            continue
+        text = data.decode("utf-8")
+        if name.endswith(".html"):
+            text = html.unescape(re.sub(r"<script.*?</script>|<[^>]*>", "", text, flags=re.DOTALL))
+        elif name.endswith(".md"):
+            text = re.sub(r"\]\([^)\s]+\)", "]", text)  # links are checked above
+        for found in sorted(set(token.findall(text))):
+            if not is_in(files, found.strip("./")):
+                yield f"{name} names {found}, which the package does not have"
+
+
+def first_page(files, source):
+    """README.md is the repository's as far as it is for users, and says where everything else is."""
+    whole = (source / "README.md").read_text(encoding="utf-8")
+    users, mark, others = whole.partition("<!-- For those who have the repository")
+    readme = files.get("README.md", b"").decode("utf-8")
+    if not mark or not readme.startswith(users):
+        yield "README.md does not begin like that of the repository, up to the comment about those who have it"
+    for target in ("docs/html/index.html", "THIRD-PARTY-NOTICES.md"):
+        if f"]({target})" not in readme:
+            yield f"README.md has no link to {target}"
+    # What is for those who have the repository begins with a heading.
+    heading = re.search(r"^## (.+)$", others, re.MULTILINE)
+    for name in ("README.md", "docs/html/index.html"):
+        if heading and heading[1] in files.get(name, b"").decode("utf-8"):
+            yield f'{name} has the part "{heading[1]}", which is for those who have the repository'
+
+
+def strange_html_pages(files):
+    """The pages for a browser are made of the Markdown pages in the package."""
+    made = {"docs/html/page_" + re.sub(r"\W", "_", name[:-len(".md")]).lower() + ".html"
+            for name in files if name.endswith(".md") and name not in ("README.md", "THIRD-PARTY-NOTICES.md")}
+    there = {name for name in files if name.startswith("docs/html/page_") and name.endswith(".html")}
+    for name in sorted(made - there):
+        yield f"{name} is missing: cmake/Pages.cmake should name the page"
+    for name in sorted(there - made):
+        yield f"{name} is made of a page that the package does not have"
 
 
 def paths_of_the_build(name, data, places):
@@ -113,6 +184,9 @@ def check(arguments):
 
     whole = contents.get(f"{top}.zip", {})
     yield from broken_links(whole)
+    yield from names_of_the_repository(whole, arguments.source)
+    yield from first_page(whole, arguments.source)
+    yield from strange_html_pages(whole)
     for name, data in whole.items():
         if name.endswith(".pdb"):
             continue  # tells the debugger where the sources were, for those who build from them
