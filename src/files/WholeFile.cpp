@@ -185,14 +185,13 @@ void assign(qelString& contents, const char* text, size_t length)
     qelStringAccess::assign(contents, text, qelUnits::measure(text, length), CP_ACP);
 }
 
-/// Wipes the first `count` units when it goes, or as many as there is room for.
+/// Wipes units when it goes.
 template <typename Unit> struct Wiped
 {
-    ~Wiped() { qelText::scrub(text, smaller(count, room) * sizeof(Unit)); }
+    ~Wiped() { qelText::scrub(text, length * sizeof(Unit)); }
 
     Unit* text;
-    size_t room;
-    const size_t& count;
+    size_t length;
 };
 
 /// Reads up to `maxLength` units from a source and returns how many there were. `contents` takes the first `capacity`
@@ -202,12 +201,12 @@ size_t collect(Source& source, Unit* text, size_t capacity, qelString& contents,
 {
     const size_t most = smaller(maxLength, capacity);
     size_t count = 0;
-    const Wiped<Unit> wiped = {text, most, count};
     for (size_t got = 1; got != 0 && count < most; count += got)
     {
         got = source(text + count, most - count);
     }
-    assign(contents, text, smaller(count, most));
+    const Wiped<Unit> kept = {text, smaller(count, most)};
+    assign(contents, kept.text, kept.length);
     for (size_t got = 1; got != 0 && count < maxLength; count += got)
     {
         got = source(text, smaller(maxLength - count, capacity));
