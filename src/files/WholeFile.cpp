@@ -50,7 +50,7 @@ template <typename Unit> size_t translateLines(Unit* text, size_t length, bool& 
 {
     const Unit controlZ = 0x1A;
     const Unit* const end = find(text, text + length, controlZ);
-    ended = end != text + length;
+    ended = ended || end != text + length;
     Unit* to = text;
     for (const Unit* from = text; from < end;)
     {

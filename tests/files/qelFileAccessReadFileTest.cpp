@@ -181,6 +181,12 @@ TEST(qelFileAccessReadFileWithKey, EndsAtAnEndOfFileCharacter)
             EXPECT_EQ(readContent(inForm(form, L"ab\x1Axy", key), L"r", key), (Read{2, L"ab"}));
             EXPECT_EQ(readContent(inForm(form, L"\r\x1A", key), L"r", key), (Read{1, L"\r"}));
             EXPECT_EQ(readContent(inForm(form, L"\x1A", key), L"r", key), (Read{0, L""}));
+            // Also where more of the file could be read.
+            const std::string content = inForm(form, L"ab\x1A" + std::wstring(100, L'x'), key);
+            for (size_t length = 3; length < 100; ++length)
+            {
+                EXPECT_EQ(readContent(content, L"r", key, length), (Read{2, L"ab"}));
+            }
         }
     }
 }
