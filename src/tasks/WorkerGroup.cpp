@@ -38,16 +38,18 @@ void WorkerGroup::join()
 
 void WorkerGroup::leave(TaskNode** queue)
 {
-    if (enterToLeave())
+    const bool entered = enterToLeave();
+    // Only workers act on these: where none is left but the caller, they need no lock.
+    if (m_queue == queue)
+    {
+        m_queue = nullptr;
+        m_count = 0;
+        m_stopping = true;
+        updateEvent();
+    }
+    if (entered)
     {
         m_nodes.giveBack(*queue);
-        if (m_queue == queue)
-        {
-            m_queue = nullptr;
-            m_count = 0;
-            m_stopping = true;
-            updateEvent();
-        }
         LeaveCriticalSection(&m_lock);
     }
     *queue = nullptr;
@@ -180,7 +182,7 @@ bool WorkerGroup::takeTask(Task& task)
 }
 
 /**
- * Takes the lock, unless no worker is left to share it with. False then.
+ * Takes the lock. Where it is taken and no other worker is left, false; the queue's nodes then stay with the group.
  *
  * When a process ends, the system ends all threads but one and signals their handles, and after that it unloads the
  * modules and destroys their static objects. A thread that was ended inside the lock keeps it. To enter it then would
@@ -190,7 +192,7 @@ bool WorkerGroup::enterToLeave()
 {
     while (!TryEnterCriticalSection(&m_lock))
     {
-        if (!isAnyWorkerRunning())
+        if (!isAnotherWorkerRunning())
         {
             return false;
         }
@@ -199,11 +201,13 @@ bool WorkerGroup::enterToLeave()
     return true;
 }
 
-bool WorkerGroup::isAnyWorkerRunning() const
+bool WorkerGroup::isAnotherWorkerRunning() const
 {
     for (int i = 0; i < m_threadCount; ++i)
     {
-        if (m_handles[i] != nullptr && WaitForSingleObject(m_handles[i], 0) == WAIT_TIMEOUT)
+        // A task may end the process: then its worker is the thread that is left.
+        if (m_handles[i] != nullptr && GetThreadId(m_handles[i]) != GetCurrentThreadId() &&
+            WaitForSingleObject(m_handles[i], 0) == WAIT_TIMEOUT)
         {
             return true;
         }
