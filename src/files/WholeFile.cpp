@@ -201,13 +201,14 @@ size_t collect(Source& source, Unit* text, size_t capacity, qelString& contents,
 {
     const size_t most = smaller(maxLength, capacity);
     size_t count = 0;
-    for (size_t got = 1; got != 0 && count < most; count += got)
+    size_t got = 1;
+    for (; got != 0 && count < most; count += got)
     {
         got = source(text + count, most - count);
     }
     const Wiped<Unit> kept = {text, smaller(count, most)};
     assign(contents, kept.text, kept.length);
-    for (size_t got = 1; got != 0 && count < maxLength; count += got)
+    for (; got != 0 && count < maxLength; count += got)
     {
         got = source(text, smaller(maxLength - count, capacity));
     }

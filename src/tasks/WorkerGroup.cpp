@@ -182,7 +182,8 @@ bool WorkerGroup::takeTask(Task& task)
 }
 
 /**
- * Takes the lock. Where it is taken and no other worker is left, false; the queue's nodes then stay with the group.
+ * Takes the lock. False where somebody holds it and no other worker is left; the nodes of the queue then stay with the
+ * group.
  *
  * When a process ends, the system ends all threads but one and signals their handles, and after that it unloads the
  * modules and destroys their static objects. A thread that was ended inside the lock keeps it. To enter it then would
