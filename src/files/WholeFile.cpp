@@ -32,15 +32,9 @@ size_t smaller(size_t a, size_t b)
 }
 
 /// The first `c` in the text from `text` to `end`, or `end`.
-const char* find(const char* text, const char* end, char c)
+template <typename Unit> const Unit* find(const Unit* text, const Unit* end, Unit c)
 {
-    const void* found = memchr(text, c, static_cast<size_t>(end - text));
-    return found == nullptr ? end : static_cast<const char*>(found);
-}
-
-const wchar_t* find(const wchar_t* text, const wchar_t* end, wchar_t c)
-{
-    const wchar_t* found = qelUnits::find(text, end, c);
+    const Unit* found = qelUnits::find(text, end, c);
     return found == nullptr ? end : found;
 }
 
@@ -48,14 +42,14 @@ const wchar_t* find(const wchar_t* text, const wchar_t* end, wchar_t c)
 /// the text. Returns its length.
 template <typename Unit> size_t translateLines(Unit* text, size_t length, bool& ended)
 {
-    const Unit controlZ = 0x1A;
-    const Unit* const end = find(text, text + length, controlZ);
-    ended = ended || end != text + length;
+    const Unit* const all = text + length;
+    const Unit* const end = find<Unit>(text, all, 0x1A);
+    ended = ended || end != all;
     Unit* to = text;
     for (const Unit* from = text; from < end;)
     {
         // From one carriage return to the next.
-        const Unit* const next = find(from + 1, end, '\r');
+        const Unit* const next = find<Unit>(from + 1, end, '\r');
         from += *from == '\r' && end - from > 1 && from[1] == '\n' ? 1 : 0;
         if (to != from)
         {
