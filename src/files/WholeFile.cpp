@@ -1,11 +1,12 @@
-// Reads whole files.
+// Reads a file whole.
 //
-// With a key, reads blocks from the file handle below the stream and converts them with the system's functions. The
-// stream's own translation is several times slower and leaves text in buffers that nobody wipes.
+// Behind a key, the bytes come in blocks from the file handle below the stream, and the system converts them. The
+// stream's own translation takes several times as long and leaves text in buffers that nobody wipes.
 
 #include "files/WholeFile.h"
 
 #include "strings/CodePage.h"
+#include "strings/StringAccess.h"
 #include "strings/Text.h"
 
 #include <fcntl.h>
@@ -20,11 +21,9 @@ enum Form
     kUtf16
 };
 
-const char kControlZ = 0x1A;
-
 const size_t kBlock = 0x10000;
 
-/// Greatest size of a character, or of CR LF, in bytes.
+/// No character takes more bytes, nor a carriage return with its line feed more units.
 const size_t kLongest = 4;
 
 size_t smaller(size_t a, size_t b)
@@ -32,160 +31,178 @@ size_t smaller(size_t a, size_t b)
     return a < b ? a : b;
 }
 
-/// Whether no unit in a chunk is a carriage return or an end-of-file character.
-template <typename Unit> bool isPlain(__m128i chunk)
+/// The first `c` in the text from `text` to `end`, or `end`.
+template <typename Unit> const Unit* find(const Unit* text, const Unit* end, Unit c)
 {
-    const __m128i special = sizeof(Unit) == 1 ? _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('\r')),
-                                                             _mm_cmpeq_epi8(chunk, _mm_set1_epi8(kControlZ)))
-                                              : _mm_or_si128(_mm_cmpeq_epi16(chunk, _mm_set1_epi16('\r')),
-                                                             _mm_cmpeq_epi16(chunk, _mm_set1_epi16(kControlZ)));
-    return _mm_movemask_epi8(special) == 0;
+    const Unit* found = qelUnits::find(text, end, c);
+    return found == nullptr ? end : found;
 }
 
-/// Converts in place to what a text mode reads: "\r " becomes a line feed, and an end-of-file character ends the text.
-/// Returns the new length.
+/// Makes of the text, in place, what a text mode delivers: "\r\n" is one line feed, and an end-of-file character ends
+/// the text. Returns its length.
 template <typename Unit> size_t translateLines(Unit* text, size_t length, bool& ended)
 {
-    const ptrdiff_t chunkLength = sizeof(__m128i) / sizeof(Unit);
+    const Unit* const all = text + length;
+    const Unit* const end = find<Unit>(text, all, 0x1A);
+    ended = ended || end != all;
     Unit* to = text;
-    const Unit* from = text;
-    const Unit* const end = text + length;
-    while (from < end)
+    for (const Unit* from = text; from < end;)
     {
-        if (end - from >= chunkLength)
-        {
-            // The fast path.
-            const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
-            if (isPlain<Unit>(chunk))
-            {
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(to), chunk);
-                to += chunkLength;
-                from += chunkLength;
-                continue;
-            }
-        }
-        if (*from == kControlZ)
-        {
-            ended = true;
-            break;
-        }
+        // From one carriage return to the next.
+        const Unit* const next = find<Unit>(from + 1, end, '\r');
         from += *from == '\r' && end - from > 1 && from[1] == '\n' ? 1 : 0;
-        *to++ = *from++;
+        if (to != from)
+        {
+            memmove(to, from, static_cast<size_t>(next - from) * sizeof(Unit));
+        }
+        to += next - from;
+        from = next;
     }
     return static_cast<size_t>(to - text);
 }
 
-/// Reads a file as UTF-16 or, when ANSI, as bytes.
+/// The text of a file as UTF-16 or, where it is ANSI, as bytes.
 class FileText
 {
 public:
     FileText(HANDLE file, Form form, bool textMode, long long start)
         : m_file(file)
         , m_form(form)
+        , m_size(form == kUtf16 ? sizeof(wchar_t) : 1)
         , m_textMode(textMode)
         , m_ended(false)
         , m_position(start)
-        , m_memory(kBlock + kBlock * sizeof(wchar_t))
-        , m_block(m_memory.data())
+        , m_utf8(form == kUtf8 ? kBlock : 0)
     {
     }
 
-    /// File position of the next character.
+    /// Where in the file the next character stands.
     long long position() const { return m_position; }
 
-    /// Reads up to `room` units and returns how many, 0 only at the end. A character that does not fit is truncated,
-    /// but position() moves past it.
+    /// Reads up to `room` units and returns how many there are, 0 only at the end. A character that does not fit is
+    /// cut, but counts whole. Nothing else is left in the room.
     template <typename Unit> size_t operator()(Unit* to, size_t room)
     {
-        const size_t bytes = readBlock(room, m_form == kUtf16 ? 2 : 1);
-        Unit* units = reinterpret_cast<Unit*>(m_block);
-        size_t length = bytes / sizeof(Unit);
-        if (m_form == kUtf8)
+        if (room >= 2 * kLongest)
         {
-            auto* const converted = reinterpret_cast<wchar_t*>(m_block + kBlock);
-            units = reinterpret_cast<Unit*>(converted);
-            // An empty block is an error to the call, which also returns 0.
-            length = static_cast<size_t>(
-                MultiByteToWideChar(CP_UTF8, 0, m_block, static_cast<int>(bytes), converted, kBlock));
+            return readUnits(to, room, false);
         }
-        if (m_textMode)
-        {
-            length = translateLines(units, length, m_ended);
-        }
-        memcpy(to, units, smaller(length, room) * sizeof(Unit));
+        Unit character[kLongest];
+        const size_t length = readUnits(character, kLongest, true);
+        memcpy(to, character, smaller(length, room) * sizeof(Unit));
+        qelText::scrub(character, sizeof character);
         return length;
     }
 
 private:
-    /// Reads as many whole characters as surely fit, at least one. Returns the number of bytes.
-    size_t readBlock(size_t room, size_t size)
+    /// Reads as many whole characters as surely fit, or a single one.
+    template <typename Unit> size_t readUnits(Unit* to, size_t room, bool single)
     {
-        const bool single = room * size < 2 * kLongest;
-        const size_t wanted = single ? kLongest : smaller(room * size, kBlock);
-        const size_t available = m_ended ? 0 : readBytes(wanted);
-        size_t length = available;
-        if (single)
+        const bool converts = m_form == kUtf8;
+        char* const bytes = converts ? m_utf8.data() : reinterpret_cast<char*>(to);
+        const size_t wanted = (converts ? smaller(room, kBlock) : room) * m_size;
+        size_t filled = m_ended ? 0 : readBytes(bytes, wanted);
+        const size_t used = single ? firstCut(bytes, filled) : filled == wanted ? lastCut(bytes, filled) : filled;
+        m_position += static_cast<long long>(used);
+
+        size_t length = used / sizeof(Unit);
+        if (converts)
         {
-            for (length = smaller(size, available); length < available && divides(length, size);)
-            {
-                length += size;
-            }
+            // No bytes are an error to the call, and give 0 as well.
+            length = static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes, static_cast<int>(used),
+                                                             reinterpret_cast<wchar_t*>(to), static_cast<int>(room)));
+            filled = length * sizeof(Unit);
         }
-        else if (available == wanted)
+        if (m_textMode)
         {
-            // What follows the block is unknown. Malformed text may have no place to split.
-            length -= size;
-            for (size_t step = 1; step < kLongest && divides(length, size); ++step)
-            {
-                length -= size;
-            }
+            length = translateLines(to, length, m_ended);
         }
-        m_position += static_cast<long long>(length);
+        qelText::scrub(to + length, filled - length * sizeof(Unit));
         return length;
     }
 
-    size_t readBytes(size_t wanted) const
+    size_t readBytes(char* bytes, size_t wanted) const
     {
         OVERLAPPED from = {};
         from.Offset = static_cast<DWORD>(m_position);
         from.OffsetHigh = static_cast<DWORD>(m_position >> 32);
         DWORD got = 0;
-        return ReadFile(m_file, m_block, static_cast<DWORD>(wanted), &got, &from) != 0 ? got : 0;
+        return ReadFile(m_file, bytes, static_cast<DWORD>(wanted), &got, &from) != 0 ? got : 0;
     }
 
-    /// Whether a split at this place of the block divides a UTF-8 character or a line end.
-    bool divides(size_t place, size_t size) const
+    /// Where the first character ends.
+    size_t firstCut(const char* bytes, size_t count) const
     {
-        const char* const at = m_block + place;
+        size_t cut = smaller(m_size, count);
+        while (cut + m_size <= count && divides(bytes + cut))
+        {
+            cut += m_size;
+        }
+        return cut;
+    }
+
+    /// Where the last character begins: it is not known what follows the bytes.
+    size_t lastCut(const char* bytes, size_t count) const
+    {
+        size_t cut = count - m_size;
+        for (size_t step = 1; step < kLongest && divides(bytes + cut); ++step)
+        {
+            cut -= m_size;
+        }
+        // Behind more bytes than follow the first one of any character, all places are good.
+        return divides(bytes + cut) ? count - m_size : cut;
+    }
+
+    /// Whether a cut at this place, which is not the first one, divides a character of UTF-8, or a line end.
+    bool divides(const char* at) const
+    {
         return (m_form == kUtf8 && (*at & 0xC0) == 0x80) ||
-               (m_textMode && memcmp(at - size, "\r", size) == 0 && memcmp(at, "\n", size) == 0);
+               (m_textMode && memcmp(at - m_size, "\r", m_size) == 0 && memcmp(at, "\n", m_size) == 0);
     }
 
     HANDLE m_file;
     Form m_form;
+    size_t m_size; ///< of a unit in the file
     bool m_textMode;
-    bool m_ended; ///< an end-of-file character was read
+    bool m_ended; ///< an end-of-file character was met
     long long m_position;
-    qelText::NarrowBuffer m_memory;
-    char* m_block; ///< kBlock bytes of the file, then their conversion
+    qelText::NarrowBuffer m_utf8; ///< what is to be converted
 };
 
-/// Reads up to `maxLength` units from a source and returns how many. `contents` gets the first `capacity`; `text` has
-/// room for them and a terminator.
+void assign(qelString& contents, const wchar_t* text, size_t length)
+{
+    qelStringAccess::assign(contents, text, qelUnits::measure(text, length));
+}
+
+void assign(qelString& contents, const char* text, size_t length)
+{
+    qelStringAccess::assign(contents, text, qelUnits::measure(text, length), CP_ACP);
+}
+
+/// Wipes units when it goes.
+template <typename Unit> struct Wiped
+{
+    ~Wiped() { qelText::scrub(text, length * sizeof(Unit)); }
+
+    Unit* text;
+    size_t length;
+};
+
+/// Reads up to `maxLength` units from a source and returns how many there were. `contents` takes the first `capacity`
+/// ones, for which `text` has room.
 template <typename Unit, typename Source>
 size_t collect(Source& source, Unit* text, size_t capacity, qelString& contents, size_t maxLength)
 {
     const size_t most = smaller(maxLength, capacity);
     size_t count = 0;
-    for (size_t got = 1; got != 0 && count < most; count += got)
+    size_t got = 1;
+    for (; got != 0 && count < most; count += got)
     {
         got = source(text + count, most - count);
     }
-    const size_t kept = smaller(count, most);
-    text[kept] = 0;
-    contents = text;
-    qelText::scrub(text, kept * sizeof(Unit));
-    for (size_t got = 1; got != 0 && count < maxLength; count += got)
+    const Wiped<Unit> kept = {text, smaller(count, most)};
+    assign(contents, kept.text, kept.length);
+    for (; got != 0 && count < maxLength; count += got)
     {
         got = source(text, smaller(maxLength - count, capacity));
     }
@@ -200,11 +217,11 @@ template <typename Source> size_t collectWide(Source& source, qelString& content
 template <typename Source> size_t collectAnsi(Source& source, qelString& contents, size_t maxLength)
 {
     const size_t capacity = smaller(maxLength, qelCodePage::mostBytes());
-    const qelText::NarrowBuffer bytes(capacity + 1);
+    const qelText::NarrowBuffer bytes(capacity);
     return collect(source, bytes.data(), capacity, contents, maxLength);
 }
 
-/// Deliberately, a big-endian BOM counts as a little-endian one.
+/// Deliberately, the bytes of a swapped mark mean the same as the right ones.
 bool isUtf16Mark(const unsigned char* bytes)
 {
     return (bytes[0] == 0xFF && bytes[1] == 0xFE) || (bytes[0] == 0xFE && bytes[1] == 0xFF);
@@ -220,7 +237,7 @@ Form formByKey(qelFileAccess::encodeType encoding)
     return encoding == qelFileAccess::UTF8 ? kUtf8 : encoding == qelFileAccess::UTF16LE ? kUtf16 : kAnsi;
 }
 
-/// Whether the stream is in a text mode. The runtime reports the mode only when setting one: this sets the one that a
+/// Whether the stream is in a text mode. The runtime tells the mode only while one is set: this sets the one that a
 /// text stream has anyway.
 bool isTextMode(FILE* stream, Form form)
 {
@@ -242,7 +259,7 @@ size_t qelWholeFile::read(FILE* stream, qelString& contents, size_t maxLength)
     {
         return collectWide(units, contents, maxLength);
     }
-    // Deliberately no rewind: this BOM is expected after the first two bytes.
+    // Deliberately no rewind: this mark is looked for behind the first two bytes.
     if (fread(mark, 1, 3, stream) == 3 && isUtf8Mark(mark))
     {
         return collectWide(units, contents, maxLength);
@@ -258,7 +275,7 @@ size_t qelWholeFile::readByKey(FILE* stream, qelFileAccess::encodeType encoding,
     {
         return 0;
     }
-    // Flushes output and discards the stream's buffer.
+    // Brings what was written into the file and empties the stream's buffer.
     (void)fseek(stream, 0, SEEK_SET);
     unsigned char mark[3] = {};
     DWORD got = 0;
@@ -275,7 +292,7 @@ size_t qelWholeFile::readByKey(FILE* stream, qelFileAccess::encodeType encoding,
         form == kAnsi ? collectAnsi(text, contents, maxLength) : collectWide(text, contents, maxLength);
     if (count < maxLength)
     {
-        // Moves the stream to the end of the file, also after an end-of-file character.
+        // Lets the stream know that the end was met, at an end-of-file character too.
         (void)fseek(stream, 0, SEEK_END);
         (void)fgetwc(stream);
     }

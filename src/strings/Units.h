@@ -44,7 +44,7 @@ inline size_t firstDifference(const wchar_t* a, const wchar_t* b)
 
 /// The first place from `text` to `end` that has `first` and, `distance` units later, `last`; or null. The text must
 /// extend that far past `end`.
-inline const wchar_t* findPair(const wchar_t* text, const wchar_t* end, wchar_t first, size_t distance, wchar_t last)
+template <class Char> const Char* findPair(const Char* text, const Char* end, Char first, size_t distance, Char last)
 {
     while (text < end && (*text != first || text[distance] != last))
     {
@@ -68,6 +68,11 @@ inline __m128i chunk(const void* text)
 inline __m128i equal(const wchar_t* text, wchar_t c)
 {
     return _mm_cmpeq_epi16(chunk(text), _mm_set1_epi16(static_cast<short>(c)));
+}
+
+inline __m128i equal(const char* text, char c)
+{
+    return _mm_cmpeq_epi8(chunk(text), _mm_set1_epi8(c));
 }
 
 /// The highest bit of each byte, as a mask.
@@ -163,14 +168,15 @@ inline size_t firstDifference(const wchar_t* a, const wchar_t* b)
     }
 }
 
-inline const wchar_t* findPair(const wchar_t* text, const wchar_t* end, wchar_t first, size_t distance, wchar_t last)
+template <class Char> const Char* findPair(const Char* text, const Char* end, Char first, size_t distance, Char last)
 {
-    for (; static_cast<size_t>(end - text) >= kPerChunk; text += kPerChunk)
+    const size_t perChunk = sizeof(__m128i) / sizeof(Char);
+    for (; static_cast<size_t>(end - text) >= perChunk; text += perChunk)
     {
         const __m128i both = _mm_and_si128(equal(text, first), equal(text + distance, last));
         if (bitsOf(both) != 0)
         {
-            return text + lowestBit(bitsOf(both)) / sizeof(wchar_t);
+            return text + lowestBit(bitsOf(both)) / sizeof(Char);
         }
     }
     return plain::findPair(text, end, first, distance, last);
@@ -186,7 +192,7 @@ using plain::measure;
 #endif
 
 /// The first `c` in the text from `text` to `end`, or null.
-inline const wchar_t* find(const wchar_t* text, const wchar_t* end, wchar_t c)
+template <class Char> const Char* find(const Char* text, const Char* end, Char c)
 {
     return findPair(text, end, c, 0, c);
 }

@@ -38,16 +38,18 @@ void WorkerGroup::join()
 
 void WorkerGroup::leave(TaskNode** queue)
 {
-    if (enterToLeave())
+    const bool entered = enterToLeave();
+    // Only workers act on these: where none is left but the caller, they need no lock.
+    if (m_queue == queue)
+    {
+        m_queue = nullptr;
+        m_count = 0;
+        m_stopping = true;
+        updateEvent();
+    }
+    if (entered)
     {
         m_nodes.giveBack(*queue);
-        if (m_queue == queue)
-        {
-            m_queue = nullptr;
-            m_count = 0;
-            m_stopping = true;
-            updateEvent();
-        }
         LeaveCriticalSection(&m_lock);
     }
     *queue = nullptr;
@@ -180,7 +182,8 @@ bool WorkerGroup::takeTask(Task& task)
 }
 
 /**
- * Enters the lock; false, without entering, when no worker is left.
+ * Enters the lock. False where somebody holds it and no other worker is left; the nodes of the queue then stay with the
+ * group.
  *
  * When a process ends, Windows terminates all threads but one and signals their handles, then unloads the modules and
  * destroys their static objects. A thread terminated inside the lock still owns it. Entering it then would hang or
@@ -190,7 +193,7 @@ bool WorkerGroup::enterToLeave()
 {
     while (!TryEnterCriticalSection(&m_lock))
     {
-        if (!isAnyWorkerRunning())
+        if (!isAnotherWorkerRunning())
         {
             return false;
         }
@@ -199,11 +202,13 @@ bool WorkerGroup::enterToLeave()
     return true;
 }
 
-bool WorkerGroup::isAnyWorkerRunning() const
+bool WorkerGroup::isAnotherWorkerRunning() const
 {
     for (int i = 0; i < m_threadCount; ++i)
     {
-        if (m_handles[i] != nullptr && WaitForSingleObject(m_handles[i], 0) == WAIT_TIMEOUT)
+        // A task may end the process: then its worker is the thread that is left.
+        if (m_handles[i] != nullptr && GetThreadId(m_handles[i]) != GetCurrentThreadId() &&
+            WaitForSingleObject(m_handles[i], 0) == WAIT_TIMEOUT)
         {
             return true;
         }

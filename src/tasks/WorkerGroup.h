@@ -64,7 +64,7 @@ private:
     HANDLE startWorker();
     bool takeTask(Task& task);
     bool enterToLeave();
-    bool isAnyWorkerRunning() const;
+    bool isAnotherWorkerRunning() const;
     void updateEvent();
     void release();
 

@@ -181,6 +181,12 @@ TEST(qelFileAccessReadFileWithKey, EndsAtAnEndOfFileCharacter)
             EXPECT_EQ(readContent(inForm(form, L"ab\x1Axy", key), L"r", key), (Read{2, L"ab"}));
             EXPECT_EQ(readContent(inForm(form, L"\r\x1A", key), L"r", key), (Read{1, L"\r"}));
             EXPECT_EQ(readContent(inForm(form, L"\x1A", key), L"r", key), (Read{0, L""}));
+            // Also where more of the file could be read.
+            const std::string content = inForm(form, L"ab\x1A" + std::wstring(100, L'x'), key);
+            for (size_t length = 3; length < 100; ++length)
+            {
+                EXPECT_EQ(readContent(content, L"r", key, length), (Read{2, L"ab"}));
+            }
         }
     }
 }
@@ -351,6 +357,39 @@ TEST(qelFileAccessReadFileWithKey, ReadsBytesThatAreNoUtf8FromAnyBlock)
     const std::string stray(300001, '\x80');
     EXPECT_EQ(readContent(stray, L"r", qelFileAccess::UTF8, 1000000), (Read{300001, std::wstring(300001, L'\xFFFD')}));
     EXPECT_EQ(readContent(stray, L"r", qelFileAccess::UTF8, 3), (Read{3, std::wstring(3, L'\xFFFD')}));
+}
+
+TEST(qelFileAccessReadFileWithKey, IsTheSameWhereverBlocksEndInMalformedText)
+{
+    // A character of four bytes and three bytes that can begin nothing.
+    for (size_t shift = 0; shift < 7; ++shift)
+    {
+        std::string inFile(shift, 'x');
+        std::wstring expected(shift, L'x');
+        while (inFile.size() < 200000)
+        {
+            inFile += "\xF0\x9F\x98\x80\x80\x80\x80";
+            expected += L"\xD83D\xDE00\xFFFD\xFFFD\xFFFD";
+        }
+        const Read read = readContent(inFile, L"r", qelFileAccess::UTF8, 1000000);
+        EXPECT_EQ(read.count, expected.size()) << shift;
+        EXPECT_TRUE(read.text == expected) << shift;
+    }
+}
+
+TEST(qelFileAccessReadFileWithKey, TakesHalfALineFeedForNone)
+{
+    TestFile whole(bytes("\xFF\xFE"
+                         "\r\0\n\0"));
+    TestFile half(bytes("\xFF\xFE"
+                        "\r\0\n"));
+    for (int round = 0; round < 2; ++round) // memory that has held a whole one
+    {
+        const qelFileAccess wholeFile(whole.path(), L"r", qelFileAccess::UNICODE_TEXT);
+        EXPECT_EQ(readFile(wholeFile, 1), (Read{1, L"\n"}));
+        const qelFileAccess halfFile(half.path(), L"r", qelFileAccess::UNICODE_TEXT);
+        EXPECT_EQ(readFile(halfFile, 1), (Read{1, L"\r"}));
+    }
 }
 
 TEST(qelFileAccessReadFileWithKey, CutsAtMaxLength)
@@ -568,6 +607,61 @@ TEST(qelFileAccessReadFileWithKey, CutsTextAtItsGreatestLengthAndCountsOn)
     }
 }
 
+/// Stands in for the shared buffer: as large as that, with a page behind it that cannot be touched.
+class GuardedScratch
+{
+public:
+    GuardedScratch()
+        : m_before(qelString::qelStringTempBufferWide)
+        , m_pages(VirtualAlloc(nullptr, kBytes + kPage, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE))
+    {
+        DWORD former = 0;
+        EXPECT_NE(VirtualProtect(static_cast<char*>(m_pages) + kBytes, kPage, PAGE_NOACCESS, &former), 0);
+        qelString::qelStringTempBufferWide = static_cast<wchar_t*>(m_pages);
+    }
+
+    GuardedScratch(const GuardedScratch&) = delete;
+    GuardedScratch& operator=(const GuardedScratch&) = delete;
+
+    ~GuardedScratch()
+    {
+        qelString::qelStringTempBufferWide = m_before;
+        VirtualFree(m_pages, 0, MEM_RELEASE);
+    }
+
+    /// Whether nothing is left in it.
+    bool isClear() const { return std::wstring(static_cast<wchar_t*>(m_pages), kUnits) == std::wstring(kUnits, 0); }
+
+private:
+    static const size_t kUnits = 524288;
+    static const size_t kBytes = kUnits * sizeof(wchar_t);
+    static const size_t kPage = 4096;
+
+    wchar_t* m_before;
+    void* m_pages;
+};
+
+TEST(qelFileAccessReadFile, StaysInsideTheSharedBufferAndLeavesItClear)
+{
+    const GuardedScratch scratch;
+    for (const size_t length : {2u, 524287u, 524288u, 524289u, 600000u, 1200000u})
+    {
+        std::wstring text(length, L'x');
+        text[length - 2] = L'\r';
+        text[length - 1] = L'\n';
+        const std::wstring kept = text.substr(0, 524288);
+        const std::string marked = inForm(kUtf16, text, qelFileAccess::ANSI);
+        EXPECT_EQ(readContent(marked, L"rb", qelFileAccess::ANSI, SIZE_MAX), (Read{length, kept}));
+        EXPECT_TRUE(scratch.isClear()) << length;
+        for (const Form form : {kUtf16, kUtf8})
+        {
+            EXPECT_EQ(readContent(inForm(form, text, qelFileAccess::UTF8), L"r", qelFileAccess::UTF8, SIZE_MAX).count,
+                      length - 1);
+            EXPECT_TRUE(scratch.isClear()) << length;
+        }
+    }
+}
+
 /// Refuses blocks of this size and more.
 size_t refusedFrom = SIZE_MAX;
 
@@ -588,9 +682,11 @@ TEST(qelFileAccessReadFileWithKey, LeavesEmptyTextAndAUsableStreamWhenMemoryIsSh
             qelString contents(L"left over");
             {
                 const qelTest::ImportHook hook("malloc", &limitedMalloc);
+                const GuardedScratch scratch;
                 refusedFrom = 2000;
                 EXPECT_THROW(file.readFile(contents, 2000), std::bad_alloc);
                 refusedFrom = SIZE_MAX;
+                EXPECT_TRUE(scratch.isClear());
             }
             EXPECT_EQ(contents.isEmpty(), 1);
             EXPECT_EQ(readFile(file, 2000), (Read{1000, text}));

@@ -90,10 +90,10 @@ int main(int argc, char** argv)
         pool.QueueTask(&throwSomething, nullptr);
         pool.WaitForThreadsToFinishWork();
     }
-    else if (strcmp(way, "module") == 0)
+    else if (strcmp(way, "keepBusy") == 0 || strcmp(way, "endInATask") == 0)
     {
         const HMODULE module = LoadLibraryW(L"qelTasksBusyModule.dll");
-        const FARPROC function = module != nullptr ? GetProcAddress(module, "keepBusy") : nullptr;
+        const FARPROC function = module != nullptr ? GetProcAddress(module, way) : nullptr;
         if (function == nullptr)
         {
             return 2;

@@ -16,11 +16,12 @@ struct PoolLock
 template struct PrivateMember<PoolLock, &qelThreadsPool::m_queueMutex>;
 
 extern "C" __declspec(dllexport) void keepBusy();
+extern "C" __declspec(dllexport) void endInATask();
 
 namespace
 {
 void* lockOfPool = nullptr;
-DWORD mainThread = 0;
+DWORD endingThread = 0;
 volatile LONG isInside = 0;
 
 /// Called by a worker that finds the queue empty after a task, in the lock.
@@ -35,7 +36,7 @@ BOOL WINAPI stayInsideTheLock(HANDLE)
 /// mistake, so it gets an exit code of its own.
 void WINAPI enterLock(CRITICAL_SECTION* section)
 {
-    if (section == lockOfPool && isInside != 0 && GetCurrentThreadId() == mainThread)
+    if (section == lockOfPool && isInside != 0 && GetCurrentThreadId() == endingThread)
     {
         TerminateProcess(GetCurrentProcess(), 5);
     }
@@ -44,25 +45,47 @@ void WINAPI enterLock(CRITICAL_SECTION* section)
 
 void doNothing(void*) {}
 
+/// Ends the process as soon as another worker is inside the lock.
+void endProcess(void*)
+{
+    endingThread = GetCurrentThreadId();
+    while (isInside == 0)
+    {
+        Sleep(1);
+    }
+    ExitProcess(6); // the witness has another opinion
+}
+
 /// Made before the pool, and so destroyed after it: the exit code tells that the process got there.
 struct Witness
 {
     ~Witness() { TerminateProcess(GetCurrentProcess(), 42); }
 };
-} // namespace
 
-void keepBusy()
+void runUntilAWorkerIsInside(void (*task)(void*))
 {
-    mainThread = GetCurrentThreadId();
     static const Witness witness;
     static const qelTest::ImportHook resetHook("ResetEvent", &stayInsideTheLock);
     static const qelTest::ImportHook enterHook("EnterCriticalSection", &enterLock);
     static qelThreadsPool pool;
     static const qelThreadsPool copy(pool);
     lockOfPool = pool.*member(PoolLock());
-    pool.QueueTask(&doNothing, nullptr);
+    pool.QueueTask(task, nullptr);
     while (isInside == 0)
     {
         Sleep(1);
     }
+}
+} // namespace
+
+void keepBusy()
+{
+    endingThread = GetCurrentThreadId();
+    runUntilAWorkerIsInside(&doNothing);
+}
+
+void endInATask()
+{
+    runUntilAWorkerIsInside(&endProcess);
+    Sleep(INFINITE);
 }

@@ -14,6 +14,7 @@ using qelTest::HeapCount;
 using qelTest::ImportHook;
 using qelTest::increment;
 using qelTest::liveHandles;
+using qelTest::lockOf;
 using qelTest::workerOf;
 using qelTest::WorkersWatch;
 
@@ -69,6 +70,44 @@ TEST(qelThreadsPoolDestroy, ByATaskOfItsOwn)
     const WorkersWatch workers(*pool, 2);
     pool->QueueTask(&Suicide::task, pool);
     EXPECT_TRUE(workers.end());
+}
+
+TEST(qelThreadsPoolDestroy, ByItsOnlyWorkerWhileACopyIsInUse)
+{
+    struct Owner
+    {
+        std::unique_ptr<qelThreadsPool> pool = std::make_unique<qelThreadsPool>(1);
+        std::atomic<bool> isTaken{false};
+        std::atomic<bool> mayDestroy{false};
+        std::atomic<bool> isDestroyed{false};
+        static void destroy(void* argument)
+        {
+            auto* owner = static_cast<Owner*>(argument);
+            owner->isTaken = true;
+            EXPECT_TRUE(comesTrue([&] { return owner->mayDestroy.load(); }));
+            owner->pool.reset();
+            owner->isDestroyed = true;
+        }
+    };
+    std::atomic<int> ran(0);
+    Gate gate;
+    Owner owner;
+    const qelThreadsPool copy(*owner.pool);
+    const WorkersWatch worker(*owner.pool, 1);
+    gate.occupy(*owner.pool, 1);
+    owner.pool->QueueTask(&increment, &ran);
+    owner.pool->QueueTask(&Owner::destroy, &owner);
+    gate.open();
+    ASSERT_TRUE(comesTrue([&] { return owner.isTaken.load(); }));
+
+    // As a copy does while it queues a task.
+    CRITICAL_SECTION* lock = lockOf(copy);
+    EnterCriticalSection(lock);
+    owner.mayDestroy = true;
+    EXPECT_TRUE(comesTrue([&] { return owner.isDestroyed.load(); }));
+    LeaveCriticalSection(lock);
+    EXPECT_TRUE(worker.end());
+    EXPECT_EQ(ran, 0);
 }
 
 TEST(qelThreadsPoolDestroy, DoesNotRunWhatMoreThan64WorkersHaveNotTakenYet)
@@ -414,7 +453,7 @@ TEST(qelThreadsPoolProcessEnd, DoesNotHangOnBusyWorkers)
 {
     for (int round = 0; round < 5; ++round)
     {
-        for (const wchar_t* way : {L"destroyed", L"static", L"leaked", L"ExitProcess", L"module"})
+        for (const wchar_t* way : {L"destroyed", L"static", L"leaked", L"ExitProcess", L"keepBusy", L"endInATask"})
         {
             EXPECT_EQ(exitCodeOf(way), 42) << std::string(way, way + wcslen(way));
         }
