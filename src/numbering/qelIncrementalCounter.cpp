@@ -80,7 +80,6 @@ qelIncrementalCounter& qelIncrementalCounter::operator=(const qelIncrementalCoun
 {
     if (this != &other)
     {
-        // First what may run out of memory.
         assign(m_characters, other.m_characters.begin(), other.m_characters.length());
         m_data = other.m_data;
         m_numericOnly = other.m_numericOnly;

@@ -23,7 +23,7 @@ double qelDouble::round(double value, unsigned short digits, double step)
 {
     if (step > smallestStep)
     {
-        // Truncation, not floor: callers rely on what this does to negative values.
+        // Truncation, not floor, for negative values too. Deliberate.
         value = step * qelTruncation::toInt32((value + step / 2) / step);
     }
     const double factor = powerOfTen(digits);

