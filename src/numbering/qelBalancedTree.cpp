@@ -161,7 +161,7 @@ qelBalancedTreeEntry::eError qelBalancedTreeEntry::insert(qelBalancedTreeEntry*&
         }
         if (side != -1 && side != 1)
         {
-            // Kept as callers know it: accepted by the result, but not inserted.
+            // Deliberate: the result of an insertion, though nothing is inserted.
             return eNoError;
         }
         if ((*at)->m_weight != eBalanced)

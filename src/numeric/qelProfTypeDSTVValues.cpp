@@ -1,6 +1,6 @@
 #include "qelProfTypeDSTVValues.h"
 
-// The type has no initial value, as callers have always had it: they set it before they read it.
+// Deliberate: the type has no initial value.
 qelProfTypeDSTVValues::qelProfTypeDSTVValues()
     : m_H1(0.0)
     , m_H2(0.0)
