@@ -138,6 +138,10 @@ public:
     /// @overload
     int write(const unsigned short* format, ...) const;
 
+    /// Refuses objects among the values, such as a qelString: pass getStringW().
+    template <class Unit, class... Values, typename qelEnableIf<(... || !__is_trivially_copyable(Values))>::Type = 0>
+    int write(const Unit* format, const Values&... values) const = delete;
+
     /**
      * Writes the string as it is, without a line end: its wide form for UNICODE and UTF16LE, otherwise its narrow form,
      * with "?" for what the ANSI code page lacks. Returns a non-negative value, EOF on error, 0 when no file is open.

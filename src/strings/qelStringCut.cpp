@@ -139,7 +139,7 @@ void qelString::TrimRight(const qelString& set)
 void qelString::StringToArr(qelArray<wchar_t>& chars) const
 {
     const long units = length();
-    const long before = chars.length();
+    const long before = chars.length() < 0 ? 0 : chars.length();
     chars.setLogicalLength(before + units);
     for (long i = 0; i < units; ++i)
     {

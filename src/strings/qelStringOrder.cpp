@@ -27,8 +27,15 @@ bool isPartOfNumber(wchar_t c)
     return isDigit(c) || isBeyondAscii(c);
 }
 
-/// Reads the number that starts at each digit of a string, from front to back, without scanning a long run of digits
-/// again for each of them.
+/// Whether _wtoi reads `c` as the digit 0.
+bool isZero(wchar_t c)
+{
+    const wchar_t behindOne[] = {L'1', c, 0};
+    return c == L'0' || (isBeyondAscii(c) && _wtoi(behindOne) == 10);
+}
+
+/// Reads the numbers that start at each digit of a string, from front to back. Long runs of digits are not scanned
+/// again for each of their numbers: leading zeros are skipped once, and no number needs more than a few digits.
 class NumberReader
 {
 public:
@@ -42,11 +49,10 @@ public:
     int valueAt(const wchar_t* text)
     {
         m_significant = m_significant < text ? text : m_significant;
-        while (*m_significant == L'0' && isDigit(m_significant[1]))
+        while (isZero(*m_significant))
         {
             ++m_significant;
         }
-        const ptrdiff_t kDigitsOfGreatest = 10;
         const wchar_t* digit = m_significant;
         long long value = 0;
         for (; isDigit(*digit); ++digit)
@@ -59,7 +65,7 @@ public:
         }
         if (isBeyondAscii(*digit))
         {
-            return _wtoi(m_significant); // may be a digit of another script that continues the number
+            return valueOfSignificant(); // may be a digit of another script, which continues the number
         }
         return value < INT_MAX ? static_cast<int>(value) : INT_MAX;
     }
@@ -76,6 +82,18 @@ public:
     }
 
 private:
+    static const ptrdiff_t kDigitsOfGreatest = 10;
+
+    int valueOfSignificant() const
+    {
+        // One digit more than the greatest number has makes any longer one too great as well. The 0 keeps _wtoi from
+        // skipping a blank that stands where the number has ended.
+        const size_t kEnough = kDigitsOfGreatest + 1;
+        wchar_t digits[1 + kEnough + 1] = L"0";
+        (void)wcsncpy_s(digits + 1, kEnough + 1, m_significant, kEnough);
+        return _wtoi(digits);
+    }
+
     const wchar_t* m_significant; // after the leading zeros
     const wchar_t* m_end;         // after the digits
 };

@@ -92,12 +92,14 @@ void qelString::getTokens(qelString& text, qelArray<qelString>& tokens, const qe
     {
         ++count;
     }
-    // Counted first, because an array grows in small steps.
+    // Counted first, because an array grows in small steps. Each token is there before it counts.
     tokens.setLogicalLength(0);
     tokens.setLogicalLength(count);
+    tokens.setLogicalLength(0);
     Scanner scanner(source.m_rep->m_data, separatorSet, quoteSet);
     for (long i = 0; i < count && scanner.find(); ++i)
     {
         qelStringAccess::assign(tokens[i], scanner.token(), scanner.length());
+        tokens.setLogicalLength(i + 1);
     }
 }

@@ -136,6 +136,16 @@ TEST(qelStringToCharacters, AppendsEveryUnitBehindWhatIsThere)
     EXPECT_EQ(chars.length(), 5);
 }
 
+TEST(qelStringToCharacters, StayInsideAnArrayWhoseLengthHasFallenBelowZero)
+{
+    Characters chars;
+    chars.removeAt(0);
+    ASSERT_EQ(chars.length(), -1);
+    appendCharacters(L"ab", chars);
+    ASSERT_EQ(chars.length(), 2);
+    EXPECT_EQ(std::wstring(&chars[0], 2), L"ab");
+}
+
 TEST(qelStringToCharacters, GrowsTheStorageAsAppendingDoes)
 {
     Characters chars;

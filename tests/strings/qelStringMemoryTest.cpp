@@ -217,6 +217,30 @@ TEST(qelStringScrub, NarrowFormIsWipedBeforeItIsFreed)
     EXPECT_EQ(secretsFreed, 0U);
 }
 
+bool firstConversionIsCut;
+
+/// What a code page with several bytes a character does to a buffer of one byte a unit: fills it, and reports that.
+int __stdcall cutFirst(UINT page, DWORD flags, const wchar_t* text, int units, char* target, int capacity,
+                       const char* replacement, BOOL* replaced)
+{
+    const int bytes = WideCharToMultiByte(page, flags, text, units, target, capacity, replacement, replaced);
+    const bool cut = firstConversionIsCut && target != nullptr;
+    firstConversionIsCut = firstConversionIsCut && !cut;
+    return cut ? 0 : bytes;
+}
+
+TEST(qelStringScrub, WhatFilledTheFirstRoomForANarrowFormIsWipedWhenItWasTooSmall)
+{
+    const qelString text(kSecretWide);
+    const qelTest::ImportHook hook("WideCharToMultiByte", &cutFirst);
+    const LookingAtFreedBlocks looking;
+    firstConversionIsCut = true;
+    EXPECT_STREQ(text.getStringA(), kSecretNarrow);
+    EXPECT_FALSE(firstConversionIsCut);
+    EXPECT_EQ(releases, 1U);
+    EXPECT_EQ(secretsFreed, 0U);
+}
+
 TEST(qelStringScrub, EveryOperationWipesWhatItFrees)
 {
     const LookingAtFreedBlocks looking;

@@ -280,10 +280,16 @@ TEST(qelStringNaturalOrder, AgreesWithTheStatedStepsOnRandomText)
 TEST(qelStringNaturalOrder, AgreesWithTheStatedStepsBehindACommonBeginning)
 {
     RandomText random(1011);
-    const std::wstring alphabets[] = {L"0123456789", L"00019", L"0129.:a", L"07\u0661\uff17x", L"9\u0669", L"1-"};
-    for (int round = 0; round < 60000; ++round)
+    const std::wstring alphabets[] = {L"0123456789",
+                                      L"00019",
+                                      L"0129.:a",
+                                      L"07\u0661\uff17x",
+                                      L"9\u0669",
+                                      L"1-",
+                                      L"0017\u0660\uff10\u0666\u00a0\u3000 -"};
+    for (int round = 0; round < 70000; ++round)
     {
-        const std::wstring& alphabet = alphabets[round % 6];
+        const std::wstring& alphabet = alphabets[round % 7];
         const std::wstring front = random.text(alphabet, 24);
         const std::wstring a = front + random.text(alphabet, 3);
         const std::wstring b = front + random.text(alphabet, 3);
@@ -317,5 +323,20 @@ TEST(qelStringNaturalOrder, StaysQuickOnLongRunsOfDigits)
     EXPECT_EQ(natural(zeros + L"8x", zeros + L"7x"), 1);
     const auto spent = std::chrono::steady_clock::now() - begin;
     EXPECT_LT(std::chrono::duration_cast<std::chrono::seconds>(spent).count(), 5);
+}
+
+TEST(qelStringNaturalOrder, StaysQuickOnDigitsOfSeveralScripts)
+{
+    for (const wchar_t* const pair : {L"1\u0663", L"0\u0660", L"0\u0663"})
+    {
+        std::wstring digits;
+        for (int i = 0; i < 200000; ++i)
+        {
+            digits += pair;
+        }
+        const Stopwatch watch;
+        EXPECT_EQ(natural(digits + L"1x", digits + L"2x"), -1);
+        EXPECT_LT(watch.seconds(), 5) << digits[1];
+    }
 }
 } // namespace

@@ -1,4 +1,5 @@
 #include "strings/TextSupport.h"
+#include "support/FailingAllocation.h"
 
 #include <gtest/gtest.h>
 
@@ -112,6 +113,23 @@ TEST(qelStringTokens, RenewTheNarrowFormOfReusedElements)
     qelString text(L"new");
     qelString::getTokens(text, tokens, L",");
     EXPECT_STREQ(tokens[0].getStringA(), "new");
+}
+
+TEST(qelStringTokens, AreThoseThatWereMadeWhenMemoryRunsOut)
+{
+    const Texts all = {L"a", L"b", L"c"};
+    const qelString separators(L",");
+    qelString text(L"a,b,c");
+    qelArray<qelString> tokens;
+    tokens.setAt(5, L"old");
+    ptrdiff_t made = 0;
+    const int failures = failEveryAllocation([&] { qelString::getTokens(text, tokens, separators); },
+                                             [&] {
+                                                 EXPECT_EQ(contents(tokens), Texts(all.begin(), all.begin() + made));
+                                                 ++made;
+                                             });
+    EXPECT_EQ(failures, 3);
+    EXPECT_EQ(contents(tokens), all);
 }
 
 TEST(qelStringTokens, MayComeFromElementsOfTheArray)

@@ -17,7 +17,7 @@ const wchar_t* const kHelp =
     L"Shows what VarnelQELRoots.dll, which must lie beside this program, finds on this machine: where the\n"
     L"installation lies, its language and ODBC drivers; for each data source NAME the connection string, whether\n"
     L"the library found one that can be used (1) or not (0), and what a test connection came to; and the modules\n"
-    L"loaded by then, drivers included. Run it as the user who has the trouble. It changes nothing. Passwords are\n"
+    L"loaded by then, drivers included. Run it as the user who has the problem. It changes nothing. Passwords are\n"
     L"not shown.\n"
     L"\n"
     L"  --config FILE        configuration file; without it, Configuration\\DatabaseConfiguration.xml below the data\n"
@@ -29,7 +29,7 @@ const wchar_t* const kHelp =
     L"  NAME                 data source; without any, the three that are built in\n"
     L"\n"
     L"Output to a file or a pipe is UTF-8. Exit status: 0 when every data source was connected to, 1 when one was\n"
-    L"not, 2 when the command line makes no sense.\n";
+    L"not, 2 when the command line is wrong.\n";
 
 struct Options
 {
