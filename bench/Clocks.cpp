@@ -49,7 +49,7 @@ double linuxThreadTime()
         long long seconds;
         long long nanoseconds;
     } time = {0, 0};
-    long long result = 228;
+    long long result = 228; // NOLINT(misc-const-correctness): the call writes to it
     __asm__ __volatile__("syscall" : "+a"(result) : "D"(3LL), "S"(&time) : "rcx", "r11", "memory");
     return result == 0 ? static_cast<double>(time.seconds) * 1e9 + static_cast<double>(time.nanoseconds) : -1;
 }

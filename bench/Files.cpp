@@ -37,7 +37,7 @@ string readBytes(const wstring& path)
     GetFileSizeEx(file, &size);
     string bytes(static_cast<size_t>(size.QuadPart), '\0');
     DWORD got = 0;
-    (void)ReadFile(file, &bytes[0], static_cast<DWORD>(bytes.size()), &got, nullptr);
+    (void)ReadFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &got, nullptr);
     CloseHandle(file);
     bytes.resize(got);
     return bytes;
@@ -47,7 +47,7 @@ wstring converted(UINT page, const char* bytes, size_t size)
 {
     const int length = static_cast<int>(size);
     wstring units(size, L'\0'); // no byte becomes more than one unit
-    units.resize(static_cast<size_t>(MultiByteToWideChar(page, 0, bytes, length, &units[0], length)));
+    units.resize(static_cast<size_t>(MultiByteToWideChar(page, 0, bytes, length, units.data(), length)));
     return units;
 }
 
@@ -63,7 +63,7 @@ wstring readByHand(const wstring& path, Content content)
         return converted(CP_UTF8, bytes.data() + 3, bytes.size() - 3);
     }
     wstring units((bytes.size() - 2) / sizeof(wchar_t), L'\0');
-    memcpy(&units[0], bytes.data() + 2, units.size() * sizeof(wchar_t));
+    memcpy(units.data(), bytes.data() + 2, units.size() * sizeof(wchar_t));
     return units;
 }
 
@@ -98,7 +98,7 @@ void addReading(Table& table, const Reading& reading, long units)
         const auto folder = std::make_shared<const qelTest::TemporaryFolder>();
         const wstring path = folder->write(L"text.txt", fileOf(units, reading.content));
         const auto ours = [reading, units, folder, name = qelString(path.c_str())] {
-            qelFileAccess file(name, reading.mode, reading.encoding);
+            const qelFileAccess file(name, reading.mode, reading.encoding);
             qelString text;
             file.readFile(text, static_cast<size_t>(units) + 3);
             return text;
@@ -171,7 +171,7 @@ void addGrowth(Table& table, const char* name, Content content, const wchar_t* m
         const auto folder = std::make_shared<const qelTest::TemporaryFolder>();
         const qelString path(folder->write(L"text.txt", fileOf(n, content)).c_str());
         return repeated([=] {
-            qelFileAccess file(path, mode, encoding);
+            const qelFileAccess file(path, mode, encoding);
             qelString text;
             file.readFile(text, static_cast<size_t>(n) + 3);
             (void)folder->path();

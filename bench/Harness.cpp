@@ -13,6 +13,7 @@
 #include <cstring>
 #include <memory>
 #include <regex>
+#include <utility>
 
 using namespace qelBench;
 
@@ -20,7 +21,7 @@ namespace
 {
 const double kSample = 0.4e6;  // nanoseconds of a side in a round
 const double kRowBudget = 1e9; // of a whole row, beyond the fewest rounds
-const int kFewestRounds = 5;
+const int kFewestRounds = 3;
 const long kFirstSize = 1024; // growth: units
 const long kLastSize = 32768;
 
@@ -125,10 +126,10 @@ long callsPerSample(const Side& side, Clock clock)
 class Timed
 {
 public:
-    Timed(const Side& side, Clock clock)
-        : m_side(side)
+    Timed(Side side, Clock clock)
+        : m_side(std::move(side))
         , m_clock(clock)
-        , m_calls(callsPerSample(side, clock))
+        , m_calls(callsPerSample(m_side, clock))
     {
     }
 
@@ -142,7 +143,7 @@ public:
     double median() const { return spreadOf(m_samples).median; }
 
 private:
-    const Side& m_side;
+    Side m_side;
     Clock m_clock;
     long m_calls;
     std::vector<double> m_samples;
@@ -175,8 +176,7 @@ void timeRow(const Row& row, const Sides& sides, int rounds, Line& line)
 {
     Timed ours(sides.ours, row.clock);
     Timed peer(sides.peer, row.clock);
-    const Side copy = copying(row.bytes);
-    Timed copied(copy, row.clock);
+    Timed copied(copying(row.bytes), row.clock);
     std::vector<double> ratios;
     std::vector<double> shares;
     forRounds(rounds, [&](int i) {
@@ -233,16 +233,11 @@ double exponentOf(const std::vector<double>& sizes, const std::vector<double>& t
 void runGrowth(const Table::GrowthEntry& entry, int rounds)
 {
     std::vector<double> sizes;
-    std::vector<Side> sides;
+    std::vector<Timed> timed;
     for (long n = kFirstSize; n <= kLastSize; n *= 2)
     {
         sizes.push_back(static_cast<double>(n));
-        sides.push_back(entry.make(n));
-    }
-    std::vector<Timed> timed;
-    for (const Side& side : sides)
-    {
-        timed.emplace_back(side, Clock::thread);
+        timed.emplace_back(entry.make(n), Clock::thread);
     }
     std::vector<double> exponents;
     forRounds(rounds, [&](int) {
@@ -267,9 +262,9 @@ void runGrowth(const Table::GrowthEntry& entry, int rounds)
 std::string processorName()
 {
     unsigned registers[12] = {};
-    for (unsigned i = 0; i < 3; ++i)
+    unsigned* part = registers;
+    for (unsigned i = 0; i < 3; ++i, part += 4)
     {
-        unsigned* part = registers + 4 * i;
         __get_cpuid(0x80000002U + i, part, part + 1, part + 2, part + 3);
     }
     char name[sizeof registers + 1] = {};
@@ -280,8 +275,8 @@ std::string processorName()
 std::string systemName()
 {
     using WineVersion = const char*(CDECL*)();
-    const auto wine = reinterpret_cast<WineVersion>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version")));
+    void* address = reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version"));
+    const auto wine = reinterpret_cast<WineVersion>(address);
     return wine != nullptr ? std::string("Wine ") + wine() : "Windows";
 }
 
@@ -334,7 +329,7 @@ bool parse(int argc, char** argv, Options& options)
         }
         else if (option == "--rounds" && hasValue)
         {
-            options.rounds = std::max(1, std::atoi(argv[++i]));
+            options.rounds = std::max(1, static_cast<int>(std::strtol(argv[++i], nullptr, 10)));
         }
         else if (option == "--growth")
         {

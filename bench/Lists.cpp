@@ -130,18 +130,16 @@ void addSorts(Table& table, long count)
     table.add(Row{"sort, ordinal", sizeText(count, "strings"), "std::sort", 0.95}, [count] {
         const std::vector<wstring> theirs = names(count);
         const qelStringClassArray ours = listOf(theirs);
-        return preparedSides([ours] { return ours; }, [](qelStringClassArray& l) { l.sort(qelString::strCompare); },
-                             [theirs] { return theirs; },
-                             [](std::vector<wstring>& l) { std::sort(l.begin(), l.end()); });
+        return preparedSides(
+            copiesOf(ours), [](qelStringClassArray& l) { l.sort(qelString::strCompare); }, copiesOf(theirs),
+            [](std::vector<wstring>& l) { std::sort(l.begin(), l.end()); });
     });
     table.add(Row{"sort, ignoring case", sizeText(count, "strings"), "std::sort", 0.95}, [count] {
         const std::vector<wstring> theirs = names(count);
         const qelStringClassArray ours = listOf(theirs);
-        Sides result =
-            preparedSides([ours] { return ours; }, [](qelStringClassArray& l) { l.sort(qelString::strCompareNoCase); },
-                          [theirs] { return theirs; },
-                          [](std::vector<wstring>& l) { std::sort(l.begin(), l.end(), comesBeforeIgnoringCase); });
-        return result;
+        return preparedSides(
+            copiesOf(ours), [](qelStringClassArray& l) { l.sort(qelString::strCompareNoCase); }, copiesOf(theirs),
+            [](std::vector<wstring>& l) { std::sort(l.begin(), l.end(), comesBeforeIgnoringCase); });
     });
 }
 
@@ -222,44 +220,50 @@ void addReverse(Table& table, long count)
     });
 }
 
+/// Names that have n units together, about: more of them would show the caches instead of the operation.
+long namesOf(long units)
+{
+    return units / 8;
+}
+
 void addGrowths(Table& table)
 {
-    table.add(Growth{"append strings, room given", 1.15}, [](long n) {
-        const auto d = valuesOf(n);
-        return repeated([d, n] { return appended<Strings>(d->ours, n); });
+    table.add(Growth{"append n / 8 strings, room given", 1.15}, [](long n) {
+        const auto d = valuesOf(namesOf(n));
+        return repeated([d, n] { return appended<Strings>(d->ours, namesOf(n)); });
     });
-    table.add(Growth{"append doubles in steps of 8", 0,
+    table.add(Growth{"append n / 8 doubles in steps of 8", 0,
                      "Growth is linear and never geometric, deliberately: the header says n * n / 16 moves."},
               [](long n) {
-                  const auto d = valuesOf(n);
+                  const auto d = valuesOf(namesOf(n));
                   return repeated([d] { return appended<Doubles>(d->doubles, 0); });
               });
-    table.add(Growth{"insert in front", 1.15}, [](long n) {
-        const Doubles doubles = appended<Doubles>(valuesOf(n)->doubles, n);
-        return prepared([doubles] { return doubles; }, [](Doubles& array) { array.insertAt(0, -1.0); });
+    table.add(Growth{"insert in front of n / 8 doubles", 1.15}, [](long n) {
+        const auto doubles = appended<Doubles>(valuesOf(namesOf(n))->doubles, namesOf(n));
+        return prepared(copiesOf(doubles), [](Doubles& array) { array.insertAt(0, -1.0); });
     });
-    table.add(Growth{"copy strings", 1.15}, [](long n) {
-        const Strings strings = appended<Strings>(valuesOf(n)->ours, n);
+    table.add(Growth{"copy n / 8 strings", 1.15}, [](long n) {
+        const auto strings = appended<Strings>(valuesOf(namesOf(n))->ours, namesOf(n));
         return repeated([strings] { return Strings(strings); });
     });
-    table.add(Growth{"sort, ordinal", 1.25}, [](long n) {
+    table.add(Growth{"sort n strings, ordinal", 1.25}, [](long n) {
         const qelStringClassArray list = listOf(names(n));
-        return prepared([list] { return list; }, [](qelStringClassArray& l) { l.sort(qelString::strCompare); });
+        return prepared(copiesOf(list), [](qelStringClassArray& l) { l.sort(qelString::strCompare); });
     });
-    table.add(Growth{"sort, ignoring case", 1.25}, [](long n) {
+    table.add(Growth{"sort n strings, ignoring case", 1.25}, [](long n) {
         const qelStringClassArray list = listOf(names(n));
-        return prepared([list] { return list; }, [](qelStringClassArray& l) { l.sort(qelString::strCompareNoCase); });
+        return prepared(copiesOf(list), [](qelStringClassArray& l) { l.sort(qelString::strCompareNoCase); });
     });
-    table.add(Growth{"linear search, missing", 1.15}, [](long n) {
-        const qelStringClassArray list = listOf(names(n));
+    table.add(Growth{"linear search, missing among n / 8 strings", 1.15}, [](long n) {
+        const qelStringClassArray list = listOf(names(namesOf(n)));
         return repeated([list, name = qelString(L"HEA 200 none")] { return list.contains(name); });
     });
-    table.add(Growth{"reverse", 1.15}, [](long n) {
-        const auto list = std::make_shared<qelStringClassArray>(listOf(names(n)));
+    table.add(Growth{"reverse n / 8 strings", 1.15}, [](long n) {
+        const auto list = std::make_shared<qelStringClassArray>(listOf(names(namesOf(n))));
         return repeated([list] { return list->reverse().length(); });
     });
-    table.add(Growth{"binary search", 1.15}, [](long n) {
-        const auto d = std::make_shared<const Sorted>(n);
+    table.add(Growth{"binary search among n / 8 strings", 1.15}, [](long n) {
+        const auto d = std::make_shared<const Sorted>(namesOf(n) + 256);
         return repeated([d] {
             long at = 0;
             d->ours.bsearch(d->keys[17], at, qelString::strCompare);

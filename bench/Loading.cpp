@@ -32,7 +32,7 @@ wstring beside(const wchar_t* name)
 bool loadAndFree(const wstring& path)
 {
     const HMODULE module = LoadLibraryW(path.c_str());
-    return module != nullptr && FreeLibrary(module) && GetModuleHandleW(path.c_str()) == nullptr;
+    return module != nullptr && FreeLibrary(module) != FALSE && GetModuleHandleW(path.c_str()) == nullptr;
 }
 
 /// What stays loaded while the row lasts.
@@ -64,7 +64,7 @@ double loadInNewProcess(const wstring& library)
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process = {};
-    if (!CreateProcessW(nullptr, &command[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
+    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
     {
         return 0;
     }

@@ -57,6 +57,12 @@ template <class Ours, class Peer> Sides sides(const Ours& ours, const Peer& peer
     return {repeated(ours), repeated(peer), [ours, peer] { return plain(ours()) == plain(peer()); }};
 }
 
+/// Prepares a copy for each call.
+template <class T> auto copiesOf(const T& value)
+{
+    return [value] { return T(value); };
+}
+
 /// Sides that change an input which is made anew for each call; what it has become is compared.
 template <class PrepareOurs, class Ours, class PreparePeer, class Peer>
 Sides preparedSides(const PrepareOurs& prepareOurs, const Ours& ours, const PreparePeer& preparePeer, const Peer& peer)

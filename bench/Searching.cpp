@@ -144,7 +144,7 @@ wstring withHits(long units, long hits)
     std::replace(text.begin(), text.end(), L'2', L'4');
     for (long i = 0; i < hits; ++i)
     {
-        text.replace(static_cast<size_t>(i * (units / hits)), 3, L"210");
+        text.replace(static_cast<size_t>(i) * static_cast<size_t>(units / hits), 3, L"210");
     }
     return text;
 }
@@ -192,9 +192,9 @@ void addCompare(Table& table, long units)
     add("compare, equal", text, 0.4);
     add("compare, early difference", other, 1.1);
     const auto addEquality = [&](const char* name, const wstring& second, double bar) {
-        table.add(Row{name, sizeText(units, "units"), "std::wstring::compare", bar}, [text, second] {
+        table.add(Row{name, sizeText(units, "units"), "operator== of std::wstring", bar}, [text, second] {
             const auto d = std::make_shared<const Search>(text, second);
-            return sides([d] { return d->text == d->what; }, [d] { return d->theirText.compare(d->theirWhat) == 0; });
+            return sides([d] { return d->text == d->what; }, [d] { return d->theirText == d->theirWhat; });
         });
     };
     addEquality("operator==, equal", text, 0.4);
@@ -344,12 +344,12 @@ void addNaturalSort(Table& table, long count)
     table.add(Row{"sort, natural order", sizeText(count, "part numbers"), "std::sort with the hand loop", 0.9}, [=] {
         const std::vector<wstring> names = partNumbers(count);
         const qelStringClassArray list = listOf(names);
-        return preparedSides([list] { return list; }, ours, [names] { return names; }, sortByHandLoop);
+        return preparedSides(copiesOf(list), ours, copiesOf(names), sortByHandLoop);
     });
     table.add(Row{"sort, natural order", sizeText(count, "part numbers"), "std::sort, ordinal order", 2.8}, [=] {
         const std::vector<wstring> names = partNumbers(count);
         const qelStringClassArray list = listOf(names);
-        Sides result = preparedSides([list] { return list; }, ours, [names] { return names; }, sortPlainly);
+        Sides result = preparedSides(copiesOf(list), ours, copiesOf(names), sortPlainly);
         // The order is another one: the same names must be there.
         result.same = [list, names, ours] {
             qelStringClassArray sorted(list);
@@ -400,8 +400,9 @@ void addGrowths(Table& table)
               [](const qelString& text, const qelString& twin) { return qelString::compareNoCase(text, twin); });
     addGrowth(table, "natural order, equal",
               [](const qelString& text, const qelString& twin) { return qelString::compareWithNumbers(text, twin); });
-    addGrowth(table, "classify units", [](const qelString& text, const qelString&) {
-        return text.IsAlphaNumeric() || text.IsAlphabetic() || text.IsNumeric();
+    table.add(Growth{"classify units", 1.15}, [](long n) {
+        const qelString text(wstring(static_cast<size_t>(n), L'x').c_str());
+        return repeated([text] { return text.IsAlphaNumeric() && text.IsAlphabetic() && !text.IsNumeric(); });
     });
     table.add(Growth{"natural order, one long number", 1.15}, [](long n) {
         const wstring digits(static_cast<size_t>(n), L'1');
@@ -416,9 +417,9 @@ void addGrowths(Table& table)
                   const qelString what((wstring(static_cast<size_t>(n / 16), L'x') + L'y').c_str());
                   return repeated([text, what] { return text.find(what); });
               });
-    table.add(Growth{"sort, natural order", 1.25}, [](long n) {
+    table.add(Growth{"sort n strings, natural order", 1.25}, [](long n) {
         const qelStringClassArray list = listOf(partNumbers(n));
-        return prepared([list] { return list; }, [](qelStringClassArray& names) { names.sort(compareNaturally); });
+        return prepared(copiesOf(list), [](qelStringClassArray& names) { names.sort(compareNaturally); });
     });
 }
 } // namespace

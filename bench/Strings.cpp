@@ -86,11 +86,20 @@ void addLength(Table& table, long units)
         const auto target = std::make_shared<wstring>(d->theirs);
         return sides([d] { return d->ours.length(); },
                      [d, target] {
-                         memcpy(&(*target)[0], d->theirs.data(), d->theirs.size() * sizeof(wchar_t));
+                         memcpy(target->data(), d->theirs.data(), d->theirs.size() * sizeof(wchar_t));
                          keep(target->data());
                          return static_cast<int>(d->theirs.size());
                      });
     });
+}
+
+/// In one call, into room that is enough for every code page.
+wstring widenedOnce(const char* text)
+{
+    const int bytes = static_cast<int>(strlen(text));
+    wstring units(static_cast<size_t>(bytes), L'\0');
+    units.resize(static_cast<size_t>(MultiByteToWideChar(CP_ACP, 0, text, bytes, units.data(), bytes)));
+    return units;
 }
 
 void addConstruction(Table& table, long units, double wideBar)
@@ -106,7 +115,8 @@ void addConstruction(Table& table, long units, double wideBar)
     });
     table.add(Row{"construct from narrow text", sizeText(units, "units"), kConversion, 0.6}, [length] {
         const auto narrow = std::make_shared<const std::string>(narrowed(sections(length)));
-        return sides([narrow] { return qelString(narrow->c_str()); }, [narrow] { return widened(narrow->c_str()); });
+        return sides([narrow] { return qelString(narrow->c_str()); },
+                     [narrow] { return widenedOnce(narrow->c_str()); });
     });
 }
 
@@ -254,7 +264,7 @@ wstring unescaped(const std::string& text)
     }
     wstring units(bytes.size(), L'\0');
     const int length = static_cast<int>(bytes.size());
-    units.resize(static_cast<size_t>(MultiByteToWideChar(page, 0, bytes.data(), length, &units[0], length)));
+    units.resize(static_cast<size_t>(MultiByteToWideChar(page, 0, bytes.data(), length, units.data(), length)));
     return units;
 }
 
@@ -275,8 +285,8 @@ std::string converted(const wstring& text, const char* replacement)
     const int units = static_cast<int>(text.size());
     std::string bytes(2 * text.size(), '\0'); // no unit needs more than two bytes
     const int room = static_cast<int>(bytes.size());
-    bytes.resize(
-        static_cast<size_t>(WideCharToMultiByte(CP_ACP, 0, text.data(), units, &bytes[0], room, replacement, nullptr)));
+    bytes.resize(static_cast<size_t>(
+        WideCharToMultiByte(CP_ACP, 0, text.data(), units, bytes.data(), room, replacement, nullptr)));
     return bytes;
 }
 
@@ -287,7 +297,7 @@ void addNarrowForm(Table& table, long units, const char* peer, const char* repla
     table.add(row, [units, replacement] {
         const auto d = pairOf(sections(static_cast<size_t>(units)));
         const auto ours = [d] {
-            qelString text(d->ours); // a copy has none yet
+            const qelString text(d->ours); // a copy has none yet
             keep(text.getStringA());
             return text;
         };
@@ -333,7 +343,7 @@ void splitByRuntime(const wstring& text, Words& tokens)
     tokens.clear();
     wstring copied(text);
     wchar_t* context = nullptr;
-    for (const wchar_t* token = wcstok_s(&copied[0], kSeparator, &context); token != nullptr;
+    for (const wchar_t* token = wcstok_s(copied.data(), kSeparator, &context); token != nullptr;
          token = wcstok_s(nullptr, kSeparator, &context))
     {
         tokens.emplace_back(token);
@@ -499,17 +509,17 @@ void addTokens(Table& table, long units)
 double bytesOf(const qelString& text)
 {
     void* block = nullptr;
-    memcpy(&block, &text, sizeof block);
-    return static_cast<double>(sizeof text + _msize(block));
+    memcpy(&block, static_cast<const void*>(&text), sizeof block);
+    return static_cast<double>(sizeof(qelString) + _msize(block));
 }
 
 /// Bytes of the object and of the block that holds the units, if they do not fit into the object.
-double bytesOf(const wstring& text)
+double bytesOf(wstring text)
 {
     const auto* units = reinterpret_cast<const char*>(text.data());
     const auto* object = reinterpret_cast<const char*>(&text);
-    const bool inside = units >= object && units < object + sizeof text;
-    return static_cast<double>(sizeof text + (inside ? 0 : _msize(const_cast<wchar_t*>(text.data()))));
+    const bool inside = units >= object && units < object + sizeof(wstring);
+    return static_cast<double>(sizeof(wstring) + (inside ? 0 : _msize(text.data())));
 }
 
 void addBytes(Table& table)

@@ -21,6 +21,7 @@ namespace
 {
 using Task = void (*)(void*);
 
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): what the tasks, which are functions, share
 std::atomic<int> tasksRun; // by whichever pool
 
 void countTask(void*)
@@ -39,6 +40,7 @@ public:
         SetThreadpoolThreadMinimum(m_pool, static_cast<DWORD>(threads));
         InitializeThreadpoolEnvironment(&m_environment);
         SetThreadpoolCallbackPool(&m_environment, m_pool);
+        // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): the environment comes first
         m_work = CreateThreadpoolWork(call, this, &m_environment);
     }
 

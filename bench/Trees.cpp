@@ -286,18 +286,18 @@ template <class Peer> void addRows(Table& table, long count, bool sorted, const 
 
 void addGrowths(Table& table)
 {
-    table.add(Growth{"insert n records", 1.25}, [](long n) { return inserting<OurTree>(keysOf(n, false)); });
-    table.add(Growth{"search for n records", 1.25}, [](long n) {
-        const Keys keys = keysOf(n, false);
+    table.add(Growth{"insert n / 8 records", 1.25}, [](long n) { return inserting<OurTree>(keysOf(n / 8, false)); });
+    table.add(Growth{"search for n / 2 records", 1.25}, [](long n) {
+        const Keys keys = keysOf(n / 2, false);
         const auto tree = treeOf<OurTree>(keys);
         return repeated([tree, keys] { return found(*tree, keys); });
     });
-    table.add(Growth{"walk over n records", 1.15}, [](long n) {
-        const auto tree = treeOf<OurTree>(keysOf(n, false));
+    table.add(Growth{"walk over n / 8 records", 1.15}, [](long n) {
+        const auto tree = treeOf<OurTree>(keysOf(n / 8, false));
         return repeated([tree] { return tree->sum(); });
     });
-    table.add(Growth{"remove n records", 1.25}, [](long n) {
-        const Keys keys = keysOf(n, false);
+    table.add(Growth{"remove n / 8 records", 1.25}, [](long n) {
+        const Keys keys = keysOf(n / 8, false);
         return removing(treeOf<OurTree>(keys), keys);
     });
 }

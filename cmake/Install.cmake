@@ -82,6 +82,8 @@ set(qel_pages
   docs/test-kit.md
   docs/testing.md
   docs/worker-pool.md)
+file(GLOB qel_charts RELATIVE ${PROJECT_SOURCE_DIR} CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/performance-*.svg)
+list(APPEND qel_pages ${qel_charts})
 
 install(TARGETS VarnelQELRoots EXPORT VarnelQELRootsTargets
   RUNTIME DESTINATION bin COMPONENT runtime

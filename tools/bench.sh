@@ -59,13 +59,15 @@ done
 [ -z "$chart" ] || [ -z "$growth" ] || fail "--chart measures growth anyway: leave --growth out"
 
 kept=$qel_build/bench
+# The one for which Debian has the charts, whatever else is called python3.
+python=/usr/bin/python3
 if [ -n "$chart" ]; then
     programs+=(--all)
     report+=(--page "$([ -n "$filter" ] && echo "$kept" || echo "$qel_source/docs")")
 fi
 
 if [ -n "$from" ]; then
-    exec python3 "$qel_source/tools/bench_report.py" --from "$from" "${report[@]}"
+    exec "$python" "$qel_source/tools/bench_report.py" --from "$from" "${report[@]}"
 fi
 
 # The sources of pugixml, which Debian has as a library for Linux only. A list of packages of its own, so that the one
@@ -104,6 +106,6 @@ prepare >&2
 mkdir -p "$kept"
 cd "$qel_build/tmp"
 say "Timing" >&2
-run_step python3 "$qel_source/tools/bench_report.py" --save "$kept/last.json" "${report[@]}" \
+run_step "$python" "$qel_source/tools/bench_report.py" --save "$kept/last.json" "${report[@]}" \
     --program "wine $qel_build/bin/bench.exe" --program "wine $qel_build/bin/benchLoad.exe" \
     "${programs[@]/#/--argument=}"

@@ -206,7 +206,7 @@ def machine_lines(run):
     cells = [('processor', f"{machine['processor']}, {machine['processors']} in use"), ('system', machine['system']),
              ('compiler', f"{machine['compiler']}, `-O3`"), ('library', machine['version']),
              ('clock of threads', machine['threadClock']), ('day of the run', run.date),
-             ('load of the machine', f"{run.load:.1f} other programs at the start")]
+             ('load of the machine', f"{run.load:.1f} programs at the start, on average")]
     return markdown_table(('', ''), cells, 2)
 
 
@@ -223,7 +223,7 @@ def page(run):
              'leave out a tenth of the rounds on either side. The bar is the greatest ratio that is good enough: a line',
              'is close where it misses the bar by less than its spread. Before a row is timed, both sides are compared:',
              'they must give the same. Rows that need no other thread or service count the processor time of their',
-             'thread, the others the time on the wall. Memory-bound rows tell how fast they read beside `memcpy` of as',
+             'thread, the others the time on the wall. Memory-bound rows tell how fast they read beside copying as',
              'many bytes. The folder `bench/` holds the operations as they are timed.', '',
              '## The machine', ''] + machine_lines(run) + ['']
     if run.load >= 1:

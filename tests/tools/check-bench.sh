@@ -11,6 +11,8 @@ shift 2
 # shellcheck source=tools/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/../../tools/lib.sh"
 
+# The one for which Debian has the charts, whatever else is called python3.
+python=/usr/bin/python3
 report=$qel_source/tools/bench_report.py
 rm -rf "$folder"
 mkdir -p "$folder"
@@ -22,7 +24,7 @@ status()
 {
     local filter=$1 result=0
     shift
-    python3 -B "$report" --program "$emulated" --argument=--filter "--argument=$filter" --argument=--rounds \
+    "$python" -B "$report" --program "$emulated" --argument=--filter "--argument=$filter" --argument=--rounds \
         --argument=9 "$@" >>output.txt || result=$?
     echo "$result"
 }
@@ -43,12 +45,12 @@ expect "a filter that nothing matches" "$(status '^no such row$' 2>/dev/null)" 1
 expect "a row of the library" \
     "$(status '^(strings: copy, 29 units, std::wstring|self-test: (four|work))' --argument=--all --save run.json)" 0
 
-python3 -B "$report" --from run.json --json --page page >again.json
+"$python" -B "$report" --from run.json --json --page page >again.json
 cmp run.json again.json
-python3 -B "$report" --from run.json --page once-more >/dev/null
+"$python" -B "$report" --from run.json --page once-more >/dev/null
 diff -r page once-more
 
-python3 -B - <<'END'
+"$python" -B - <<'END'
 import json
 
 with open('run.json', encoding='utf-8') as file:
