@@ -1,5 +1,5 @@
-// GetThreadTimes() is of no use for short work: it counts in steps of 10 milliseconds and more. On Windows the cycles of
-// a thread are exact. Wine does not know them; there a thread is a thread of Linux, whose own clock is asked.
+// GetThreadTimes() is of no use for short work: it counts in steps of 10 milliseconds and more. On Windows the cycles
+// of a thread are exact. Wine does not know them; there a thread is a thread of Linux, whose own clock is asked.
 
 #include "Clocks.h"
 

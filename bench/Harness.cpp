@@ -290,7 +290,7 @@ void printMachine()
     line.add("threadClock", threadClockSource()).print();
 }
 
-/// Rows for the test of the bench itself: one that is slower than its bar allows, one that is not, one whose sides differ.
+/// Rows for the test of the bench itself: a bar that is missed, one that is met, sides that differ.
 void addSelfTest(Table& table)
 {
     table.family("self-test");

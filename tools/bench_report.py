@@ -14,6 +14,31 @@ import sys
 ROW_COLUMNS = ('operation', 'size', 'peer', 'library', 'peer', 'ratio', '10-90 %', 'bar', '', 'of copy bandwidth')
 GROWTH_COLUMNS = ('operation', 'exponent', '10-90 %', 'bar', '')
 
+# Programs that run at the same time, on average, from which on the page warns of its own figures.
+BUSY = 3
+
+OPENING = """# Performance
+
+For those who ask whether the library is fast enough. Every operation stands beside what one would use instead.
+`tools/bench.sh --chart` measured and wrote all of this page; nothing in it is typed by hand.
+
+%s
+
+## How to read it
+
+- Both sides run in turns in one process, in many short rounds. Before that they are compared: they must give the same.
+- **library, peer**: medians of one call. Rows that need no other thread or service count the processor time of their
+  thread, the others wall time.
+- **ratio**: median of the ratios of all rounds; below 1 the library is the faster one. Beside it the ratios between
+  which lie all but the lowest and the highest tenth.
+- **bar**: the greatest ratio that is good enough. A row is close where it misses the bar by less than its spread.
+- **of copy bandwidth**: how fast memory-bound work reads, beside copying as many bytes.
+
+The folder `bench/` holds the operations as they are timed.
+
+## The machine
+"""
+
 
 def run_program(command, arguments):
     """The objects that one program prints, as they come."""
@@ -197,7 +222,7 @@ def losing(entries):
         where = f"{entry['name']}, {entry['size']}, beside {entry['peer']}" if entry['kind'] == 'row' else entry['name']
         value = ratio(entry['ratio']) if entry['kind'] == 'row' else f"{entry['exponent']:.2f}"
         wanted = f", bar {bar(entry)}" if entry['bar'] else ''
-        lines.append([code(where), value + wanted, code(entry['reason']) or 'none is known'])
+        lines.append([code(where), value + wanted, code(entry['reason']) or 'none given yet'])
     return markdown_table(('line', 'measured', 'reason'), lines, 3) if lines else ['None.']
 
 
@@ -212,22 +237,10 @@ def machine_lines(run):
 
 def page(run):
     """docs/performance.md."""
-    lines = ['# Performance', '',
-             'For those who ask whether the library is fast enough. Every operation stands beside what one would use',
-             'instead. `tools/bench.sh --chart` measured and wrote all of this page; nothing in it is typed by hand.', '',
-             run.summary(), '',
-             '## How to read it', '',
-             'Both sides run in turns in one process, in many short rounds. The times are medians of one call. The ratio '
-             'is the',
-             'median of the ratios of each round: below 1 the library is the faster one. Beside it stand the values that',
-             'leave out a tenth of the rounds on either side. The bar is the greatest ratio that is good enough: a line',
-             'is close where it misses the bar by less than its spread. Before a row is timed, both sides are compared:',
-             'they must give the same. Rows that need no other thread or service count the processor time of their',
-             'thread, the others the time on the wall. Memory-bound rows tell how fast they read beside copying as',
-             'many bytes. The folder `bench/` holds the operations as they are timed.', '',
-             '## The machine', ''] + machine_lines(run) + ['']
-    if run.load >= 1:
-        lines += ['**The machine was busy with other work:** run it again on an idle one before you rely on a figure.', '']
+    lines = (OPENING % run.summary()).split('\n') + machine_lines(run) + ['']
+    if run.load >= BUSY:
+        lines += ['**The machine was busy with other work:** measure again on an idle one before you rely on a figure.',
+                  '']
     for family, rows in families([row for row in run.rows if row['same']]).items():
         lines += [f'## {family}', '', f'![{family}: ratios]({file_name(family)})', '']
         cells = [[code(cell) for cell in row_cells(row)] for row in rows]
