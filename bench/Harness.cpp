@@ -313,7 +313,7 @@ void addSelfTest(Table& table)
     table.add(Row{"a quarter of the work", "1000 steps", "4000 steps", 1.0}, sides(1000, 4000, true));
     table.add(Row{"another result", "1000 steps", "1000 steps", 1.0}, sides(1000, 1000, false));
     table.add(Growth{"work that squares", 1.15, "It does."},
-              [counted](long n) { return counted(static_cast<int>(n / 64 * (n / 64))); });
+              [counted](long n) { return counted(static_cast<int>(n / 32 * (n / 32))); });
     table.add(Growth{"work in proportion", 1.15}, [counted](long n) { return counted(static_cast<int>(n)); });
 }
 
