@@ -20,4 +20,5 @@ set(qel_pages
   docs/runtimes.md
   docs/binary-compatibility.md
   CHANGELOG.md)
-set(qel_pictures docs/progress-dialog.png)
+file(GLOB qel_pictures RELATIVE ${PROJECT_SOURCE_DIR} CONFIGURE_DEPENDS
+  ${PROJECT_SOURCE_DIR}/docs/*.png ${PROJECT_SOURCE_DIR}/docs/*.svg)

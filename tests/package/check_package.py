@@ -49,7 +49,7 @@ def expected_files(source, abi, configuration):
         "symbols": {SYMBOLS[abi]},
         "documentation": {f"docs/{path.name}" for path in (source / "docs").glob("*.md")
                           if path.name not in PAGES_OF_THE_REPOSITORY} | {
-            f"docs/{path.name}" for path in (source / "docs").glob("*.png")} | {
+            f"docs/{path.name}" for path in (source / "docs").iterdir() if path.suffix in (".png", ".svg")} | {
             "CHANGELOG.md",
             "README.md",
             "docs/html/index.html",
