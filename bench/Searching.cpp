@@ -50,7 +50,7 @@ int findByHorspool(const Search& search)
 /// Begins with a unit that is in every name of the text, or with one that is nowhere in it; never occurs as a whole.
 wstring needle(size_t length, bool common)
 {
-    const wstring rest = L"275 L 80x80x8 galvanised, part 7";
+    const wstring rest = L"275 L 80x80x8 galvanised, mark 7";
     return ((common ? L"S" : L"#") + rest).substr(0, length);
 }
 
