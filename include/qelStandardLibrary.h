@@ -84,7 +84,7 @@ inline qelString fromUtf8(std::string_view bytes)
 {
     const unsigned int utf8 = 65001;
     // A code unit takes at most three bytes.
-    bytes = bytes.substr(0, 3 * static_cast<size_t>(qelString::kMaxLength));
+    bytes = bytes.substr(0, 3 * static_cast<size_t>(qelString::kMaxLength) + 1);
     const char* begin = bytes.data();
     const int size = static_cast<int>(bytes.size());
     std::wstring units;

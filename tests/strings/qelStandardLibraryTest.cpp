@@ -54,6 +54,8 @@ TEST(qelStandardLibraryConversion, CutsWhatIsLongerThanAStringMayBe)
     const qelString euros = fromUtf8(threeBytes);
     EXPECT_EQ(euros.length(), 524288);
     EXPECT_EQ(euros[524287], L'\x20AC');
+    threeBytes.resize(3 * 524287);
+    EXPECT_EQ(fromUtf8(threeBytes + "\xF0\x9D\x84\x9E")[524287], L'\xD834') << "half of a pair, as in fromWide()";
 }
 
 TEST(qelStandardLibraryConversion, GoesToUtf8AndBack)
