@@ -83,7 +83,7 @@ inline std::string toUtf8(const qelString& text)
 inline qelString fromUtf8(std::string_view bytes)
 {
     const unsigned int utf8 = 65001;
-    // A code unit takes at most three bytes.
+    // A code unit takes at most three bytes; one more for a pair that the limit cuts.
     bytes = bytes.substr(0, 3 * static_cast<size_t>(qelString::kMaxLength) + 1);
     const char* begin = bytes.data();
     const int size = static_cast<int>(bytes.size());
