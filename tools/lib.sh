@@ -165,6 +165,7 @@ use_wine_environment()
 start_display()
 {
     local number_file=$qel_build/tmp/display tries=0
+    mkdir -p "$qel_build/tmp"
     rm -f "$number_file"
     setsid -- setpriv --pdeathsig TERM Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp \
         3>"$number_file" </dev/null >"$qel_build/display.log" 2>&1 9>&- &
