@@ -64,8 +64,9 @@ normalise()
         s/(Start|End) = ([^:]*) : [0-9]+/\1 = \2 : CLOCK/g
         s/-> [0-9]+ \(Diff = [0-9]+\)/-> CLOCK (Diff = DURATION)/
         s/PID : [0-9]+/PID : NUMBER/
-        /^0x[0-9a-f]{8,16}  .*[A-Z]:\\windows\\/d
-        s/^0x[0-9a-f]{8,16}  0x[0-9a-f]+ +/BASE  SIZE  /
+        /^0x[0-9a-f]{8,16} .*[A-Z]:\\windows\\/d
+        s/^0x[0-9a-f]{8,16} +0x[0-9a-f]+ /BASE SIZE /
+        /^BASE /s/ +/ /g
     ' "$1"
 }
 
