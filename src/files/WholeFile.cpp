@@ -21,6 +21,7 @@ enum Form
     kUtf16
 };
 
+/// Bytes of UTF-8 that are converted at a time.
 const size_t kBlock = 0x10000;
 
 /// No character takes more bytes, nor a carriage return with its line feed more units.
@@ -29,6 +30,13 @@ const size_t kLongest = 4;
 size_t smaller(size_t a, size_t b)
 {
     return a < b ? a : b;
+}
+
+void moveTo(HANDLE file, long long offset, DWORD origin)
+{
+    LARGE_INTEGER distance = {};
+    distance.QuadPart = offset;
+    (void)SetFilePointerEx(file, distance, nullptr, origin);
 }
 
 /// The first `c` in the text from `text` to `end`, or `end`.
@@ -61,23 +69,17 @@ template <typename Unit> size_t translateLines(Unit* text, size_t length, bool& 
     return static_cast<size_t>(to - text);
 }
 
-/// The text of a file as UTF-16 or, where it is ANSI, as bytes.
+/// The text of a file from where its handle stands: as UTF-16 or, where it is ANSI, as bytes.
 class FileText
 {
 public:
-    FileText(HANDLE file, Form form, bool textMode, long long start)
+    FileText(HANDLE file, bool utf8, bool textMode)
         : m_file(file)
-        , m_form(form)
-        , m_size(form == kUtf16 ? sizeof(wchar_t) : 1)
+        , m_utf8(utf8)
         , m_textMode(textMode)
         , m_ended(false)
-        , m_position(start)
-        , m_utf8(form == kUtf8 ? kBlock : 0)
     {
     }
-
-    /// Where in the file the next character stands.
-    long long position() const { return m_position; }
 
     /// Reads up to `room` units and returns how many there are, 0 only at the end. A character that does not fit is
     /// cut, but counts whole. Nothing else is left in the room.
@@ -85,10 +87,10 @@ public:
     {
         if (room >= 2 * kLongest)
         {
-            return readUnits(to, room, false);
+            return read(to, room, false);
         }
         Unit character[kLongest];
-        const size_t length = readUnits(character, kLongest, true);
+        const size_t length = read(character, kLongest, true);
         memcpy(to, character, smaller(length, room) * sizeof(Unit));
         qelText::scrub(character, sizeof character);
         return length;
@@ -96,88 +98,78 @@ public:
 
 private:
     /// Reads as many whole characters as surely fit, or a single one.
-    template <typename Unit> size_t readUnits(Unit* to, size_t room, bool single)
-    {
-        const bool converts = m_form == kUtf8;
-        char* const bytes = converts ? m_utf8.data() : reinterpret_cast<char*>(to);
-        const size_t wanted = (converts ? smaller(room, kBlock) : room) * m_size;
-        size_t filled = m_ended ? 0 : readBytes(bytes, wanted);
-        const size_t used = single ? firstCut(bytes, filled) : filled == wanted ? lastCut(bytes, filled) : filled;
-        m_position += static_cast<long long>(used);
+    size_t read(char* to, size_t room, bool single) { return readPlain(to, room, single); }
 
-        size_t length = used / sizeof(Unit);
-        if (converts)
+    size_t read(wchar_t* to, size_t room, bool single)
+    {
+        if (!m_utf8)
         {
-            // No bytes are an error to the call, and give 0 as well.
-            length = static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes, static_cast<int>(used),
-                                                             reinterpret_cast<wchar_t*>(to), static_cast<int>(room)));
-            filled = length * sizeof(Unit);
+            return readPlain(to, room, single);
         }
-        if (m_textMode)
+        char* const bytes = qelString::qelStringTempBuffer;
+        const size_t length = readPlain(bytes, smaller(room, kBlock), single);
+        // No bytes are an error to the call, and give 0 as well.
+        const int made = MultiByteToWideChar(CP_UTF8, 0, bytes, static_cast<int>(length), to, static_cast<int>(room));
+        qelText::scrub(bytes, length);
+        return static_cast<size_t>(made);
+    }
+
+    /// The same without a conversion.
+    template <typename Unit> size_t readPlain(Unit* to, size_t room, bool single)
+    {
+        DWORD bytes = 0;
+        if (!m_ended)
         {
-            length = translateLines(to, length, m_ended);
+            // Not from an offset, with which the call would report its completion as well.
+            (void)ReadFile(m_file, to, static_cast<DWORD>(room * sizeof(Unit)), &bytes, nullptr);
         }
-        qelText::scrub(to + length, filled - length * sizeof(Unit));
+        const size_t filled = bytes / sizeof(Unit);
+        const size_t used = single ? firstCut(to, filled) : filled == room ? lastCut(to, filled) : filled;
+        if (used < filled)
+        {
+            moveTo(m_file, static_cast<long long>(used * sizeof(Unit)) - static_cast<long long>(bytes), FILE_CURRENT);
+        }
+        const size_t length = m_textMode ? translateLines(to, used, m_ended) : used;
+        qelText::scrub(to + length, bytes - length * sizeof(Unit));
         return length;
     }
 
-    size_t readBytes(char* bytes, size_t wanted) const
-    {
-        OVERLAPPED from = {};
-        from.Offset = static_cast<DWORD>(m_position);
-        from.OffsetHigh = static_cast<DWORD>(m_position >> 32);
-        DWORD got = 0;
-        return ReadFile(m_file, bytes, static_cast<DWORD>(wanted), &got, &from) != 0 ? got : 0;
-    }
-
     /// Where the first character ends.
-    size_t firstCut(const char* bytes, size_t count) const
+    template <typename Unit> size_t firstCut(const Unit* text, size_t length) const
     {
-        size_t cut = smaller(m_size, count);
-        while (cut + m_size <= count && divides(bytes + cut))
+        size_t cut = smaller(1, length);
+        while (cut < length && divides(text + cut))
         {
-            cut += m_size;
+            ++cut;
         }
         return cut;
     }
 
-    /// Where the last character begins: it is not known what follows the bytes.
-    size_t lastCut(const char* bytes, size_t count) const
+    /// Where the last character begins: it is not known what follows the text.
+    template <typename Unit> size_t lastCut(const Unit* text, size_t length) const
     {
-        size_t cut = count - m_size;
-        for (size_t step = 1; step < kLongest && divides(bytes + cut); ++step)
+        for (size_t cut = length - 1; cut >= length - kLongest; --cut)
         {
-            cut -= m_size;
+            if (!divides(text + cut))
+            {
+                return cut;
+            }
         }
         // Behind more bytes than follow the first one of any character, all places are good.
-        return divides(bytes + cut) ? count - m_size : cut;
+        return length - 1;
     }
 
     /// Whether a cut at this place, which is not the first one, divides a character of UTF-8, or a line end.
-    bool divides(const char* at) const
+    template <typename Unit> bool divides(const Unit* at) const
     {
-        return (m_form == kUtf8 && (*at & 0xC0) == 0x80) ||
-               (m_textMode && memcmp(at - m_size, "\r", m_size) == 0 && memcmp(at, "\n", m_size) == 0);
+        return (m_utf8 && (*at & 0xC0) == 0x80) || (m_textMode && at[-1] == '\r' && *at == '\n');
     }
 
     HANDLE m_file;
-    Form m_form;
-    size_t m_size; ///< of a unit in the file
+    bool m_utf8;
     bool m_textMode;
     bool m_ended; ///< an end-of-file character was met
-    long long m_position;
-    qelText::NarrowBuffer m_utf8; ///< what is to be converted
 };
-
-void assign(qelString& contents, const wchar_t* text, size_t length)
-{
-    qelStringAccess::assign(contents, text, qelUnits::measure(text, length));
-}
-
-void assign(qelString& contents, const char* text, size_t length)
-{
-    qelStringAccess::assign(contents, text, qelUnits::measure(text, length), CP_ACP);
-}
 
 /// Wipes units when it goes.
 template <typename Unit> struct Wiped
@@ -201,7 +193,15 @@ size_t collect(Source& source, Unit* text, size_t capacity, qelString& contents,
         got = source(text + count, most - count);
     }
     const Wiped<Unit> kept = {text, smaller(count, most)};
-    assign(contents, kept.text, kept.length);
+    const size_t length = qelUnits::measure(text, kept.length);
+    if constexpr (sizeof(Unit) == 1)
+    {
+        qelStringAccess::assign(contents, text, length, CP_ACP);
+    }
+    else
+    {
+        qelStringAccess::assign(contents, text, length);
+    }
     for (; got != 0 && count < maxLength; count += got)
     {
         got = source(text, smaller(maxLength - count, capacity));
@@ -217,6 +217,12 @@ template <typename Source> size_t collectWide(Source& source, qelString& content
 template <typename Source> size_t collectAnsi(Source& source, qelString& contents, size_t maxLength)
 {
     const size_t capacity = smaller(maxLength, qelCodePage::mostBytes());
+    if (capacity <= qelText::kCapacity * sizeof(wchar_t))
+    {
+        char* const scratch = reinterpret_cast<char*>(qelString::qelStringTempBufferWide);
+        return collect(source, scratch, capacity, contents, maxLength);
+    }
+    // Only where a character may take more than two bytes.
     const qelText::NarrowBuffer bytes(capacity);
     return collect(source, bytes.data(), capacity, contents, maxLength);
 }
@@ -242,12 +248,12 @@ Form formByKey(qelFileAccess::encodeType encoding)
 bool isTextMode(FILE* stream, Form form)
 {
     const int descriptor = _fileno(stream);
-    if (_setmode(descriptor, form == kUtf16 ? _O_U16TEXT : form == kUtf8 ? _O_U8TEXT : _O_TEXT) != _O_BINARY)
+    const int before = _setmode(descriptor, form == kUtf16 ? _O_U16TEXT : form == kUtf8 ? _O_U8TEXT : _O_TEXT);
+    if (before == _O_BINARY)
     {
-        return true;
+        (void)_setmode(descriptor, _O_BINARY);
     }
-    (void)_setmode(descriptor, _O_BINARY);
-    return false;
+    return before != _O_BINARY;
 }
 } // namespace
 
@@ -275,8 +281,9 @@ size_t qelWholeFile::readByKey(FILE* stream, qelFileAccess::encodeType encoding,
     {
         return 0;
     }
-    // Brings what was written into the file and empties the stream's buffer.
-    (void)fseek(stream, 0, SEEK_SET);
+    // Brings what was written into the file and empties the stream's buffer; a seek to the start need not do that.
+    (void)fseek(stream, 0, SEEK_END);
+    moveTo(file, 0, FILE_BEGIN);
     unsigned char mark[3] = {};
     DWORD got = 0;
     if (ReadFile(file, mark, sizeof mark, &got, nullptr) == 0)
@@ -287,7 +294,8 @@ size_t qelWholeFile::readByKey(FILE* stream, qelFileAccess::encodeType encoding,
     const bool utf16 = isUtf16Mark(mark);
     const bool utf8 = isUtf8Mark(mark);
     const Form form = utf16 ? kUtf16 : utf8 ? kUtf8 : formByKey(encoding);
-    FileText text(file, form, isTextMode(stream, form), utf16 ? 2 : utf8 ? 3 : 0);
+    moveTo(file, utf16 ? 2 : utf8 ? 3 : 0, FILE_BEGIN);
+    FileText text(file, form == kUtf8, isTextMode(stream, form));
     const size_t count =
         form == kAnsi ? collectAnsi(text, contents, maxLength) : collectWide(text, contents, maxLength);
     if (count < maxLength)
@@ -295,10 +303,6 @@ size_t qelWholeFile::readByKey(FILE* stream, qelFileAccess::encodeType encoding,
         // Lets the stream know that the end was met, at an end-of-file character too.
         (void)fseek(stream, 0, SEEK_END);
         (void)fgetwc(stream);
-    }
-    else
-    {
-        (void)_fseeki64(stream, text.position(), SEEK_SET);
     }
     return count;
 }
