@@ -69,12 +69,27 @@ uintptr_t lowestOfStack()
     return reinterpret_cast<uintptr_t>(stack.AllocationBase);
 }
 
+#if defined(__GNUC__)
+// It is read at an address that GCC believes to be an object of size 0.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Warray-bounds"
+#endif
+const NT_TIB& threadBlock()
+{
+    return *reinterpret_cast<const NT_TIB*>(NtCurrentTeb());
+}
+#if defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
+
 /// Checks the clock, and the stack of the thread (or fiber) that made it.
 class Guard
 {
 public:
     explicit Guard(size_t stackReserve)
-        : m_lowest(lowestOfStack() + stackReserve)
+        : m_reserve(stackReserve)
+        // Of the part that is in use already. Most matches need no more, and asking for the whole stack takes time.
+        , m_lowest(reinterpret_cast<uintptr_t>(threadBlock().StackLimit) + stackReserve)
         , m_end(GetTickCount64() + kMostTime)
         , m_stepsLeft(kStepsPerLook)
     {
@@ -92,6 +107,7 @@ public:
 private:
     void check();
 
+    size_t m_reserve;
     uintptr_t m_lowest; ///< address below which the stack counts as used up
     ULONGLONG m_end;
     int m_stepsLeft;
@@ -99,6 +115,10 @@ private:
 
 void Guard::check()
 {
+    if (stackPosition() < m_lowest)
+    {
+        m_lowest = lowestOfStack() + m_reserve;
+    }
     if (stackPosition() < m_lowest)
     {
         throw StackUsedUp();
@@ -221,32 +241,28 @@ struct Job
     size_t textLength;
     qelPattern::GroupSink sink;
     void* context;
-    bool matched;
-    bool stackUsedUp;
-    void* caller; ///< fiber to go back to
+    size_t nodes = 1;     ///< of a chain of the compiled pattern, at most: a run of literals makes only one
+    size_t lastDigit = 0; ///< greatest digit that may be a back reference
+    bool repeatsGroup = false;
+    bool matched = false;
+    bool stackUsedUp = false;
+    void* caller = nullptr; ///< fiber to go back to
 };
 
-/// Upper bound of the nodes in one chain of the compiled form: a run of literals makes only one.
-size_t countNodes(const wchar_t* pattern)
+/// Finds out what can be told of a pattern before it is compiled.
+void survey(Job& job)
 {
-    size_t nodes = 1;
-    for (const wchar_t* at = pattern; *at != 0; ++at)
+    for (const wchar_t* at = job.pattern; *at != 0; ++at)
     {
-        nodes += wcschr(L"\\.[(){*+?|^$", *at) != nullptr ? 1U : 0U;
-    }
-    return nodes;
-}
-
-/// A back reference to a missing group would make the engine read past its groups. Adds groups, which never match, for
-/// all single digits, the only numbers that the engine does not check.
-void addMissingGroups(const Regex& regex, const wchar_t* pattern)
-{
-    size_t& count = xpressive::detail::core_access<GuardedIterator>::get_regex_impl(regex)->mark_count_;
-    for (const wchar_t* at = wcschr(pattern, L'\\'); at != nullptr; at = wcschr(at + 1, L'\\'))
-    {
-        if (at[1] >= L'1' && at[1] <= L'9')
+        const wchar_t next = at[1];
+        for (const wchar_t other : L"\\.[(){*+?|^$")
         {
-            count = (std::max)(count, static_cast<size_t>(at[1] - L'0'));
+            job.nodes += *at == other ? 1U : 0U;
+        }
+        job.repeatsGroup = job.repeatsGroup || (*at == L')' && (next == L'*' || next == L'+' || next == L'{'));
+        if (*at == L'\\' && next >= L'1' && next <= L'9')
+        {
+            job.lastDigit = (std::max)(job.lastDigit, static_cast<size_t>(next - L'0'));
         }
     }
 }
@@ -254,10 +270,13 @@ void addMissingGroups(const Regex& regex, const wchar_t* pattern)
 /// Compiles, matches and reports the groups; throws on any failure.
 void search(Job& job)
 {
-    Guard guard(kStackReserve + countNodes(job.pattern) * kStackPerNode);
+    Guard guard(kStackReserve + job.nodes * kStackPerNode);
     const Regex regex = xpressive::regex_compiler<GuardedIterator, Characters, Tokens>().compile(
         GuardedIterator(job.pattern, guard), GuardedIterator(job.pattern + job.patternLength, guard));
-    addMissingGroups(regex, job.pattern);
+    // A back reference to a missing group would make the engine read past its groups. Add groups, which never match, for
+    // all single digits, the only numbers that the engine does not check.
+    size_t& groupCount = xpressive::detail::core_access<GuardedIterator>::get_regex_impl(regex)->mark_count_;
+    groupCount = (std::max)(groupCount, job.lastDigit);
 
     Groups groups;
     const GuardedIterator begin(job.text, guard);
@@ -300,19 +319,6 @@ void CALLBACK attemptInFiber(void* job)
     SwitchToFiber(static_cast<Job*>(job)->caller);
 }
 
-#if defined(__GNUC__)
-// GetCurrentFiber() reads the thread block at an address that GCC believes to be an object of size 0.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Warray-bounds"
-#endif
-void* currentFiber()
-{
-    return IsThreadAFiber() != FALSE ? GetCurrentFiber() : nullptr;
-}
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
-
 /**
  * False when there is no memory for the stack.
  *
@@ -320,7 +326,7 @@ void* currentFiber()
  */
 bool attemptOnLargeStack(Job& job)
 {
-    void* const current = currentFiber();
+    void* const current = IsThreadAFiber() != FALSE ? threadBlock().FiberData : nullptr;
     job.caller = current != nullptr ? current : ConvertThreadToFiberEx(nullptr, FIBER_FLAG_FLOAT_SWITCH);
     if (job.caller == nullptr)
     {
@@ -344,16 +350,14 @@ bool attemptOnLargeStack(Job& job)
 /// recursion is slow.
 bool goesDeep(const Job& job)
 {
-    const bool repeatsGroup = wcsstr(job.pattern, L")*") != nullptr || wcsstr(job.pattern, L")+") != nullptr ||
-                              wcsstr(job.pattern, L"){") != nullptr;
-    return repeatsGroup && job.textLength * kStackPerTurn > stackPosition() - lowestOfStack();
+    return job.repeatsGroup && job.textLength * kStackPerTurn > stackPosition() - lowestOfStack();
 }
 } // namespace
 
 bool qelPattern::match(const wchar_t* pattern, const wchar_t* text, GroupSink sink, void* context) noexcept
 {
-    Job job = {pattern, qelText::measureOwn(pattern), text, qelText::measureOwn(text), sink, context, false, false,
-               nullptr};
+    Job job = {pattern, qelText::measureOwn(pattern), text, qelText::measureOwn(text), sink, context};
+    survey(job);
     const bool deep = goesDeep(job);
     if (deep && attemptOnLargeStack(job))
     {

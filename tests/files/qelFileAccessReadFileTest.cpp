@@ -662,6 +662,35 @@ TEST(qelFileAccessReadFile, StaysInsideTheSharedBufferAndLeavesItClear)
     }
 }
 
+TEST(qelFileAccessReadFile, LeavesTheSharedBufferForBytesClear)
+{
+    const std::string clear(qelString::kMaxLength, 0);
+    memset(qelString::qelStringTempBuffer, 0, clear.size());
+    const std::wstring text(200000, L'x');
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        for (const Form form : kForms)
+        {
+            EXPECT_EQ(readContent(inForm(form, text, key), L"r", key, SIZE_MAX), (Read{200000, text}));
+            EXPECT_TRUE(std::string(qelString::qelStringTempBuffer, clear.size()) == clear) << key << ' ' << form;
+        }
+    }
+}
+
+TEST(qelFileAccessReadFile, ReadsAnsiTextOfTheGreatestLengthInsideTheSharedBuffer)
+{
+    const GuardedScratch scratch;
+    for (const size_t length : {524287u, 524288u, 524289u, 1048577u})
+    {
+        const std::string content(length, 'x');
+        const Read read = {length, std::wstring(length < 524288 ? length : 524288, L'x')};
+        EXPECT_EQ(readContent(content, L"r", qelFileAccess::ANSI, SIZE_MAX), read);
+        EXPECT_TRUE(scratch.isClear()) << length;
+        EXPECT_EQ(readContent(content, L"r", qelFileAccess::UNICODE_TEXT, SIZE_MAX), read);
+        EXPECT_TRUE(scratch.isClear()) << length;
+    }
+}
+
 /// Refuses blocks of this size and more.
 size_t refusedFrom = SIZE_MAX;
 

@@ -204,6 +204,48 @@ private:
     size_t m_below = 0;
 };
 
+#if defined(__GNUC__)
+// The block of the thread is read at an address that GCC believes to be an object of size 0.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Warray-bounds"
+#endif
+/// Some systems put all of a stack in use when a thread starts. This says that little more is in use than its maker is.
+class PartOfTheStackInUse
+{
+public:
+    PartOfTheStackInUse()
+        : m_block(reinterpret_cast<NT_TIB*>(NtCurrentTeb()))
+        , m_lowest(m_block->StackLimit)
+    {
+        char* const here = reinterpret_cast<char*>(this);
+        if (here - static_cast<char*>(m_lowest) > kFarMore)
+        {
+            m_block->StackLimit = here - kLittleMore;
+        }
+    }
+
+    PartOfTheStackInUse(const PartOfTheStackInUse&) = delete;
+    PartOfTheStackInUse& operator=(const PartOfTheStackInUse&) = delete;
+
+    ~PartOfTheStackInUse()
+    {
+        if (m_block->StackLimit > m_lowest)
+        {
+            m_block->StackLimit = m_lowest;
+        }
+    }
+
+private:
+    static const ptrdiff_t kLittleMore = 16 * 1024;
+    static const ptrdiff_t kFarMore = 512 * 1024;
+
+    NT_TIB* m_block;
+    void* m_lowest;
+};
+#if defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
+
 long fibersMade = 0;
 
 void* WINAPI countingFiber(SIZE_T commit, SIZE_T reserve, DWORD flags, LPFIBER_START_ROUTINE start, void* parameter)
@@ -861,6 +903,20 @@ TEST(qelRegExWrapperLimits, TakeALargeStackForLongTextsOnly)
         EXPECT_TRUE(matched(L"(x|y)*", times(4000, L"xy")).matched);
         EXPECT_EQ(1, fibersMade);
     });
+}
+
+TEST(qelRegExWrapperLimits, PutMoreOfTheStackInUseWhereThatIsNeeded)
+{
+    const qelTest::ImportHook hook("CreateFiberEx", countingFiber);
+    bool matches = false;
+    inThread(1024 * 1024, [&] {
+        const std::wstring text = times(700, L"xy");
+        const PartOfTheStackInUse part;
+        fibersMade = 0;
+        matches = matched(L"(x|y)*", text).matched;
+    });
+    EXPECT_TRUE(matches);
+    EXPECT_EQ(0, fibersMade);
 }
 
 TEST(qelRegExWrapperLimits, HoldForPatternsThatCallThemselves)
