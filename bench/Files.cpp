@@ -88,11 +88,13 @@ struct Reading
     Content content;
     const wchar_t* mode;
     qelFileAccess::encodeType encoding;
+    const char* reason;
 };
 
 void addReading(Table& table, const Reading& reading, long units)
 {
-    Row row{string("read a file, ") + reading.name, sizeText(units, "units"), "ReadFile and one conversion", 1.2};
+    Row row{string("read a file, ") + reading.name, sizeText(units, "units"), "ReadFile and one conversion", 1.2,
+            reading.reason};
     row.clock = Clock::wall;
     table.add(row, [reading, units] {
         const auto folder = std::make_shared<const qelTest::TemporaryFolder>();
@@ -109,13 +111,17 @@ void addReading(Table& table, const Reading& reading, long units)
 
 void addReadings(Table& table)
 {
+    const char* const kStream = "It opens a stream of the runtime, which takes 8 us more than a handle: 1.17 at best.";
+    const char* const kRuntime =
+        "The runtime makes line ends of the bytes one by one. Read below the stream, as with a "
+        "key, it is 1.1; but then a key that the caller wrote into the mode would not count.";
     const Reading kReadings[] = {
-        {"ANSI, text mode", Content::ansi, L"r", qelFileAccess::ANSI},
-        {"ANSI, binary mode", Content::ansi, L"rb", qelFileAccess::ANSI},
-        {"UTF-16 by its BOM, binary mode", Content::utf16, L"rb", qelFileAccess::ANSI},
-        {"UTF-16, text mode with key", Content::utf16, L"r", qelFileAccess::UTF16LE},
-        {"UTF-8, text mode with key", Content::utf8, L"r", qelFileAccess::UTF8},
-        {"ANSI, text mode with key", Content::ansi, L"r", qelFileAccess::UNICODE_TEXT},
+        {"ANSI, text mode", Content::ansi, L"r", qelFileAccess::ANSI, kRuntime},
+        {"ANSI, binary mode", Content::ansi, L"rb", qelFileAccess::ANSI, kStream},
+        {"UTF-16 by its BOM, binary mode", Content::utf16, L"rb", qelFileAccess::ANSI, kStream},
+        {"UTF-16, text mode with key", Content::utf16, L"r", qelFileAccess::UTF16LE, kStream},
+        {"UTF-8, text mode with key", Content::utf8, L"r", qelFileAccess::UTF8, kStream},
+        {"ANSI, text mode with key", Content::ansi, L"r", qelFileAccess::UNICODE_TEXT, kStream},
     };
     for (const Reading& reading : kReadings)
     {
@@ -142,7 +148,9 @@ string lastMessage(const wstring& path)
 
 void addLogLine(Table& table)
 {
-    Row row{"log line", "60 units", "_wfopen, fwprintf, fclose", 1.1};
+    Row row{
+        "log line", "60 units", "_wfopen, fwprintf, fclose", 1.1,
+        "It locks the file, so that no other writer's line is overwritten: one call of the system. Without it 0.99."};
     row.clock = Clock::wall;
     table.add(row, [] {
         const auto folder = std::make_shared<const qelTest::TemporaryFolder>();
