@@ -77,7 +77,7 @@ public:
         : m_file(file)
         , m_utf8(utf8)
         , m_textMode(textMode)
-        , m_ended(false)
+        , m_endsEarly(false)
     {
     }
 
@@ -95,6 +95,9 @@ public:
         qelText::scrub(character, sizeof character);
         return length;
     }
+
+    /// Whether an end-of-file character was met.
+    bool endsEarly() const { return m_endsEarly; }
 
 private:
     /// Reads as many whole characters as surely fit, or a single one.
@@ -118,7 +121,7 @@ private:
     template <typename Unit> size_t readPlain(Unit* to, size_t room, bool single)
     {
         DWORD bytes = 0;
-        if (!m_ended)
+        if (!m_endsEarly)
         {
             // Not from an offset, with which the call would report its completion as well.
             (void)ReadFile(m_file, to, static_cast<DWORD>(room * sizeof(Unit)), &bytes, nullptr);
@@ -129,7 +132,7 @@ private:
         {
             moveTo(m_file, static_cast<long long>(used * sizeof(Unit)) - static_cast<long long>(bytes), FILE_CURRENT);
         }
-        const size_t length = m_textMode ? translateLines(to, used, m_ended) : used;
+        const size_t length = m_textMode ? translateLines(to, used, m_endsEarly) : used;
         qelText::scrub(to + length, bytes - length * sizeof(Unit));
         return length;
     }
@@ -168,7 +171,7 @@ private:
     HANDLE m_file;
     bool m_utf8;
     bool m_textMode;
-    bool m_ended; ///< an end-of-file character was met
+    bool m_endsEarly;
 };
 
 /// Wipes units when it goes.
@@ -300,8 +303,11 @@ size_t qelWholeFile::readByKey(FILE* stream, qelFileAccess::encodeType encoding,
         form == kAnsi ? collectAnsi(text, contents, maxLength) : collectWide(text, contents, maxLength);
     if (count < maxLength)
     {
-        // Lets the stream know that the end was met, at an end-of-file character too.
-        (void)fseek(stream, 0, SEEK_END);
+        // Lets the stream know that the end was met.
+        if (text.endsEarly())
+        {
+            moveTo(file, 0, FILE_END);
+        }
         (void)fgetwc(stream);
     }
     return count;
