@@ -120,12 +120,12 @@ def watch(process, output, patience):
             size, since = os.fstat(output.fileno()).st_size, now
 
 
-def run(program, side, environment, tests=()):
-    """Runs a program of the folder `side`: all of its tests, or those named."""
+def run(program, side, environment, test=""):
+    """Runs a program of the folder `side`: all of its tests, or the one named."""
     command = ["wine", str(side / program.path), *program.arguments]
     if not program.expected:
         command += ["--gtest_fail_fast", "--gtest_color=no"]
-        command += [f"--gtest_filter={':'.join(tests)}"] if tests else []
+        command += [f"--gtest_filter={test}"] if test else []
     # One of its own: tests make files in it, with names that are unique in one Wine.
     directory = pathlib.Path(environment["HOME"]) / "tests" / program.name
     directory.mkdir(parents=True, exist_ok=True)

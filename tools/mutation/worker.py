@@ -114,11 +114,11 @@ class Worker:
         likely = self.last_killer.get(mutant.file)
         return sorted(can, key=lambda program: (program.name != likely, program.folder != folder, program.seconds))
 
-    def run(self, program, side, tests=()):
+    def run(self, program, side, test=""):
         with contextlib.ExitStack() as held:
             for name in program.locks:
                 held.enter_context(self.locks.setdefault(name, threading.Lock()))
-            return programs.run(program, self.workshop.folder / side, self.wine.environment, tests)
+            return programs.run(program, self.workshop.folder / side, self.wine.environment, test)
 
     def examine(self, program):
         """Runs a program with the mutant. Only what fails again, and does not fail without the mutant, counts."""
@@ -130,11 +130,13 @@ class Worker:
                 self.usual.note(program, outcome)
                 return outcome
             self.clean_up(program, outcome)
-            again = self.run(program, "mutant", outcome.tests)
+            # The first alone: some programs run each of their tests in a process of its own.
+            first = (outcome.tests or [""])[0]
+            again = self.run(program, "mutant", first)
             if again.passed():
                 again = self.run(program, "mutant")
             self.clean_up(program, again)
-            if not again.passed() and self.run(program, "control", outcome.tests).passed():
+            if not again.passed() and self.run(program, "control", first).passed():
                 return outcome
             self.wine.renew()
             self.run_control(program)
