@@ -15,6 +15,7 @@ import argparse
 import hashlib
 import json
 import pathlib
+import re
 import sys
 import threading
 import time
@@ -48,7 +49,7 @@ class Sources:
                 self.mutants.setdefault(folder, []).extend(places.mutants_of(file, text))
         self.all = [mutant for mutants in self.mutants.values() for mutant in mutants]
         for folder in list(self.mutants):
-            chosen = [mutant for mutant in self.mutants[folder] if match in str(mutant)]
+            chosen = [mutant for mutant in self.mutants[folder] if re.search(match, str(mutant))]
             chosen.sort(key=lambda mutant: digest(f"{seed}\n{mutant.identity()}"))
             self.mutants[folder] = chosen
             if only not in ("", folder) or not chosen:
@@ -223,7 +224,7 @@ def options():
     parser.add_argument("--seed", default="1", help="which of all mutants (1)")
     parser.add_argument("--jobs", type=int, default=2, help="how many at a time (2)")
     parser.add_argument("--only", default="", metavar="FOLDER", help="only those of src/FOLDER")
-    parser.add_argument("--match", default="", metavar="TEXT", help="only those whose line of --list has the text")
+    parser.add_argument("--match", default="", metavar="REGEX", help="only those whose line of --list matches")
     parser.add_argument("--again", action="store_true", help="run those again that survived")
     parser.add_argument("--equivalent", action="store_true", help="run those as well that are listed as equivalent")
     parser.add_argument("--fresh", action="store_true", help="forget all results first")

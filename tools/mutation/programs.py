@@ -10,7 +10,7 @@ import subprocess
 import tempfile
 import time
 
-from mutation.library import LIBRARY, output_of
+from mutation.library import LIBRARY, closure, output_of
 
 # A mutant that allocates or writes without end must not take the machine with it.
 MOST_MEMORY = 12 << 30
@@ -32,7 +32,7 @@ class Program:
     environment: dict
     locks: tuple
     expected: str  # what the output has to match; empty where the exit code tells
-    reaches: set = None  # objects; None for all
+    reaches: set = None  # objects
     seconds: float = UNKNOWN_SILENCE
     silence: float = UNKNOWN_SILENCE
 
@@ -65,17 +65,33 @@ def read_programs(build):
     return found
 
 
+def names_used(binary, definitions):
+    """The names of the DLL that a binary imports or, where it loads the DLL by itself, has as text."""
+    listing = output_of(["x86_64-w64-mingw32-objdump", "-p", binary])
+    table = re.search(rf"DLL Name: {re.escape(LIBRARY)}\n.*?\n\n", listing, re.S)
+    if table is not None:
+        return re.findall(r"^\s+[0-9a-f]+\s+(?:<none>|\d+)\s+(?:[0-9a-f]+\s+)?(\S+)", table.group(), re.M)
+    texts = {text.decode() for text in re.findall(rb"\b_Z\w*qel\w+", binary.read_bytes())}
+    return texts & definitions.keys()
+
+
 def find_reach(programs, base):
-    """Notes which objects of the DLL each program can reach: those behind the names that it imports."""
+    """Notes which objects of the DLL each program can reach: those behind the names that it uses, and those that the
+    programs and modules use which it names."""
     reach = base.reach()
+    binaries = {program.path: base.folder / program.path for program in programs}
+    for file in (base.folder / "bin").iterdir():
+        if file.name != LIBRARY:
+            binaries[f"bin/{file.name}"] = file
+    direct, helpers = {}, {}
+    for path, binary in binaries.items():
+        direct[path] = {other for name in names_used(binary, base.definitions)
+                        for user in base.definitions.get(name, ()) for other in reach[user]}
+        content = binary.read_bytes()
+        helpers[path] = {other for other, file in binaries.items() if other != path
+                         and (file.name.encode() in content or file.name.encode("utf-16-le") in content)}
     for program in programs:
-        listing = output_of(["x86_64-w64-mingw32-objdump", "-p", base.folder / program.path])
-        table = re.search(rf"DLL Name: {re.escape(LIBRARY)}\n.*?\n\n", listing, re.S)
-        # Who loads the library by itself may reach all of it.
-        if table is not None:
-            names = re.findall(r"^\s+[0-9a-f]+\s+(?:<none>|\d+)\s+(?:[0-9a-f]+\s+)?(\S+)", table.group(), re.M)
-            program.reaches = {other for name in names for user in base.definitions.get(name, ())
-                               for other in reach[user]}
+        program.reaches = set().union(*(direct[path] for path in closure(program.path, helpers)))
 
 
 @dataclasses.dataclass

@@ -109,7 +109,7 @@ class Worker:
         """The programs that can reach the change, the likely ones first, then the subsystem's own, fast ones first."""
         folder = mutant.file.split("/")[1]
         can = [program for program in self.programs
-               if program.reaches is None or folder == "module" or not program.reaches.isdisjoint(changed)
+               if folder == "module" or not program.reaches.isdisjoint(changed)
                or program.path.startswith(library.VARIANT)]
         likely = self.last_killer.get(mutant.file)
         return sorted(can, key=lambda program: (program.name != likely, program.folder != folder, program.seconds))
