@@ -82,8 +82,8 @@ TEST(qelLoadRelease, LeavesNoHandleAndNoThread)
     EXPECT_EQ(qelTest::threads(), threads);
     // What each load of the compiler's runtime keeps for exceptions is less; the two scratch buffers alone are more.
     EXPECT_LT(grown / cycles, 100.0 * 1024);
-    printf("%d cycles: %d handles before, %d after; %d threads before, %d after; %.1f KB kept a cycle\n", cycles, handles,
-           qelTest::openHandles(), threads, qelTest::threads(), grown / 1024 / cycles);
+    printf("%d cycles: %d handles before, %d after; %d threads before, %d after; %.1f KB kept a cycle\n", cycles,
+           handles, qelTest::openHandles(), threads, qelTest::threads(), grown / 1024 / cycles);
     FreeLibrary(commonControls);
 }
 } // namespace

@@ -31,7 +31,8 @@ def changes(text):
 
 class Places(unittest.TestCase):
     def test_comparisons_become_their_neighbours_and_their_opposites(self):
-        self.assertEqual(changes("const bool less = a < b;"), {"const bool less = a <= b;", "const bool less = a >= b;"})
+        self.assertEqual(changes("const bool less = a < b;"),
+                         {"const bool less = a <= b;", "const bool less = a >= b;"})
         self.assertEqual(changes("const bool same = a == b;"), {"const bool same = a != b;"})
 
     def test_arithmetic_and_logic_are_swapped(self):

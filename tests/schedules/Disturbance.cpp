@@ -30,8 +30,8 @@ std::atomic<uint64_t> pointCount(0);
 std::atomic<uint64_t> yieldCount(0);
 std::atomic<uint64_t> sleepCount(0);
 
-/// The schedule, the thread and the point of the calling thread, kept in the value of its slot itself: the C++ runtime's
-/// thread-local variables allocate.
+/// The schedule, the thread and the point of the calling thread, kept in the value of its slot itself: thread-local
+/// variables of the C++ runtime allocate.
 const DWORD slot = TlsAlloc();
 const int kPointBits = 24;
 const int kThreadBits = 16;

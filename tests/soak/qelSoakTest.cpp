@@ -189,8 +189,8 @@ public:
     {
         wchar_t path[MAX_PATH] = {};
         GetModuleFileNameW(nullptr, path, MAX_PATH);
-        std::wstring command = L"\"" + std::wstring(path) + L"\" --seconds " + std::to_wstring(seconds) +
-                               L" --second \"" + folder + L"\"";
+        std::wstring command =
+            L"\"" + std::wstring(path) + L"\" --seconds " + std::to_wstring(seconds) + L" --second \"" + folder + L"\"";
         STARTUPINFOW startup = {};
         startup.cb = sizeof startup;
         EXPECT_TRUE(

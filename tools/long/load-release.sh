@@ -43,4 +43,5 @@ say "Load and release"
 run_step wine "$qel_build/bin/qelLoadReleaseTest.exe" --cycles "$cycles" 2>&1 | tr -d '\r' | tee cycles.txt
 say "The end of processes"
 run_step wine "$qel_build/bin/qelProcessEndTest.exe" --rounds "$rounds" 2>&1 | tr -d '\r' | tee ends.txt
-printf 'figures: %s; %s at bad moments, none hung\n' "$(grep ' cycles: ' cycles.txt)" "$(grep ' processes ended' ends.txt)"
+printf 'figures: %s; %s at bad moments, none hung\n' "$(grep ' cycles: ' cycles.txt)" \
+    "$(grep ' processes ended' ends.txt)"

@@ -43,7 +43,7 @@ counts()
 {
     sed -n "s/^$1 process, $2: \(.*\), [0-9]* rounds$/\1/p" output.txt
 }
-rounds=$(sed -n 's/.* process, after: .* threads, \([0-9]*\) rounds$/\1/p' output.txt | awk '{ sum += $1 } END { print sum }')
+rounds=$(awk '/ process, after: / { sum += $(NF - 1) } END { print sum }' output.txt)
 printf 'figures: %s minutes, %s rounds; first process %s before, %s after; second process %s before, %s after\n' \
     "$minutes" "$rounds" "$(counts first before)" "$(counts first after)" "$(counts second before)" \
     "$(counts second after)"
