@@ -9,8 +9,6 @@
 #include <string>
 
 using qelTest::CountedTask;
-using qelTest::Disturbance;
-using qelTest::LibraryMemory;
 using qelTest::LoadedPool;
 using qelTest::Schedule;
 

@@ -155,7 +155,7 @@ void assignAnother(Schedule& schedule)
     LoadedPool other(schedule.library(), schedule.draw(1, 3));
     schedule.queue(pool, schedule.draw(0, 8), 0, 1);
     schedule.queue(other, schedule.draw(0, 8), 1, 1);
-    pool = other;
+    pool.assign(other);
     schedule.queue(pool, schedule.draw(0, 2), 0, 0);
     schedule.queue(other, schedule.draw(0, 8), 1, 1);
     other.wait();
@@ -182,7 +182,7 @@ void assignOwnCopy(Schedule& schedule)
     // What is pending runs again from the list of the copy, several times.
     schedule.queue(pool, schedule.draw(0, 5), 1, 1000);
     LoadedPool copy(pool);
-    pool = copy;
+    pool.assign(copy);
     schedule.queue(pool, schedule.draw(0, 5), 1, 1);
     copy.destroy();
     pool.wait();

@@ -69,10 +69,11 @@ public:
         m_library->exported<void(void*, const void*)>(kCopyConstructor)(m_pool, other.m_pool);
     }
 
-    LoadedPool& operator=(const LoadedPool& other)
+    LoadedPool& operator=(const LoadedPool&) = delete;
+
+    void assign(const LoadedPool& other)
     {
         m_library->exported<void*(void*, const void*)>(kAssignment)(m_pool, other.m_pool);
-        return *this;
     }
 
     void queue(void (*task)(void*), void* argument)

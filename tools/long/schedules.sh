@@ -41,4 +41,6 @@ say "Schedules"
 output=$qel_source/build/long/schedules/output.txt
 cd "$qel_source/build/long/schedules"
 run_step wine "$qel_build/bin/qelThreadsPoolSchedulesTest.exe" "${options[@]}" 2>&1 | tee "$output"
-printf 'figures: %s, no task lost, no hang, no touch of freed memory\n' "$(grep ' schedules, ' "$output" | tr -d '\r')"
+# A program that a stack overflow has ended fails here: Wine gives it the exit code 0.
+counts=$(grep ' schedules, ' "$output" | tr -d '\r')
+printf 'figures: %s, no task lost, no hang, no touch of freed memory\n' "$counts"

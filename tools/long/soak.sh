@@ -38,12 +38,17 @@ say "Soak"
 cd "$folder"
 run_step wine "$qel_build/bin/qelSoakTest.exe" --seconds $((minutes * 60)) 2>&1 | tr -d '\r' | tee output.txt
 
-# "first process, before: 70 blocks, 38 handles, 2 threads, 5 rounds"
+# The counts of process $1 at the time $2, from "first process, before: 70 blocks, 38 handles, 2 threads, 5 rounds". A
+# program that a stack overflow has ended has none at the end: Wine gives it the exit code 0.
 counts()
 {
-    sed -n "s/^$1 process, $2: \(.*\), [0-9]* rounds$/\1/p" output.txt
+    grep "^$1 process, $2: " output.txt | sed 's/.*: \(.*\), [0-9]* rounds$/\1/'
 }
 rounds=$(awk '/ process, after: / { sum += $(NF - 1) } END { print sum }' output.txt)
-printf 'figures: %s minutes, %s rounds; first process %s before, %s after; second process %s before, %s after\n' \
-    "$minutes" "$rounds" "$(counts first before)" "$(counts first after)" "$(counts second before)" \
-    "$(counts second after)"
+figures="$minutes minutes, $rounds rounds"
+for process in first second; do
+    before=$(counts $process before)
+    after=$(counts $process after)
+    figures+="; $process process $before before, $after after"
+done
+printf 'figures: %s\n' "$figures"
