@@ -21,7 +21,8 @@ if(EXISTS ${BUILD_DIR}/THIRD-PARTY-NOTICES.md)
 endif()
 
 # The library, what runs the tests, and what some tests start or load beside themselves.
-foreach(file VarnelQELRoots.dll testkit.exe qelTasksBusyExit.exe qelTasksBusyModule.dll)
+foreach(file VarnelQELRoots.dll testkit.exe qelTasksBusyExit.exe qelTasksBusyModule.dll
+    qelEndingProcess.exe qelEndingModule.dll)
   file(COPY ${BUILD_DIR}/bin/${file} DESTINATION ${kit}/bin)
 endforeach()
 file(COPY ${BUILD_DIR}/debug-output/VarnelQELRoots.dll DESTINATION ${kit}/debug-output)

@@ -3,10 +3,13 @@
 #include "qelDebugInterfaces.h"
 
 #include "support/DebugOutput.h"
+#include "support/GuardedMemory.h"
 #include "support/ImportHook.h"
 #include "support/MessageBoxes.h"
 
 #include <gtest/gtest.h>
+
+#include <stdlib.h>
 
 #include <chrono>
 
@@ -61,6 +64,29 @@ TEST_F(qelDebugInterfacesRecord, LosesTheRecordsOfOneContextOrAll)
     EXPECT_EQ(qelDebugInterfaces::entriesNumber(), 0);
     qelDebugInterfaces::clearAllDebugInfo(nullptr);
     EXPECT_EQ(qelDebugInterfaces::entriesNumber(), 0);
+}
+
+const int kStayedInside = 77;
+
+/// Ends the process, because the record keeps its guarded memory.
+[[noreturn]] void searchRecordsOfEveryLength()
+{
+    const qelTest::GuardedHeap guarded;
+    int objects[2] = {};
+    // Some of these lengths fill the memory of the record to its end.
+    for (int i = 0; i < 100; ++i)
+    {
+        qelDebugInterfaces::objectConstructed(L"A", &objects[0]);
+        qelDebugInterfaces::objectDestroied(L"A", &objects[1]);
+        qelDebugInterfaces::showResults(&objects[1]);
+    }
+    TerminateProcess(GetCurrentProcess(), kStayedInside);
+    abort();
+}
+
+TEST(qelDebugInterfacesDeathTest, IsSearchedToTheEndOfTheRecordsAndNoFurther)
+{
+    EXPECT_EXIT(searchRecordsOfEveryLength(), testing::ExitedWithCode(kStayedInside), "");
 }
 
 TEST_F(qelDebugInterfacesRecord, GrowsInStepWithTheObjects)

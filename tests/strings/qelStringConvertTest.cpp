@@ -101,6 +101,17 @@ TEST(qelStringNumbers, AreTheRuntimesTextOfADouble)
     }
 }
 
+TEST(qelStringNumbers, AreTheRuntimesTextOfADoubleWithTheMostDigits)
+{
+    const LenientRuntime lenient;
+    for (const double value : {1.0, 0.5, -123456.75})
+    {
+        char expected[1024] = {};
+        const bool fits = _gcvt_s(expected, sizeof expected, value, 1023) == 0;
+        EXPECT_STREQ(qelString::doubleToString(value, 1023).getStringA(), fits ? expected : "") << value;
+    }
+}
+
 TEST(qelStringNumbers, MayAskForMoreDigitsThanADoubleHas)
 {
     EXPECT_EQ(qelString::doubleToString(0.5, 1000).toDouble(), 0.5);

@@ -313,6 +313,29 @@ TEST(qelStringTrim, TakesSetsOfAnySize)
     }
 }
 
+/// Leaves every bit set in the stack that the next calls use.
+void fillStack()
+{
+    volatile unsigned char stack[0x8000];
+    for (size_t i = 0; i < sizeof stack; ++i)
+    {
+        stack[i] = 0xFF;
+    }
+}
+
+TEST(qelStringTrim, TakesEachUnitForItselfInLargeSets)
+{
+    const std::wstring others = manyUnits(0x2000, 100);
+    for (const wchar_t unit : {L'\x80', L'\x1fff', L'\x2064', L'\xfffe', L'\xffff'})
+    {
+        const std::wstring text(1, unit);
+        fillStack();
+        EXPECT_EQ(trimmedLeft(text.c_str(), others.c_str()), text);
+        fillStack();
+        EXPECT_EQ(trimmedLeft(text.c_str(), (others + unit).c_str()), L"");
+    }
+}
+
 TEST(qelStringTrim, StaysQuickWithLargeSets)
 {
     const qelString set(manyUnits(1, 60000).c_str());

@@ -1,82 +1,14 @@
-// The library loaded, used and unloaded while the process runs. Its exports are reached by their names, since importing
-// one would keep the DLL loaded.
+// The library loaded, used and unloaded while the process runs.
 
-#include "qelThreadsPool.h"
-
-#include <gtest/gtest.h>
-
-#include <windows.h>
+#include "tasks/LoadedPool.h"
 
 #include <atomic>
 
+using qelTest::LoadedLibrary;
+using qelTest::LoadedPool;
+
 namespace
 {
-#if defined(_MSC_VER)
-const char* const kConstructor = "??0qelThreadsPool@@QEAA@H@Z";
-const char* const kDestructor = "??1qelThreadsPool@@QEAA@XZ";
-const char* const kQueueTask = "?QueueTask@qelThreadsPool@@QEAAXP6AXPEAX@Z0@Z";
-const char* const kWait = "?WaitForThreadsToFinishWork@qelThreadsPool@@QEAAXXZ";
-#else
-const char* const kConstructor = "_ZN14qelThreadsPoolC1Ei";
-const char* const kDestructor = "_ZN14qelThreadsPoolD1Ev";
-const char* const kQueueTask = "_ZN14qelThreadsPool9QueueTaskEPFvPvES0_";
-const char* const kWait = "_ZN14qelThreadsPool26WaitForThreadsToFinishWorkEv";
-#endif
-
-const wchar_t* const kLibrary = L"VarnelQELRoots.dll";
-
-// A pool made of the exports of a library that is loaded for as long as this object says so.
-class LoadedPool
-{
-public:
-    explicit LoadedPool(int workers)
-        : m_module(LoadLibraryW(kLibrary))
-    {
-        reinterpret_cast<void (*)(void*, int)>(address(kConstructor))(m_pool, workers);
-    }
-
-    LoadedPool(const LoadedPool&) = delete;
-    LoadedPool& operator=(const LoadedPool&) = delete;
-
-    void queue(void (*task)(void*), void* argument)
-    {
-        reinterpret_cast<void (*)(void*, void (*)(void*), void*)>(address(kQueueTask))(m_pool, task, argument);
-    }
-
-    void wait() { reinterpret_cast<void (*)(void*)>(address(kWait))(m_pool); }
-    void destroy() { reinterpret_cast<void (*)(void*)>(address(kDestructor))(m_pool); }
-    void unload() { FreeLibrary(m_module); }
-
-private:
-    void* address(const char* name) const
-    {
-        const FARPROC function = m_module != nullptr ? GetProcAddress(m_module, name) : nullptr;
-        if (function == nullptr)
-        {
-            ADD_FAILURE() << name;
-            exit(1);
-        }
-        return reinterpret_cast<void*>(function);
-    }
-
-    HMODULE m_module;
-    alignas(qelThreadsPool) unsigned char m_pool[sizeof(qelThreadsPool)];
-};
-
-bool isLoaded()
-{
-    return GetModuleHandleW(kLibrary) != nullptr;
-}
-
-bool isUnloadedSoon()
-{
-    for (int i = 0; i < 30000 && isLoaded(); ++i)
-    {
-        Sleep(1);
-    }
-    return !isLoaded();
-}
-
 void increment(void* counter)
 {
     ++*static_cast<std::atomic<int>*>(counter);
@@ -93,9 +25,10 @@ TEST(qelThreadsPoolUnload, TwoHundredTimesUsedAndUnloaded)
 {
     for (int round = 0; round < 200; ++round)
     {
-        ASSERT_FALSE(isLoaded()) << round;
+        ASSERT_FALSE(LoadedLibrary::isLoaded()) << round;
         std::atomic<int> ran(0);
-        LoadedPool pool(3);
+        const LoadedLibrary library;
+        LoadedPool pool(library, 3);
         for (int i = 0; i < 20; ++i)
         {
             pool.queue(&increment, &ran);
@@ -103,9 +36,9 @@ TEST(qelThreadsPoolUnload, TwoHundredTimesUsedAndUnloaded)
         pool.wait();
         ASSERT_EQ(ran, 20) << round;
         pool.destroy();
-        pool.unload();
+        library.unload();
         // The workers gave the library back before the wait returned.
-        ASSERT_FALSE(isLoaded()) << round;
+        ASSERT_FALSE(LoadedLibrary::isLoaded()) << round;
     }
 }
 
@@ -113,10 +46,11 @@ TEST(qelThreadsPoolUnload, WorkersThatNeverGotATaskEndByThemselves)
 {
     for (int round = 0; round < 50; ++round)
     {
-        LoadedPool pool(3);
+        const LoadedLibrary library;
+        LoadedPool pool(library, 3);
         pool.destroy();
-        pool.unload();
-        ASSERT_TRUE(isUnloadedSoon()) << round;
+        library.unload();
+        ASSERT_TRUE(LoadedLibrary::isUnloadedSoon()) << round;
     }
 }
 
@@ -127,15 +61,16 @@ TEST(qelThreadsPoolUnload, StaysLoadedUntilTheRunningTaskEnds)
     {
         ResetEvent(events[0]);
         ResetEvent(events[1]);
-        LoadedPool pool(2);
+        const LoadedLibrary library;
+        LoadedPool pool(library, 2);
         pool.queue(&arriveAndWait, events);
         ASSERT_EQ(WaitForSingleObject(events[0], 30000), WAIT_OBJECT_0);
         pool.destroy();
-        pool.unload();
+        library.unload();
         Sleep(2);
-        ASSERT_TRUE(isLoaded());
+        ASSERT_TRUE(LoadedLibrary::isLoaded());
         SetEvent(events[1]);
-        ASSERT_TRUE(isUnloadedSoon()) << round;
+        ASSERT_TRUE(LoadedLibrary::isUnloadedSoon()) << round;
     }
     CloseHandle(events[0]);
     CloseHandle(events[1]);
