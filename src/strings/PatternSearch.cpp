@@ -273,8 +273,8 @@ void search(Job& job)
     Guard guard(kStackReserve + job.nodes * kStackPerNode);
     const Regex regex = xpressive::regex_compiler<GuardedIterator, Characters, Tokens>().compile(
         GuardedIterator(job.pattern, guard), GuardedIterator(job.pattern + job.patternLength, guard));
-    // A back reference to a missing group would make the engine read past its groups. Add groups, which never match, for
-    // all single digits, the only numbers that the engine does not check.
+    // A back reference to a missing group would make the engine read past its groups. Groups that never match are added
+    // for all single digits, the only numbers that the engine does not check.
     size_t& groupCount = xpressive::detail::core_access<GuardedIterator>::get_regex_impl(regex)->mark_count_;
     groupCount = (std::max)(groupCount, job.lastDigit);
 
