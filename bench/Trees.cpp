@@ -1,4 +1,5 @@
-// The balanced tree beside an intrusive AVL tree, whose records compare by the same virtual call, and std::set.
+// The balanced tree beside an intrusive AVL tree and std::set, whose records compare by the same virtual call. This file
+// is compiled without devirtualization: the compiler sees all records of the peers, and would compare keys in place.
 
 #include "Families.h"
 #include "Plain.h"
@@ -62,6 +63,7 @@ public:
     explicit TheirRecord(int key)
         : m_key(key)
     {
+        keep(this); // its virtual table could be foreseen as well
     }
 
     int compare(const HookedRecord& other) const override
