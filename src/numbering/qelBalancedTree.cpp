@@ -6,6 +6,8 @@
 
 #include "qelArray.h"
 
+#include <stdint.h>
+
 namespace
 {
 /// Stack of entries whose left side is being walked. For a balanced tree it needs no heap.
@@ -49,6 +51,16 @@ private:
     int m_nearCount;
     qelArray<const qelBalancedTreeEntry*, qelArrayMemCopyReallocator<const qelBalancedTreeEntry*>> m_far;
 };
+
+/// `left` for -1, `right` for 1. Without a jump: a search turns at random, and each wrong guess of the processor would
+/// take longer than the rest of the level.
+const qelBalancedTreeEntry* chosen(int side, const qelBalancedTreeEntry* left, const qelBalancedTreeEntry* right)
+{
+    const uintptr_t isLeft = 0 - static_cast<uintptr_t>(side < 0); // all bits or none
+    const auto other = reinterpret_cast<uintptr_t>(right);
+    return reinterpret_cast<const qelBalancedTreeEntry*>(((reinterpret_cast<uintptr_t>(left) ^ other) & isLeft) ^
+                                                         other);
+}
 } // namespace
 
 /// The path of an insertion or removal, as noted in its entries.
@@ -229,7 +241,7 @@ const qelBalancedTreeEntry* qelBalancedTreeEntry::search(const qelBalancedTreeEn
         }
         const qelBalancedTreeEntry* const left = entry->m_left;
         const qelBalancedTreeEntry* const right = entry->m_right;
-        entry = side < 0 ? left : right;
+        entry = chosen(side, left, right);
     }
     return nullptr;
 }
