@@ -76,7 +76,7 @@ public:
     };
 
     Descent(qelBalancedTreeEntry*& slot, Change change)
-        : m_begin(slot)
+        : m_begin(&slot)
         , m_entry(slot)
         , m_above(nullptr)
         , m_aboveTop(nullptr)
@@ -131,6 +131,7 @@ public:
             at = followed(*at);
             at->m_weight = heavyOnPath(*at);
         }
+        // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): only an empty path has no top, and returned above
         if (top->m_side < 0)
         {
             checkLeftInsert(top, flag);
@@ -180,10 +181,10 @@ private:
 
     qelBalancedTreeEntry*& slotBelow(qelBalancedTreeEntry* entry) const
     {
-        return entry == nullptr ? m_begin : followed(*entry);
+        return entry == nullptr ? *m_begin : followed(*entry);
     }
 
-    qelBalancedTreeEntry*& m_begin;
+    qelBalancedTreeEntry** m_begin;
     qelBalancedTreeEntry* m_entry;
     qelBalancedTreeEntry* m_above;    ///< null at the beginning
     qelBalancedTreeEntry* m_aboveTop; ///< above the last entry that stops the change, or the beginning: likewise null
