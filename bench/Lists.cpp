@@ -187,16 +187,18 @@ void addSearches(Table& table, long count)
         };
         return sides(ours, theirs);
     });
-    table.add(Row{"linear search, missing", sizeText(count, "strings"), "std::find", 3,
-                  "std::find compares the stored lengths first; there is none here, so every string is looked at."},
-              [count] {
-                  const auto d = std::make_shared<const Sorted>(count);
-                  const wstring missing = L"HEA 200 none";
-                  const auto theirs = [d, missing] {
-                      return std::find(d->theirs.begin(), d->theirs.end(), missing) != d->theirs.end() ? 1 : 0;
-                  };
-                  return sides([d, name = qelString(missing.c_str())] { return d->ours.contains(name); }, theirs);
-              });
+    table.add(
+        Row{"linear search, missing", sizeText(count, "strings"), "std::find", 3,
+            "std::find compares the stored lengths, one beside the other; here each string is a block of its own. "
+            "Only reading the first unit of every one takes 5 times as long among 20 k."},
+        [count] {
+            const auto d = std::make_shared<const Sorted>(count);
+            const wstring missing = L"HEA 200 none";
+            const auto theirs = [d, missing] {
+                return std::find(d->theirs.begin(), d->theirs.end(), missing) != d->theirs.end() ? 1 : 0;
+            };
+            return sides([d, name = qelString(missing.c_str())] { return d->ours.contains(name); }, theirs);
+        });
 }
 
 void addReverse(Table& table, long count)

@@ -306,16 +306,18 @@ SYSTEMTIME addRawly(const SYSTEMTIME& time, int hours)
 
 void addTimes(Table& table)
 {
-    table.add(Row{"time difference in seconds", "two times", "raw calls", 1.1}, [] {
-        const SYSTEMTIME a = timeOf(17);
-        const SYSTEMTIME b = timeOf(8);
-        const auto ours = [a, b] {
-            int seconds = 0;
-            qelTimeUtilities::getDifferenceBetweenTimesInSeconds(a, b, seconds);
-            return seconds;
-        };
-        return sides(ours, [a, b] { return secondsRawly(a, b); });
-    });
+    table.add(Row{"time difference in seconds", "two times", "raw calls", 1.1,
+                  "The call into the DLL, which also returns the order of the times, adds 2.6 ns."},
+              [] {
+                  const SYSTEMTIME a = timeOf(17);
+                  const SYSTEMTIME b = timeOf(8);
+                  const auto ours = [a, b] {
+                      int seconds = 0;
+                      qelTimeUtilities::getDifferenceBetweenTimesInSeconds(a, b, seconds);
+                      return seconds;
+                  };
+                  return sides(ours, [a, b] { return secondsRawly(a, b); });
+              });
     table.add(Row{"add hours", "one time", "raw calls", 1.1}, [] {
         const SYSTEMTIME time = timeOf(17);
         const auto ours = [time] {

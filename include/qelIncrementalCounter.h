@@ -73,7 +73,7 @@ static_assert(sizeof(StructIncrementalCounter) == 104, "three integers and five 
  * @endcode
  *
  * @par Cost
- * A step is O(length of the code), with one allocation.
+ * A step is O(length of the code). A short code allocates only when it grows, or while a copy of it exists.
  *
  * @par Failure
  * A code past the length limit of qelString fails like its concatenation. Out of memory throws `std::bad_alloc` and

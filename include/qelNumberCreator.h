@@ -85,7 +85,7 @@ static_assert(sizeof(StructNumberingDataRange) == 80, "two integers and four tex
  * @endcode
  *
  * @par Cost
- * A number is O(its length), with two allocations.
+ * A number is O(its length), with one allocation; two when the running code grows.
  *
  * @par Failure
  * A number past the length limit of qelString fails like its concatenation. Out of memory throws `std::bad_alloc` and

@@ -6,6 +6,8 @@
 
 #include "qelArray.h"
 
+#include <stdint.h>
+
 namespace
 {
 /// Stack of entries whose left side is being walked. For a balanced tree it needs no heap.
@@ -49,38 +51,121 @@ private:
     int m_nearCount;
     qelArray<const qelBalancedTreeEntry*, qelArrayMemCopyReallocator<const qelBalancedTreeEntry*>> m_far;
 };
+
+/// `left` for -1, `right` for 1. Without a jump: a search turns at random, and each wrong guess of the processor would
+/// take longer than the rest of the level.
+const qelBalancedTreeEntry* chosen(int side, const qelBalancedTreeEntry* left, const qelBalancedTreeEntry* right)
+{
+    const uintptr_t isLeft = 0 - static_cast<uintptr_t>(side < 0); // all bits or none
+    const auto other = reinterpret_cast<uintptr_t>(right);
+    return reinterpret_cast<const qelBalancedTreeEntry*>(((reinterpret_cast<uintptr_t>(left) ^ other) & isLeft) ^
+                                                         other);
+}
 } // namespace
 
 /// The path of an insertion or removal, as noted in its entries.
 class qelBalancedTreeEntry::Descent
 {
 public:
-    using Check = void(qelBalancedTreeEntry*& slot, int& flag);
-
-    /// The slot on the side that compare() chose with -1 or 1; notes it in the entry.
-    static qelBalancedTreeEntry*& turn(qelBalancedTreeEntry& entry, int side)
+    /// A change of height at the end of the path passes up until an entry stops it: growth stops at an entry that is not
+    /// balanced, shrinking at one that is.
+    enum Change
     {
-        entry.m_side = side;
-        return followed(entry);
+        eGrowth,
+        eShrinking,
+    };
+
+    Descent(qelBalancedTreeEntry*& slot, Change change)
+        : m_begin(&slot)
+        , m_entry(slot)
+        , m_above(nullptr)
+        , m_aboveTop(nullptr)
+        , m_stopsAtBalanced(change == eShrinking)
+    {
     }
 
-    /**
-     * Calls `left` or `right`, by the side of the descent, for each entry on the path from `top` to the slot `end`,
-     * `top` last. The others leave the flag at 1, because they pass every change of height on: after an insertion all
-     * of them are balanced, after a removal heavy. Only at `top` can the change stop and links change.
-     */
-    static void check(qelBalancedTreeEntry*& top, qelBalancedTreeEntry* const* end, Check& left, Check& right,
-                      int& flag)
+    /// The entry that the path has come to, null at the end of the tree.
+    qelBalancedTreeEntry* entry() const { return m_entry; }
+
+    /// Its slot.
+    qelBalancedTreeEntry*& slot() const { return slotBelow(m_above); }
+
+    /// Goes on to the side that compare() chose with -1 or 1.
+    void turn(int side)
     {
-        if (&top == end)
+        if ((m_entry->m_weight == eBalanced) == m_stopsAtBalanced)
+        {
+            m_aboveTop = m_above;
+        }
+        m_above = m_entry;
+        m_above->m_side = side;
+        m_entry = side < 0 ? m_above->m_left : m_above->m_right;
+    }
+
+    /// Goes on to an equal entry and returns 0, or to the end where `key` belongs and returns 1, or to an entry whose
+    /// compare() returns an invalid value, and returns that.
+    int find(const qelBalancedTreeEntry& key)
+    {
+        while (m_entry != nullptr)
+        {
+            const int side = m_entry->compare(key);
+            if (side != -1 && side != 1)
+            {
+                return side;
+            }
+            turn(side);
+        }
+        return 1;
+    }
+
+    /// Corrects the weights of the path after the subtree in slot() has grown by a level.
+    void grow(int& flag) const
+    {
+        if (m_above == m_aboveTop)
         {
             return;
         }
-        for (qelBalancedTreeEntry** at = &followed(*top); at != end; at = &followed(**at))
+        qelBalancedTreeEntry*& top = slotBelow(m_aboveTop);
+        for (qelBalancedTreeEntry* at = top; at != m_above;)
         {
-            ((*at)->m_side < 0 ? left : right)(*at, flag);
+            at = followed(*at);
+            at->m_weight = heavyOnPath(*at);
         }
-        (top->m_side < 0 ? left : right)(top, flag);
+        // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): only an empty path has no top, and returned above
+        if (top->m_side < 0)
+        {
+            checkLeftInsert(top, flag);
+        }
+        else
+        {
+            checkRightInsert(top, flag);
+        }
+    }
+
+    /// The same after it has shrunk.
+    void shrink(int& flag) const
+    {
+        if (m_above == m_aboveTop)
+        {
+            return;
+        }
+        qelBalancedTreeEntry*& top = slotBelow(m_aboveTop);
+        for (qelBalancedTreeEntry* at = top; at != m_above;)
+        {
+            at = followed(*at);
+            if (at->m_weight == heavyOnPath(*at))
+            {
+                at->m_weight = eBalanced;
+            }
+        }
+        if (top->m_side < 0)
+        {
+            checkLeftRemove(top, flag);
+        }
+        else
+        {
+            checkRightRemove(top, flag);
+        }
     }
 
 private:
@@ -88,6 +173,22 @@ private:
     {
         return entry.m_side < 0 ? entry.m_left : entry.m_right;
     }
+
+    static eWeight heavyOnPath(const qelBalancedTreeEntry& entry)
+    {
+        return entry.m_side < 0 ? eLeftHeavy : eRightHeavy;
+    }
+
+    qelBalancedTreeEntry*& slotBelow(qelBalancedTreeEntry* entry) const
+    {
+        return entry == nullptr ? *m_begin : followed(*entry);
+    }
+
+    qelBalancedTreeEntry** m_begin;
+    qelBalancedTreeEntry* m_entry;
+    qelBalancedTreeEntry* m_above;    ///< null at the beginning
+    qelBalancedTreeEntry* m_aboveTop; ///< above the last entry that stops the change, or the beginning: likewise null
+    bool m_stopsAtBalanced;
 };
 
 qelBalancedTreeEntry::qelBalancedTreeEntry()
@@ -141,7 +242,7 @@ const qelBalancedTreeEntry* qelBalancedTreeEntry::search(const qelBalancedTreeEn
         }
         const qelBalancedTreeEntry* const left = entry->m_left;
         const qelBalancedTreeEntry* const right = entry->m_right;
-        entry = side < 0 ? left : right;
+        entry = chosen(side, left, right);
     }
     return nullptr;
 }
@@ -149,86 +250,65 @@ const qelBalancedTreeEntry* qelBalancedTreeEntry::search(const qelBalancedTreeEn
 qelBalancedTreeEntry::eError qelBalancedTreeEntry::insert(qelBalancedTreeEntry*& slot, qelBalancedTreeEntry* entry,
                                                           int& flag)
 {
-    qelBalancedTreeEntry** at = &slot;
-    qelBalancedTreeEntry** top = at; // growth passes up through balanced entries and stops at any other
-    while (*at != nullptr)
+    Descent descent(slot, Descent::eGrowth);
+    const int side = descent.find(*entry);
+    if (side == 0)
     {
-        const int side = (*at)->compare(*entry);
-        if (side == 0)
-        {
-            flag = 0;
-            return eAlreadyInTree;
-        }
-        if (side != -1 && side != 1)
-        {
-            // Deliberate: returns success without inserting.
-            return eNoError;
-        }
-        if ((*at)->m_weight != eBalanced)
-        {
-            top = at;
-        }
-        at = &Descent::turn(**at, side);
+        flag = 0;
+        return eAlreadyInTree;
     }
-    *at = entry;
+    if (descent.entry() != nullptr)
+    {
+        // Deliberate: returns success without inserting.
+        return eNoError;
+    }
+    descent.slot() = entry;
     flag = 1;
-    Descent::check(*top, at, checkLeftInsert, checkRightInsert, flag);
+    descent.grow(flag);
     return eNoError;
 }
 
 qelBalancedTreeEntry::eError qelBalancedTreeEntry::remove(qelBalancedTreeEntry*& slot, const qelBalancedTreeEntry& key,
                                                           int& flag)
 {
-    qelBalancedTreeEntry** at = &slot;
-    qelBalancedTreeEntry** top = at; // shrinking passes up through heavy entries and stops at a balanced one
-    while (*at != nullptr)
-    {
-        const int side = (*at)->compare(key);
-        if (side == 0)
-        {
-            break;
-        }
-        if (side != -1 && side != 1)
-        {
-            return eNotFound;
-        }
-        if ((*at)->m_weight == eBalanced)
-        {
-            top = at;
-        }
-        at = &Descent::turn(**at, side);
-    }
-
-    qelBalancedTreeEntry* found = *at;
+    Descent descent(slot, Descent::eShrinking);
+    const int side = descent.find(key);
+    qelBalancedTreeEntry* found = descent.entry();
     if (found == nullptr)
     {
         flag = 0;
         return eNotFound;
     }
+    if (side != 0)
+    {
+        return eNotFound;
+    }
+
     flag = 1;
+    qelBalancedTreeEntry*& link = descent.slot();
     if (found->m_left != nullptr && found->m_right != nullptr)
     {
-        const eError error = inorderPredecessor(found->m_left, *at, flag);
+        const eError error = inorderPredecessor(found->m_left, link, flag);
         if (error != eNoError)
         {
             return error;
         }
         if (flag != 0)
         {
-            checkLeftRemove(*at, flag);
+            checkLeftRemove(link, flag);
         }
     }
     else
     {
-        *at = found->m_left != nullptr ? found->m_left : found->m_right;
-        if (*at != nullptr)
+        link = found->m_left != nullptr ? found->m_left : found->m_right;
+        if (link != nullptr)
         {
-            (*at)->m_weight = eBalanced;
+            link->m_weight = eBalanced;
         }
     }
     if (flag != 0)
     {
-        Descent::check(*top, at, checkLeftRemove, checkRightRemove, flag);
+        descent.shrink(flag);
     }
 
     // Last, since `key` may be this entry.
@@ -245,27 +325,22 @@ qelBalancedTreeEntry::eError qelBalancedTreeEntry::inorderPredecessor(qelBalance
     {
         return eNullEntry;
     }
-    qelBalancedTreeEntry** at = &slot;
-    qelBalancedTreeEntry** top = at;
-    while ((*at)->m_right != nullptr)
+    Descent descent(slot, Descent::eShrinking);
+    while (descent.entry()->m_right != nullptr)
     {
-        if ((*at)->m_weight == eBalanced)
-        {
-            top = at;
-        }
-        at = &Descent::turn(**at, 1);
+        descent.turn(1);
     }
 
     // The predecessor deliberately keeps its own weight. Its left side moves up before it takes over the links, so that
     // a predecessor that is the direct left child keeps its own left side.
     qelBalancedTreeEntry* replaced = target;
-    qelBalancedTreeEntry* predecessor = *at;
+    qelBalancedTreeEntry* predecessor = descent.entry();
     target = predecessor;
-    *at = predecessor->m_left;
+    descent.slot() = predecessor->m_left;
     predecessor->m_right = replaced->m_right;
     predecessor->m_left = replaced->m_left;
     flag = 1;
-    Descent::check(*top, at, checkLeftRemove, checkRightRemove, flag);
+    descent.shrink(flag);
     return eNoError;
 }
 

@@ -1,6 +1,7 @@
 #include "qelIncrementalCounter.h"
 
 #include "numbering/TextBuffer.h"
+#include "strings/StringAccess.h"
 
 #include <string.h>
 #include <wchar.h>
@@ -23,7 +24,41 @@ bool allDigits(const qelString& text)
 /// NUL as a string is empty, and so occurs in every string except the empty one.
 bool occursIn(wchar_t c, const wchar_t* text)
 {
-    return *text != 0 && wcschr(text, c) != nullptr;
+    if (*text == 0)
+    {
+        return false;
+    }
+    while (*text != c && *text != 0)
+    {
+        ++text;
+    }
+    return *text == c;
+}
+
+/// What every position of a code runs through.
+struct Symbols
+{
+    int first;
+    int range;
+    bool numericOnly;
+};
+
+/// The character after `current`.
+wchar_t nextCharacter(wchar_t current, const Symbols& symbols, const wchar_t* excluded, int& carry)
+{
+    const wchar_t before = current;
+    do
+    {
+        current = static_cast<wchar_t>(current + 1);
+    } while (occursIn(current, excluded) && current - symbols.first < symbols.range && current != before);
+
+    // Deliberately an equality: a character past the end of the range never starts over.
+    carry = current - symbols.first == symbols.range ? 1 : 0;
+    if (carry == 0)
+    {
+        return current;
+    }
+    return symbols.numericOnly ? L'0' : static_cast<wchar_t>(symbols.first);
 }
 
 void assign(qelArray<wchar_t>& characters, const wchar_t* code, long length)
@@ -133,24 +168,34 @@ qelIncrementalCounter::eIncrementStatus qelIncrementalCounter::increment()
         memcpy(code, &m_characters[0], static_cast<size_t>(length) * sizeof(wchar_t));
     }
     code[length] = 0;
+    const Symbols symbols = {initChar(), m_data.range, m_numericOnly == 1};
+    const wchar_t* const excluded = m_data.excludedCharacters.getStringW();
     int carry = isRefused ? 0 : 1;
     for (long i = length; i > 0 && carry == 1; --i)
     {
-        code[i - 1] = incrementAtPosition(code[i - 1], m_data.excludedCharacters, carry);
+        code[i - 1] = nextCharacter(code[i - 1], symbols, excluded, carry);
     }
     if (carry == 1)
     {
         // A number does not begin with the digit 0. A carry of the new position is ignored.
-        const auto beforeFirst = static_cast<wchar_t>(initChar() - 1);
+        const auto beforeFirst = static_cast<wchar_t>(symbols.first - 1);
         --code;
         ++length;
         *code = incrementAtPosition(
-            beforeFirst, m_numericOnly == 1 ? m_data.excludedCharacters + L"0" : m_data.excludedCharacters, carry);
+            beforeFirst, symbols.numericOnly ? m_data.excludedCharacters + L"0" : m_data.excludedCharacters, carry);
     }
 
-    const qelString text = join(code, length);
-    assign(m_characters, code, length);
-    m_counterString = text;
+    const auto count = static_cast<size_t>(length);
+    if (qelText::measure(code) == count && qelStringAccess::overwrite(m_counterString, code, count))
+    {
+        assign(m_characters, code, length);
+    }
+    else
+    {
+        const qelString text = join(code, length);
+        assign(m_characters, code, length);
+        m_counterString = text;
+    }
     m_callCount = callCount;
     return isRefused ? eMaxCountReached : eIncremented;
 }
@@ -163,19 +208,5 @@ wchar_t qelIncrementalCounter::initChar() const
 
 wchar_t qelIncrementalCounter::incrementAtPosition(wchar_t current, qelString excluded, int& carry) const
 {
-    const int first = initChar();
-    const wchar_t* left = excluded.getStringW();
-    const wchar_t before = current;
-    do
-    {
-        current = static_cast<wchar_t>(current + 1);
-    } while (occursIn(current, left) && current - first < m_data.range && current != before);
-
-    // Deliberately an equality: a character past the end of the range never starts over.
-    carry = current - first == m_data.range ? 1 : 0;
-    if (carry == 0)
-    {
-        return current;
-    }
-    return m_numericOnly == 1 ? L'0' : static_cast<wchar_t>(first);
+    return nextCharacter(current, {initChar(), m_data.range, m_numericOnly == 1}, excluded.getStringW(), carry);
 }

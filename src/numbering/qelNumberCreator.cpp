@@ -1,6 +1,7 @@
 #include "qelNumberCreator.h"
 
 #include "numbering/TextBuffer.h"
+#include "strings/StringAccess.h"
 
 #include <string.h>
 
@@ -22,15 +23,14 @@ qelString join(const qelString& a, const qelString& b, const qelString& c)
     {
         return a + b + c; // too long: fails like concatenation
     }
-    qelNumbering::TextBuffer joined(lengthA + lengthB + lengthC);
-    wchar_t* end = joined.text();
+    qelStringRepr* rep = qelStringAccess::create(lengthA + lengthB + lengthC);
+    wchar_t* end = qelStringAccess::unitsOf(rep);
     memcpy(end, a.getStringW(), lengthA * sizeof(wchar_t));
     end += lengthA;
     memcpy(end, b.getStringW(), lengthB * sizeof(wchar_t));
     end += lengthB;
     memcpy(end, c.getStringW(), lengthC * sizeof(wchar_t));
-    end[lengthC] = 0;
-    return qelString(joined.text());
+    return qelStringAccess::stringOf(rep);
 }
 
 wchar_t lowestSymbol(const StructNumberingDataRange& range)
@@ -38,8 +38,8 @@ wchar_t lowestSymbol(const StructNumberingDataRange& range)
     return range.firstSymbol[0];
 }
 
-/// The running code after `code`.
-qelString next(const qelString& code, const StructNumberingDataRange& range, eNumberingType type)
+/// Replaces the running code with the one after it.
+void advance(qelString& code, const StructNumberingDataRange& range, eNumberingType type)
 {
     const int lowest = lowestSymbol(range);
     const int count = range.symbolCount;
@@ -60,12 +60,15 @@ qelString next(const qelString& code, const StructNumberingDataRange& range, eNu
         }
         symbol = static_cast<wchar_t>(lowest + value);
     }
-    if (!carry)
+    if (carry)
     {
-        return qelString(moved.text());
+        const wchar_t leading[] = {static_cast<wchar_t>(type == kNumeric ? lowest + 1 : lowest), 0};
+        code = qelString(leading) + moved.text();
     }
-    const wchar_t leading[] = {static_cast<wchar_t>(type == kNumeric ? lowest + 1 : lowest), 0};
-    return qelString(leading) + moved.text();
+    else if (qelText::measure(moved.text()) != length || !qelStringAccess::overwrite(code, moved.text(), length))
+    {
+        code = moved.text();
+    }
 }
 } // namespace
 
@@ -185,10 +188,9 @@ void qelNumberCreator::reset()
 
 qelString qelNumberCreator::getNextNumber()
 {
-    // Both strings first: no number is lost when out of memory.
-    const qelString following = next(m_current, m_dataRange, m_numberingType);
+    // Allocations first: no number is lost when out of memory.
     const qelString number = join(m_prefix, m_current, m_suffix);
-    m_current = following;
+    advance(m_current, m_dataRange, m_numberingType);
     return number;
 }
 

@@ -136,8 +136,8 @@ int qelTimeUtilities::addTimeToLocalTime(int hours, SYSTEMTIME& result)
 int qelTimeUtilities::getDifferenceBetweenTimesIn100NanoSeconds(const SYSTEMTIME& a, const SYSTEMTIME& b,
                                                                 long long& difference)
 {
-    const FILETIME first = fileTime(a);
-    const FILETIME second = fileTime(b);
-    difference = static_cast<long long>(ticks(first) - ticks(second));
-    return CompareFileTime(&first, &second);
+    const unsigned long long first = ticks(fileTime(a));
+    const unsigned long long second = ticks(fileTime(b));
+    difference = static_cast<long long>(first - second);
+    return first < second ? -1 : first > second ? 1 : 0;
 }

@@ -5,6 +5,8 @@
 
 #include "qelString.h"
 
+#include "strings/Text.h"
+
 struct qelStringAccess
 {
     /// A representation with a count of 1 and room for `length` units and the terminator, which is set. The caller
@@ -38,6 +40,20 @@ struct qelStringAccess
         text.ReleaseRep();
         text.m_rep = rep;
         return text;
+    }
+
+    /// Changes the units of `target` where they are; returns false, and changes nothing, when it has another length or
+    /// shares its buffer. No unit is 0.
+    static bool overwrite(qelString& target, const wchar_t* text, size_t length)
+    {
+        qelStringRepr* const rep = target.m_rep;
+        if (rep->m_refCount != 1 || qelText::measureOwn(rep->m_data) != length)
+        {
+            return false;
+        }
+        target.ReleaseCharCache();
+        memcpy(rep->m_data, text, length * sizeof(wchar_t));
+        return true;
     }
 
     /// A string of `rep`, likewise.

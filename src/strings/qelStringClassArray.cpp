@@ -103,6 +103,10 @@ long findEqual(const qelArray<qelString>& texts, const qelString& key, long star
     for (long i = start < 0 ? 0 : start; i < texts.length(); ++i)
     {
         const wchar_t* const text = qelStringAccess::textOf(texts[i]);
+        if (*text != *wanted)
+        {
+            continue; // most strings need no more than this
+        }
         const size_t at = qelUnits::firstDifference(text, wanted);
         if (text[at] == wanted[at])
         {

@@ -365,9 +365,14 @@ TEST(qelIncrementalCounter, CodeMayBeSetLongerAndShorterThanTheStart)
 TEST(qelIncrementalCounter, CodeHandedOutIsNotChangedByLaterSteps)
 {
     Probe probe = counter(record(L"A", L"A", 26));
-    const qelString before = probe.getCounterString();
+    const qelString start = probe.getCounterString();
     probe.increment();
-    EXPECT_EQ(text(before), L"A");
+    const qelString next = probe.getCounterString();
+    probe.increment();
+    probe.increment();
+    EXPECT_EQ(text(start), L"A");
+    EXPECT_EQ(text(next), L"B");
+    EXPECT_EQ(probe.code(), L"D");
 }
 
 TEST(qelIncrementalCounter, CopiesGoOnIndependently)
@@ -444,10 +449,23 @@ TEST(qelIncrementalCounterWithoutMemory, KeepsItsStateWhenAStepFails)
 {
     const auto step = [](Probe& probe) { EXPECT_EQ(probe.increment(), Counter::eIncremented); };
     // The text; for a code that grows past eight positions their storage; for one past the stack room to build it.
-    EXPECT_GE(runOutOfMemoryAt(L"13", step), 1);
     EXPECT_GE(runOutOfMemoryAt(L"99", step), 1);
     EXPECT_GE(runOutOfMemoryAt(L"99999999", step), 2);
     EXPECT_GE(runOutOfMemoryAt(std::wstring(80, L'9').c_str(), step), 3);
+}
+
+TEST(qelIncrementalCounterWithoutMemory, StepsWhileNobodyElseHasTheCode)
+{
+    const auto step = [](Probe& probe) { EXPECT_EQ(probe.increment(), Counter::eIncremented); };
+    EXPECT_EQ(runOutOfMemoryAt(L"13", step), 0);
+
+    qelString copy;
+    const auto stepBesideACopy = [&](Probe& probe) {
+        copy = probe.getCounterString();
+        step(probe);
+    };
+    EXPECT_EQ(runOutOfMemoryAt(L"13", stepBesideACopy), 1);
+    EXPECT_EQ(text(copy), L"13");
 }
 
 TEST(qelIncrementalCounterWithoutMemory, DoesNotCountARefusedStepThatFails)

@@ -366,6 +366,18 @@ TEST(qelNumberCreator, PutsPrefixAndSuffixAroundTheRunningCode)
     EXPECT_EQ(probe.next(), longText + L"102/x");
 }
 
+TEST(qelNumberCreator, NumberHandedOutIsNotChangedByLaterOnes)
+{
+    Probe probe = creator(L"0", 10, L"7", kNumeric);
+    const qelString first = probe.getNextNumber();
+    const qelString second = probe.getNextNumber();
+    probe.next();
+    EXPECT_EQ(text(first), L"7");
+    EXPECT_EQ(text(second), L"8");
+    EXPECT_EQ(probe.start(), L"7");
+    EXPECT_EQ(probe.current(), L"10");
+}
+
 TEST(qelNumberCreator, NumericTypeGrowsByASymbolAboveItsZero)
 {
     Probe digits = creator(L"0", 10, L"99", kNumeric);
