@@ -62,8 +62,7 @@ std::string connected(bool exists)
     {
         DeleteFileW(file.c_str());
     }
-    return std::to_string(
-        qelDataSourcesUtilities::testConnection((L"DRIVER={No such driver};DBQ=" + file).c_str()));
+    return std::to_string(qelDataSourcesUtilities::testConnection((L"DRIVER={No such driver};DBQ=" + file).c_str()));
 }
 
 std::string connectedForReal()
@@ -74,8 +73,9 @@ std::string connectedForReal()
 const char kOwn[] = "1, DRIVER={D};DBQ=D:\\Data\\own.mdb / then DRIVER={D};DBQ=D:\\Data\\own.mdb";
 const char kShared[] = "1, DRIVER={D};DBQ=E:\\Shared\\own.mdb / then DRIVER={D};DBQ=D:\\Data\\own.mdb";
 const char kNoFolder[] = "1, DRIVER={D};DBQ=\\own.mdb / then DRIVER={D};DBQ=D:\\Data\\own.mdb";
-const char kEither[] = "0,  / then  or 1, DRIVER={D};DBQ=D:\\Data\\own.mdb / then DRIVER={D};DBQ=D:\\Data\\own.mdb";
-const char kNone[] = "0,  / then ";
+const char kEither[] =
+    "0, no text / then no text or 1, DRIVER={D};DBQ=D:\\Data\\own.mdb / then DRIVER={D};DBQ=D:\\Data\\own.mdb";
+const char kNone[] = "0, no text / then no text";
 } // namespace
 
 Area qelTest::dataSourceOperations()
@@ -104,8 +104,8 @@ Area qelTest::dataSourceOperations()
                 .fails("MultiByteToWideChar", kNone)
                 .fails("ftell", kNone)
                 .fails("fseek", kNone, "1,all")
-                .ignores({"RegOpenKeyExW", "RegQueryValueExW", "RegCloseKey", "GetCPInfo", "fseek", "fsetpos", "_setmode",
-                          "fclose"}),
+                .ignores({"RegOpenKeyExW", "RegQueryValueExW", "RegCloseKey", "GetCPInfo", "fseek", "fsetpos",
+                          "_setmode", "fclose"}),
             Operation("testConnection", "1", connectedForReal)
                 .fails("SQLAllocHandle", "-1")
                 .fails("SQLSetEnvAttr", "-1")

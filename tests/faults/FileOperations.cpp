@@ -102,19 +102,22 @@ std::string utf16Mark()
 std::vector<Operation> writers()
 {
     return {
-        Operation("write", "7, 3 parts",
-                  [] { return writing(qelFileAccess::ANSI, [](const qelFileAccess& f) { return f.write(L"%d parts", 3); }); })
+        Operation(
+            "write", "7, 3 parts",
+            [] { return writing(qelFileAccess::ANSI, [](const qelFileAccess& f) { return f.write(L"%d parts", 3); }); })
             .fails("_wfopen_s", "0, no such file")
             .fails("vfwprintf_s", "-1, empty file")
             .ignores({"fclose"}),
-        Operation("write, narrow format", "7, 3 parts",
-                  [] { return writing(qelFileAccess::ANSI, [](const qelFileAccess& f) { return f.write("%d parts", 3); }); })
+        Operation(
+            "write, narrow format", "7, 3 parts",
+            [] { return writing(qelFileAccess::ANSI, [](const qelFileAccess& f) { return f.write("%d parts", 3); }); })
             .fails("_wfopen_s", "0, no such file")
             .fails("MultiByteToWideChar", "0, empty file")
             .fails("vfwprintf_s", "-1, empty file")
             .ignores({"fclose"}),
-        Operation("write, UTF-8", "7, 3 parts",
-                  [] { return writing(qelFileAccess::UTF8, [](const qelFileAccess& f) { return f.write(L"%d parts", 3); }); })
+        Operation(
+            "write, UTF-8", "7, 3 parts",
+            [] { return writing(qelFileAccess::UTF8, [](const qelFileAccess& f) { return f.write(L"%d parts", 3); }); })
             .fails("_wfopen_s", "0, no such file")
             .fails("vswprintf_s", "-1, empty file")
             .fails("fputws", "-1, empty file")
@@ -165,19 +168,19 @@ std::vector<Operation> readers()
             .ignores({"fclose"}),
         Operation("getStringW", "line text", [] { return readingLine(qelFileAccess::ANSI, "text"); })
             .fails("_wfopen_s", "not open")
-            .fails("fgets", "line ")
-            .fails("MultiByteToWideChar", "line ")
+            .fails("fgets", "line no text")
+            .fails("MultiByteToWideChar", "line no text")
             .ignores({"fclose"}),
         Operation("getStringW, UTF-16", "line text",
                   [] { return readingLine(qelFileAccess::UTF16LE, utf16Mark() + utf16(L"text")); })
             .fails("_wfopen_s", "not open")
-            .fails("fgetws", "line ")
+            .fails("fgetws", "line no text")
             .ignores({"fclose"}),
         Operation("getStringW, UTF-8", "line text", [] { return readingLine(qelFileAccess::UTF8, "text"); })
             .fails("_wfopen_s", "not open")
-            .fails("fgetws", "line ")
-            .fails("WideCharToMultiByte", "line ", "all")
-            .fails("MultiByteToWideChar", "line ")
+            .fails("fgetws", "line no text")
+            .fails("WideCharToMultiByte", "line no text", "all")
+            .fails("MultiByteToWideChar", "line no text")
             .ignores({"fclose", "GetCPInfo", "WideCharToMultiByte"}),
         Operation("readString", "1, 42",
                   [] {
@@ -188,15 +191,16 @@ std::vector<Operation> readers()
                       });
                   })
             .fails("_wfopen_s", "not open")
-            .fails("fwscanf_s", "-1, ")
+            .fails("fwscanf_s", "-1, no text")
             .ignores({"fclose"}),
         Operation("readInt", "1, 42",
                   [] { return readingNumber<int>([](qelFileAccess& f, int& value) { return f.readInt(value); }); })
             .fails("_wfopen_s", "not open")
             .fails("fwscanf_s", "-1, 0")
             .ignores({"fclose"}),
-        Operation("readDouble", "1, 42",
-                  [] { return readingNumber<double>([](qelFileAccess& f, double& value) { return f.readDouble(value); }); })
+        Operation(
+            "readDouble", "1, 42",
+            [] { return readingNumber<double>([](qelFileAccess& f, double& value) { return f.readDouble(value); }); })
             .fails("_wfopen_s", "not open")
             .fails("fwscanf_s", "-1, 0")
             .ignores({"fclose"}),
@@ -228,23 +232,23 @@ std::vector<Operation> readers()
             .ignores({"fclose"}),
         Operation("readFile", "4, text", [] { return readingWhole(qelFileAccess::ANSI, "text"); })
             .fails("_wfopen_s", "not open")
-            .fails("MultiByteToWideChar", "4, ")
-            .fails("fread", "0,  or 4, text")
-            .fails("fseek", "0, ")
+            .fails("MultiByteToWideChar", "4, no text")
+            .fails("fread", "0, no text or 4, text")
+            .fails("fseek", "0, no text")
             .ignores({"fclose", "GetCPInfo"}),
         Operation("readFile, UTF-8", "4, text", [] { return readingWhole(qelFileAccess::UTF8, "text"); })
             .fails("_wfopen_s", "not open")
-            .fails("_get_osfhandle", "0, ")
-            .fails("GetFileType", "0, ")
-            .fails("ReadFile", "0,  or 4, text")
-            .fails("MultiByteToWideChar", "0,  or 4, text")
+            .fails("_get_osfhandle", "0, no text")
+            .fails("GetFileType", "0, no text")
+            .fails("ReadFile", "0, no text or 4, text")
+            .fails("MultiByteToWideChar", "0, no text or 4, text")
             .ignores({"fclose", "fgetwc", "fseek", "_setmode"}),
         Operation("readFile, UTF-16", "4, text",
                   [] { return readingWhole(qelFileAccess::UTF16LE, utf16Mark() + utf16(L"text")); })
             .fails("_wfopen_s", "not open")
-            .fails("_get_osfhandle", "0, ")
-            .fails("GetFileType", "0, ")
-            .fails("ReadFile", "0,  or 4, text")
+            .fails("_get_osfhandle", "0, no text")
+            .fails("GetFileType", "0, no text")
+            .fails("ReadFile", "0, no text or 4, text")
             .fails("fseek", "5, #text or 4, text")
             .ignores({"fclose", "fgetwc", "_setmode"}),
     };

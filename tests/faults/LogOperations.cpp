@@ -126,8 +126,12 @@ Listing readListing(const std::string& text)
 
 std::string missing(long count, long of, const char* one, const char* several)
 {
-    return count == of ? "" : std::string(", without ") + (count + 1 == of ? one : count == 0 ? "any " : "some ") +
-                                  (count + 1 == of ? "" : several);
+    return count == of ? ""
+                       : std::string(", without ") +
+                             (count + 1 == of ? one
+                              : count == 0    ? "any "
+                                              : "some ") +
+                             (count + 1 == of ? "" : several);
 }
 
 /// Lists the modules, and says in how far the listing differs from one without a failure.

@@ -35,9 +35,10 @@ extern ImportedCalls* importedCalls;
 /// What comes out of an operation where one of its calls fails.
 struct Outcome
 {
-    std::string call;  ///< the function, followed by ": " and how it fails where that makes a difference
+    std::string call;   ///< the function, followed by ": " and how it fails where that makes a difference
     std::string which;  ///< numbers of calls with commas, "last", "all" for all together, or empty for any of these
     std::string result; ///< or several, with " or " between them, where that depends on what the machine has
+    bool certain;       ///< whether the operation always makes this call
 };
 
 /// One use of the library, and what comes out of it, in words. What is said about it here comes from the headers.
@@ -51,6 +52,8 @@ public:
     /// The result is the normal one, whichever of these calls fail.
     Operation& ignores(std::initializer_list<const char*> calls);
 
+    /// The same for calls that depend on which thread is faster.
+    Operation& ignoresAtTimes(std::initializer_list<const char*> calls);
 
     /// The library calls these only until they have succeeded once.
     Operation& untilSuccess(std::initializer_list<const char*> calls);
@@ -89,7 +92,7 @@ Area windowOperations();
 Area threadOperations();
 Area textOperations();
 
-/// ASCII text, without a call of the library that could fail.
+/// ASCII text, or "no text", without a call of the library that could fail.
 std::string plain(const wchar_t* text);
 std::string plain(const qelString& text);
 

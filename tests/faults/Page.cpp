@@ -16,10 +16,14 @@ std::string code(const std::string& text)
 
 std::string shown(const std::string& result)
 {
-    return result.empty() ? "empty" : code(result);
+    const std::string between = " or ";
+    const size_t end = result.find(between);
+    return end == std::string::npos
+               ? code(result)
+               : code(result.substr(0, end)) + between + shown(result.substr(end + between.size()));
 }
 
-/// "call 1", "calls 1 and 2", "every call"
+/// " (calls 1, 2)", " (call 1, all together)"
 std::string which(std::string numbers)
 {
     if (numbers.empty())
@@ -86,7 +90,8 @@ std::string qelTest::pageOfSystemCalls()
     std::string text;
     for (const Area& area : areas())
     {
-        text += std::string("### ") + area.name + "\n\n| operation and its result | what fails | result then |\n|---|---|---|\n";
+        text += std::string("### ") + area.name +
+                "\n\n| operation and its result | what fails | result then |\n|---|---|---|\n";
         for (const Operation& operation : area.operations)
         {
             text += rowsOf(operation);
@@ -103,8 +108,8 @@ std::string qelTest::pageOfSystemCalls()
             continue;
         }
         before = fault.call;
-        text += "| " + code(fault.call) + (fault.alias == nullptr ? "" : ", with the UCRT " + code(fault.alias)) + " | " +
-                fault.how + " |\n";
+        text += "| " + code(fault.call) + (fault.alias == nullptr ? "" : ", with the UCRT " + code(fault.alias)) +
+                " | " + fault.how + " |\n";
     }
     text += "\n### What does not fail here\n\n| reason | functions |\n|---|---|\n";
     for (const Spared& group : spared())

@@ -115,8 +115,8 @@ Area qelTest::registryOperations()
                           machine->machineInstallation.setText(L"BinPath", L"C:\\Bin");
                           return plain(qelRegistry::getPathBinary());
                       })
-                .fails("RegOpenKeyExW", "")
-                .fails("RegQueryValueExW", "")
+                .fails("RegOpenKeyExW", "no text")
+                .fails("RegQueryValueExW", "no text")
                 .ignores({"RegCloseKey"}),
             Operation("getPathData", "D:\\Data",
                       [] {
@@ -125,15 +125,15 @@ Area qelTest::registryOperations()
                           return plain(qelRegistry::getPathData());
                       })
                 .fails("RegOpenKeyExW", "E:\\Shared", "1")
-                .fails("RegOpenKeyExW", "", "all")
+                .fails("RegOpenKeyExW", "no text", "all")
                 .fails("RegQueryValueExW", "E:\\Shared", "1")
-                .fails("RegQueryValueExW", "", "all")
+                .fails("RegQueryValueExW", "no text", "all")
                 .ignores({"RegCloseKey"}),
             Operation("getDatabaseConnectionsString", "of the user", connection)
                 .fails("RegOpenKeyExW", "of the machine", "1")
-                .fails("RegOpenKeyExW", "", "all")
+                .fails("RegOpenKeyExW", "no text", "all")
                 .fails("RegQueryValueExW", "of the machine", "1")
-                .fails("RegQueryValueExW", "", "all")
+                .fails("RegQueryValueExW", "no text", "all")
                 .ignores({"RegCloseKey"}),
         },
     };

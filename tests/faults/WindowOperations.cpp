@@ -31,10 +31,10 @@ std::string seen(int activity)
     {
         return outcome(activity, "no dialog");
     }
-    const std::string text = plain(titleOf(dialog).c_str()) + " " + plain(percentTextOf(dialog).c_str());
+    const std::string text = plain(titleOf(dialog).c_str()) + " / " + plain(percentTextOf(dialog).c_str());
     const HWND bar = barOf(dialog);
-    const std::string place = bar == nullptr ? "no bar" : std::to_string(SendMessageW(bar, PBM_GETPOS, 0, 0));
-    return outcome(activity, text + ", bar " + place);
+    const std::string place = bar == nullptr ? "missing" : std::to_string(SendMessageW(bar, PBM_GETPOS, 0, 0));
+    return outcome(activity, text + " / bar " + place);
 }
 
 std::string shown()
@@ -72,31 +72,31 @@ Area qelTest::windowOperations()
     return {
         "Windows",
         {
-            Operation("qelProgressCtrlWindow::activate, setPercentage, setTitle, reset", "1, New 42%, bar 42", shown)
+            Operation("qelProgressCtrlWindow::activate, setPercentage, setTitle, reset", "1, New / 42% / bar 42", shown)
                 .fails("CreateDialogParamW", "0, no dialog")
-                .fails("CreateWindowExW", "1, New 42%, bar no bar, box")
+                .fails("CreateWindowExW", "1, New / 42% / bar missing, box")
                 .fails("SetWindowLongPtrW", "0, no dialog")
                 .fails("GetWindowLongPtrW", "0, no dialog", "1,all")
-                .fails("GetWindowLongPtrW", "1, Progress of the process  , bar 0, stays open", "2")
-                .fails("GetWindowLongPtrW", "1, Title , bar 0, stays open", "3")
-                .fails("GetWindowLongPtrW", "1, Title 42%, bar 42, stays open", "4")
-                .fails("GetWindowLongPtrW", "1, New 42%, bar 42, stays open", "5")
-                .fails("SetDlgItemTextW", "1, New , bar 42", "2")
-                .fails("SetDlgItemTextW", "1, Title 42%, bar 42", "3")
-                .fails("SetDlgItemTextW", "1, Progress of the process  , bar 42", "all")
-                .fails("SendMessageW", "1, New 42%, bar 0", "3,all")
-                .fails("DestroyWindow", "1, New 42%, bar 42, stays open")
+                .fails("GetWindowLongPtrW", "1, Progress of the process  / no text / bar 0, stays open", "2")
+                .fails("GetWindowLongPtrW", "1, Title / no text / bar 0, stays open", "3")
+                .fails("GetWindowLongPtrW", "1, Title / 42% / bar 42, stays open", "4")
+                .fails("GetWindowLongPtrW", "1, New / 42% / bar 42, stays open", "5")
+                .fails("SetDlgItemTextW", "1, New / no text / bar 42", "2")
+                .fails("SetDlgItemTextW", "1, Title / 42% / bar 42", "3")
+                .fails("SetDlgItemTextW", "1, Progress of the process  / no text / bar 42", "all")
+                .fails("SendMessageW", "1, New / 42% / bar 0", "3,all")
+                .fails("DestroyWindow", "1, New / 42% / bar 42, stays open")
                 .ignores({"InitCommonControlsEx", "GetDlgItem", "GetClientRect", "GetWindowRect", "SetWindowPos",
                           "SetDlgItemTextW", "SendMessageW"}),
             Operation("qelProgressCtrlWindow, closed by the user", "1, no dialog", cancelled)
                 .fails("CreateDialogParamW", "0, no dialog")
                 .fails("SetWindowLongPtrW", "0, no dialog")
                 .fails("GetWindowLongPtrW", "0, no dialog", "1,all")
-                .fails("GetWindowLongPtrW", "1, Progress of the process  , bar 0, stays open", "2")
-                .fails("GetWindowLongPtrW", "1, Title , bar 0, stays open", "3")
-                .fails("DestroyWindow", "1, Title , bar 0, stays open")
-                .ignores({"InitCommonControlsEx", "CreateWindowExW", "SendMessageW", "GetClientRect",
-                          "GetDlgItem", "GetWindowRect", "SetWindowPos", "SetDlgItemTextW", "EndDialog"}),
+                .fails("GetWindowLongPtrW", "1, Progress of the process  / no text / bar 0, stays open", "2")
+                .fails("GetWindowLongPtrW", "1, Title / no text / bar 0, stays open", "3")
+                .fails("DestroyWindow", "1, Title / no text / bar 0, stays open")
+                .ignores({"InitCommonControlsEx", "CreateWindowExW", "SendMessageW", "GetClientRect", "GetDlgItem",
+                          "GetWindowRect", "SetWindowPos", "SetDlgItemTextW", "EndDialog"}),
             Operation("qelWinMessage::messageBox", "1 box", told).fails("MessageBoxW", "0 box"),
         },
     };

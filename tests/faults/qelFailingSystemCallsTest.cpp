@@ -30,6 +30,10 @@ namespace
 const long kCallsOfSample = 5;
 bool everyCall = false;
 
+/// Handles are given out from the smallest free one, and this program has a few dozen. To look at more takes longer
+/// than the operations do.
+const size_t kHandles = 0x1000;
+
 /// Blocks of memory that the library has.
 std::atomic<long> blocks(0);
 
@@ -149,14 +153,13 @@ public:
                 met.emplace_back(&fault, count);
             }
         }
-        // Looking at all handles takes longer than the operation: the sample does so once for each area.
-        const int handles = everyCall ? openHandles() : 0;
         m_blocks = blocks;
-        for (const auto& fault : met)
-        {
-            failEachCall(*fault.first, fault.second);
-        }
-        EXPECT_EQ(everyCall ? openHandles() : 0, handles) << m_operation.name();
+        // The system keeps handles of its own once threads have waited for each other: what the library leaves open is
+        // left open the second time as well.
+        const int keptFirst = failAll(met);
+        const Figures once = figures;
+        EXPECT_EQ(keptFirst == 0 ? 0 : failAll(met), 0) << m_operation.name() << " leaves handles open";
+        figures = once;
         expectThatEveryRowWasUsed();
         ++figures.operations;
         if (everyCall)
@@ -180,6 +183,17 @@ private:
                 }
             }
         }
+    }
+
+    /// Returns the number of handles that stay open.
+    int failAll(const std::vector<std::pair<const Fault*, long>>& met)
+    {
+        const int handles = openHandles(kHandles);
+        for (const auto& fault : met)
+        {
+            failEachCall(*fault.first, fault.second);
+        }
+        return openHandles(kHandles) - handles;
     }
 
     void failEachCall(const Fault& fault, long count)
@@ -237,12 +251,12 @@ private:
 #if !defined(_UCRT) && !defined(_MSC_VER)
         for (const Outcome& outcome : m_operation.outcomes())
         {
-            if (!isImported(outcome.call.substr(0, outcome.call.find(':'))))
+            if (!outcome.certain || !isImported(outcome.call.substr(0, outcome.call.find(':'))))
             {
                 continue;
             }
-            EXPECT_EQ(m_used.count(&outcome), 1U)
-                << m_operation.name() << ": the outcome of " << outcome.call << " " << outcome.which << " never came up";
+            EXPECT_EQ(m_used.count(&outcome), 1U) << m_operation.name() << ": the outcome of " << outcome.call << " "
+                                                  << outcome.which << " never came up";
         }
 #endif
     }
@@ -326,13 +340,10 @@ class FailingSystemCallsOf : public testing::TestWithParam<size_t>
 
 TEST_P(FailingSystemCallsOf, GiveTheStatedResultAndLeaveNothingOpen)
 {
-    const Area& area = areas()[GetParam()];
-    const int handles = openHandles();
-    for (const Operation& operation : area.operations)
+    for (const Operation& operation : areas()[GetParam()].operations)
     {
         Trial(operation).run();
     }
-    EXPECT_EQ(openHandles(), handles) << area.name;
 }
 
 INSTANTIATE_TEST_SUITE_P(Areas, FailingSystemCallsOf, testing::Range(size_t{0}, areas().size()));
