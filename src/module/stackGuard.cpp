@@ -8,15 +8,17 @@
 
 #include <windows.h>
 
-#include <intrin.h>
 #include <stdint.h>
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the compiler's names
 extern "C"
 {
-    uintptr_t __stack_chk_guard; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables): the compiler's name
+    // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): set once, when the library is loaded
+    uintptr_t __stack_chk_guard;
 
     [[noreturn]] void __stack_chk_fail();
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace
 {
@@ -25,7 +27,7 @@ __attribute__((constructor(101), no_stack_protector)) void setStackGuard()
 {
     LARGE_INTEGER ticks;
     QueryPerformanceCounter(&ticks);
-    const uintptr_t seed = reinterpret_cast<uintptr_t>(&ticks) ^ __rdtsc() ^ GetCurrentProcessId() ^
+    const uintptr_t seed = reinterpret_cast<uintptr_t>(&ticks) ^ __builtin_ia32_rdtsc() ^ GetCurrentProcessId() ^
                            static_cast<uintptr_t>(ticks.QuadPart) << 20;
     // Multiplied, so that all bits depend on all. The lowest byte is 0, which a text that runs over cannot write.
     __stack_chk_guard = (seed * 0x9E3779B97F4A7C15) & ~uintptr_t{0xFF};

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Checks that functions of a DLL by GCC notice an overrun of their buffers, and that the DLL brings what they need for it
-itself.
+"""Checks that functions of a DLL by GCC notice an overrun of their buffers, and that the DLL brings what they need for
+it itself.
 
 usage: stack_guard_test.py DLL
 

@@ -1,7 +1,8 @@
 // What the loader needs for control-flow guard: where the calls through pointers go to be checked, and the table of
 // functions that they may reach. The linker makes the table and enters the object of this name into the image's header.
 
-// Where the loader enforces nothing, a check finds every target good, and a checked call is a plain one (rax: its target).
+// Where the loader enforces nothing, a check finds every target good, and a checked call is a plain one, to what rax
+// holds.
 __asm__(".text\n"
         "qel_check_nothing:\n"
         "    ret\n"
