@@ -9,6 +9,9 @@ function(qel_reproducible_image target base)
       /NODEFAULTLIB:libucrt$<$<CONFIG:Debug>:d>.lib /DEFAULTLIB:ucrt$<$<CONFIG:Debug>:d>.lib)
     target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:/Brepro>)
     target_link_options(${target} PRIVATE /Brepro /DYNAMICBASE /HIGHENTROPYVA /NXCOMPAT)
+    # Calls through pointers reach functions only, where Windows enforces it.
+    target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:/guard:cf>)
+    target_link_options(${target} PRIVATE /guard:cf)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
       # As for GCC below.
       target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:

@@ -101,6 +101,12 @@ INT_PTR CALLBACK ProgressDialog::procedure(HWND dialog, UINT message, WPARAM wPa
         // Stored at once: a message box below runs host code, which may call anything.
         m_dialog = dialog;
         SetWindowLongPtrW(dialog, DWLP_USER, mark());
+        if (!isThere())
+        {
+            // Without the mark it would count as somebody else's, and never be closed.
+            DestroyWindow(dialog);
+            return TRUE;
+        }
         createBar(dialog);
         return TRUE;
 

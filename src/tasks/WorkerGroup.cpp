@@ -95,6 +95,7 @@ WorkerGroup::WorkerGroup(int threadCount, TaskNode** queue)
     : m_handles(new HANDLE[static_cast<size_t>(threadCount)])
     , m_threadCount(threadCount)
     , m_event(CreateEventW(nullptr, TRUE, FALSE, nullptr))
+    , m_module(thisModule(GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT))
     , m_references(1)
     , m_queue(queue)
     , m_count(0)
@@ -126,8 +127,7 @@ HANDLE WorkerGroup::startWorker()
 {
     // A worker keeps the library loaded. The reference is taken here, because the library could be unloaded before the
     // worker starts to run.
-    const HMODULE module = m_event != nullptr ? thisModule(0) : nullptr;
-    if (module == nullptr)
+    if (m_event == nullptr || m_module == nullptr || thisModule(0) == nullptr)
     {
         return nullptr;
     }
@@ -136,7 +136,7 @@ HANDLE WorkerGroup::startWorker()
     if (worker == nullptr)
     {
         InterlockedDecrement(&m_references); // never the last one
-        FreeLibrary(module);
+        FreeLibrary(m_module);
     }
     return worker;
 }
@@ -149,9 +149,10 @@ DWORD WINAPI WorkerGroup::threadMain(void* argument)
     {
         task.function(task.argument);
     }
+    const HMODULE module = group->m_module;
     group->release();
     // Does not return: the library may be gone.
-    FreeLibraryAndExitThread(thisModule(GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT), 0);
+    FreeLibraryAndExitThread(module, 0);
 }
 
 /// Waits for a task. False when the worker must end.
@@ -216,14 +217,14 @@ bool WorkerGroup::isAnotherWorkerRunning() const
     return false;
 }
 
-/// Signals the event while there is something to do, with a system call only on a change. Requires the lock.
+/// Signals the event while there is something to do, with a system call only on a change. Where that fails, the next
+/// call tries again. Requires the lock.
 void WorkerGroup::updateEvent()
 {
     const bool signalled = m_count != 0 || m_stopping;
-    if (signalled != m_signalled)
+    if (signalled != m_signalled && (signalled ? SetEvent(m_event) : ResetEvent(m_event)) != FALSE)
     {
         m_signalled = signalled;
-        (void)(signalled ? SetEvent(m_event) : ResetEvent(m_event));
     }
 }
 

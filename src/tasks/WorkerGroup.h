@@ -72,6 +72,7 @@ private:
     HANDLE* m_handles;
     int m_threadCount; ///< never negative
     HANDLE m_event;    ///< manual reset; null when the system refused it
+    HMODULE m_module;  ///< this DLL, to which each worker has a reference; null when the system does not say
     volatile LONG m_references;
     TaskNode** m_queue; ///< head of the queue served; null when its pool has left
     uint16_t m_count;   ///< length of that queue; wraps

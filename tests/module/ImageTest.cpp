@@ -96,6 +96,20 @@ TEST(qelImage, IsHardened)
     EXPECT_NE(directory(IMAGE_DIRECTORY_ENTRY_BASERELOC), 0U);
 }
 
+#if defined(_MSC_VER)
+TEST(qelImage, GuardsItsCallsThroughPointers)
+{
+    EXPECT_NE(headers().OptionalHeader.DllCharacteristics & IMAGE_DLLCHARACTERISTICS_GUARD_CF, 0);
+    ASSERT_NE(directory(IMAGE_DIRECTORY_ENTRY_LOAD_CONFIG), 0U);
+    const auto& configuration = *at<IMAGE_LOAD_CONFIG_DIRECTORY64>(directory(IMAGE_DIRECTORY_ENTRY_LOAD_CONFIG));
+    EXPECT_NE(configuration.GuardFlags & IMAGE_GUARD_CF_INSTRUMENTED, 0U);
+    EXPECT_NE(configuration.GuardFlags & IMAGE_GUARD_CF_FUNCTION_TABLE_PRESENT, 0U);
+    EXPECT_NE(configuration.GuardCFFunctionTable, 0U);
+    EXPECT_NE(configuration.GuardCFFunctionCount, 0U);
+    EXPECT_NE(configuration.GuardCFCheckFunctionPointer, 0U);
+}
+#endif
+
 TEST(qelImage, NoSectionIsWritableAndExecutable)
 {
     const auto* sections = reinterpret_cast<const IMAGE_SECTION_HEADER*>(

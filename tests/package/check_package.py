@@ -24,7 +24,7 @@ VIEWS = {"mingw": {"bin/VarnelQELRoots.dll-gdb.py"}, "visualcpp": set()}
 TERMS = {"mingw": (b"Boost Software License - Version 1.0", b"GCC RUNTIME LIBRARY EXCEPTION", b"the mingw-w64 project"),
          "visualcpp": (b"Boost Software License - Version 1.0", b"LLVM Exceptions")}
 # Of the repository; what they say is nothing that a host needs.
-PAGES_OF_THE_REPOSITORY = {"architecture.md", "building.md", "demo.md", "test-kit.md", "testing.md"}
+PAGES_OF_THE_REPOSITORY = {"architecture.md", "building.md", "demo.md", "system-calls.md", "test-kit.md", "testing.md"}
 SYMBOLS = {"mingw": "bin/VarnelQELRoots.dll.debug", "visualcpp": "bin/VarnelQELRoots.pdb"}
 
 

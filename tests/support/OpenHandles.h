@@ -2,10 +2,13 @@
 #ifndef QEL_TEST_OPEN_HANDLES_H
 #define QEL_TEST_OPEN_HANDLES_H
 
+#include <stddef.h>
+
 namespace qelTest
 {
-/// Handles of files, registry keys, events and the like. One by one: Wine's GetProcessHandleCount always says 0.
-int openHandles();
+/// Handles of files, registry keys, events and the like, of values below `end`. One by one: Wine's
+/// GetProcessHandleCount always says 0.
+int openHandles(size_t end = 0x4000);
 } // namespace qelTest
 
 #endif

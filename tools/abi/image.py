@@ -1,13 +1,17 @@
-"""Reads a 64-bit Windows image: sections, exported names, relocated pointers and the symbol table of GNU tools."""
+"""Reads a 64-bit Windows image: sections, exported and imported names, relocated pointers, the guard of calls through
+pointers, and the symbol table of GNU tools."""
 
 import struct
 from collections import namedtuple
 
 Section = namedtuple("Section", "name address virtual_size file_offset file_size is_code")
 Export = namedtuple("Export", "name address is_code")
+Guard = namedtuple("Guard", "check_pointer dispatch_pointer functions flags")
 
 EXPORT_DIRECTORY = 0
+IMPORT_DIRECTORY = 1
 RELOCATION_DIRECTORY = 5
+LOAD_CONFIGURATION_DIRECTORY = 10
 RELOCATION_OF_64_BITS = 10
 SYMBOL_SIZE = 18
 
@@ -24,6 +28,7 @@ class Image:
          optional_size) = struct.unpack_from("<2xH4xIIH", self.data, header + 4)
         optional = header + 24
         self.base = struct.unpack_from("<Q", self.data, optional + 24)[0]
+        self.characteristics = struct.unpack_from("<H", self.data, optional + 70)[0]
         self._directories = optional + 112
         self.sections = [self._section(optional + optional_size + 40 * i) for i in range(self._section_count)]
 
@@ -78,6 +83,41 @@ class Image:
         address = struct.unpack_from("<I", self.data, functions + 4 * index)[0]
         section = self.section_of(address)
         return Export(self._string(self._file_offset(name_address)), address, bool(section and section.is_code))
+
+    def imports(self):
+        """The name of every function that the image imports by name."""
+        address, _ = self._directory(IMPORT_DIRECTORY)
+        at = self._file_offset(address)
+        found = []
+        while True:
+            names, dll = struct.unpack_from("<I8xI", self.data, at)
+            if dll == 0:
+                return found
+            found += self._imports_of(self._file_offset(names))
+            at += 20
+
+    def _imports_of(self, at):
+        while True:
+            entry = struct.unpack_from("<Q", self.data, at)[0]
+            if entry == 0:
+                return
+            if entry >> 63 == 0:
+                yield self._string(self._file_offset(entry) + 2)
+            at += 8
+
+    def guard(self):
+        """What the loader is told about control-flow guard; None when it is told nothing."""
+        address, size = self._directory(LOAD_CONFIGURATION_DIRECTORY)
+        if address == 0 or size < 148:
+            return None
+        at = self._file_offset(address)
+        check, dispatch, table, count, flags = struct.unpack_from("<4QI", self.data, at + 112)
+        stride = 4 + (flags >> 28)
+        functions = []
+        if count != 0:
+            table = self._file_offset(table - self.base)
+            functions = [struct.unpack_from("<I", self.data, table + stride * i)[0] for i in range(count)]
+        return Guard(check - self.base, dispatch - self.base, functions, flags)
 
     def relocated(self):
         """The addresses of all pointers that the loader adjusts."""
