@@ -32,11 +32,11 @@ size_t smaller(size_t a, size_t b)
     return a < b ? a : b;
 }
 
-void moveTo(HANDLE file, long long offset, DWORD origin)
+bool moveTo(HANDLE file, long long offset, DWORD origin)
 {
     LARGE_INTEGER distance = {};
     distance.QuadPart = offset;
-    (void)SetFilePointerEx(file, distance, nullptr, origin);
+    return SetFilePointerEx(file, distance, nullptr, origin) != FALSE;
 }
 
 /// The first `c` in the text from `text` to `end`, or `end`.
@@ -78,6 +78,7 @@ public:
         , m_utf8(utf8)
         , m_textMode(textMode)
         , m_endsEarly(false)
+        , m_failed(false)
     {
     }
 
@@ -99,6 +100,9 @@ public:
     /// Whether an end-of-file character was met.
     bool endsEarly() const { return m_endsEarly; }
 
+    /// Whether the system could not read. Nothing more is read then.
+    bool failed() const { return m_failed; }
+
 private:
     /// Reads as many whole characters as surely fit, or a single one.
     size_t read(char* to, size_t room, bool single) { return readPlain(to, room, single); }
@@ -111,9 +115,10 @@ private:
         }
         char* const bytes = qelString::qelStringTempBuffer;
         const size_t length = readPlain(bytes, smaller(room, kBlock), single);
-        // No bytes are an error to the call, and give 0 as well.
         const int made = MultiByteToWideChar(CP_UTF8, 0, bytes, static_cast<int>(length), to, static_cast<int>(room));
         qelText::scrub(bytes, length);
+        // No bytes give 0 as well.
+        m_failed = m_failed || (made == 0 && length != 0);
         return static_cast<size_t>(made);
     }
 
@@ -121,16 +126,17 @@ private:
     template <typename Unit> size_t readPlain(Unit* to, size_t room, bool single)
     {
         DWORD bytes = 0;
-        if (!m_endsEarly)
+        if (!m_endsEarly && !m_failed)
         {
             // Not from an offset, with which the call would report its completion as well.
-            (void)ReadFile(m_file, to, static_cast<DWORD>(room * sizeof(Unit)), &bytes, nullptr);
+            m_failed = ReadFile(m_file, to, static_cast<DWORD>(room * sizeof(Unit)), &bytes, nullptr) == FALSE;
         }
         const size_t filled = bytes / sizeof(Unit);
         const size_t used = single ? firstCut(to, filled) : filled == room ? lastCut(to, filled) : filled;
         if (used < filled)
         {
-            moveTo(m_file, static_cast<long long>(used * sizeof(Unit)) - static_cast<long long>(bytes), FILE_CURRENT);
+            const auto back = static_cast<long long>(used * sizeof(Unit)) - static_cast<long long>(bytes);
+            m_failed = !moveTo(m_file, back, FILE_CURRENT);
         }
         const size_t length = m_textMode ? translateLines(to, used, m_endsEarly) : used;
         qelText::scrub(to + length, bytes - length * sizeof(Unit));
@@ -172,6 +178,7 @@ private:
     bool m_utf8;
     bool m_textMode;
     bool m_endsEarly;
+    bool m_failed;
 };
 
 /// Wipes units when it goes.
@@ -258,6 +265,13 @@ bool isTextMode(FILE* stream, Form form)
     }
     return before != _O_BINARY;
 }
+/// What a file gives that cannot be read to its end: nothing, rather than a part.
+size_t refuse(FILE* stream, qelString& contents)
+{
+    (void)fseek(stream, 0, SEEK_END);
+    contents.empty();
+    return 0;
+}
 } // namespace
 
 size_t qelWholeFile::read(FILE* stream, qelString& contents, size_t maxLength)
@@ -285,28 +299,33 @@ size_t qelWholeFile::readByKey(FILE* stream, qelFileAccess::encodeType encoding,
         return 0;
     }
     // Brings what was written into the file and empties the stream's buffer; a seek to the start need not do that.
-    (void)fseek(stream, 0, SEEK_END);
-    moveTo(file, 0, FILE_BEGIN);
     unsigned char mark[3] = {};
     DWORD got = 0;
-    if (ReadFile(file, mark, sizeof mark, &got, nullptr) == 0)
+    if (fseek(stream, 0, SEEK_END) != 0 || !moveTo(file, 0, FILE_BEGIN) ||
+        ReadFile(file, mark, sizeof mark, &got, nullptr) == FALSE)
     {
-        (void)fseek(stream, 0, SEEK_END);
-        return 0;
+        return refuse(stream, contents);
     }
     const bool utf16 = isUtf16Mark(mark);
     const bool utf8 = isUtf8Mark(mark);
     const Form form = utf16 ? kUtf16 : utf8 ? kUtf8 : formByKey(encoding);
-    moveTo(file, utf16 ? 2 : utf8 ? 3 : 0, FILE_BEGIN);
+    if (!moveTo(file, utf16 ? 2 : utf8 ? 3 : 0, FILE_BEGIN))
+    {
+        return refuse(stream, contents);
+    }
     FileText text(file, form == kUtf8, isTextMode(stream, form));
     const size_t count =
         form == kAnsi ? collectAnsi(text, contents, maxLength) : collectWide(text, contents, maxLength);
+    if (text.failed())
+    {
+        return refuse(stream, contents);
+    }
     if (count < maxLength)
     {
         // Lets the stream know that the end was met.
         if (text.endsEarly())
         {
-            moveTo(file, 0, FILE_END);
+            (void)moveTo(file, 0, FILE_END);
         }
         (void)fgetwc(stream);
     }
