@@ -40,6 +40,17 @@ inline void scrub(void* memory, size_t bytes)
 #endif
 }
 
+/// The same for the buffer of a qelString, up to its terminator.
+inline void scrubOwn(wchar_t* text)
+{
+#if defined(__GNUC__)
+    qelUnits::clear(text);
+    __asm__ __volatile__("" : : "r"(text) : "memory");
+#else
+    SecureZeroMemory(text, measureOwn(text) * sizeof(wchar_t));
+#endif
+}
+
 /// Calls the runtime's invalid-parameter handler, as its bounded copies do with a result that is too long.
 inline void refuseTooLong()
 {

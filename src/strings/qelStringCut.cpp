@@ -39,32 +39,25 @@ void keep(qelString& text, const wchar_t* part, size_t length)
 
 void trimLeft(qelString& text, const UnitSet& set)
 {
-    const wchar_t* first = text.getStringW();
+    const wchar_t* first = qelStringAccess::textOf(text);
     const wchar_t* end = first + qelText::measureOwn(first);
     if (first == end)
     {
         return;
     }
-    while (first < end && set.contains(*first))
-    {
-        ++first;
-    }
+    first = set.skip(first, end);
     keep(text, first, static_cast<size_t>(end - first));
 }
 
 void trimRight(qelString& text, const UnitSet& set)
 {
-    const wchar_t* units = text.getStringW();
-    size_t kept = qelText::measureOwn(units);
-    if (kept == 0)
+    const wchar_t* first = qelStringAccess::textOf(text);
+    const wchar_t* end = first + qelText::measureOwn(first);
+    if (first == end)
     {
         return;
     }
-    while (kept > 0 && set.contains(units[kept - 1]))
-    {
-        --kept;
-    }
-    keep(text, units, kept);
+    keep(text, first, static_cast<size_t>(set.skipBack(first, end) - first));
 }
 } // namespace
 
