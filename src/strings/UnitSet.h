@@ -25,24 +25,8 @@ public:
 
     bool contains(wchar_t c) const { return m_isFew ? m_few.contains(c) : (m_bits[c / kBitsPerByte] & bitOf(c)) != 0; }
 
-    /// The first member in the text from `text` to `end`, or `end`.
-    const wchar_t* find(const wchar_t* text, const wchar_t* end) const
-    {
-        return m_isFew ? qelUnits::findMember(text, end, m_few) : qelUnits::plain::findMember(text, end, *this);
-    }
-
-    /// The first unit that is not a member, or `end`.
-    const wchar_t* skip(const wchar_t* text, const wchar_t* end) const
-    {
-        return m_isFew ? qelUnits::skipMembers(text, end, m_few) : qelUnits::plain::skipMembers(text, end, *this);
-    }
-
-    /// The end of what stays without the members before `end`.
-    const wchar_t* skipBack(const wchar_t* text, const wchar_t* end) const
-    {
-        return m_isFew ? qelUnits::skipMembersBack(text, end, m_few)
-                       : qelUnits::plain::skipMembersBack(text, end, *this);
-    }
+    /// The set when it is of a few units, else null.
+    const qelUnits::FewUnits* few() const { return m_isFew ? &m_few : nullptr; }
 
 private:
     static const unsigned kBitsPerByte = 8;
@@ -65,8 +49,26 @@ private:
     }
 
     const bool m_isFew;
-    qelUnits::FewUnits m_few;
+    qelUnits::FewUnits m_few = {};
     unsigned char m_bits[0x10000 / kBitsPerByte]; // unused in a set of a few
 };
+
+namespace qelUnits
+{
+inline const wchar_t* findMember(const wchar_t* text, const wchar_t* end, const UnitSet& set)
+{
+    return set.few() != nullptr ? findMember(text, end, *set.few()) : plain::findMember(text, end, set);
+}
+
+inline const wchar_t* skipMembers(const wchar_t* text, const wchar_t* end, const UnitSet& set)
+{
+    return set.few() != nullptr ? skipMembers(text, end, *set.few()) : plain::skipMembers(text, end, set);
+}
+
+inline const wchar_t* skipMembersBack(const wchar_t* text, const wchar_t* end, const UnitSet& set)
+{
+    return set.few() != nullptr ? skipMembersBack(text, end, *set.few()) : plain::skipMembersBack(text, end, set);
+}
+} // namespace qelUnits
 
 #endif

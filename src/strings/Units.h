@@ -36,7 +36,7 @@ struct FewUnits
         return i < count;
     }
 
-    size_t count = 0;
+    size_t count;
     wchar_t units[kMost];
 };
 
@@ -51,6 +51,12 @@ template <class Char> size_t measure(const Char* text, size_t limit)
         ++length;
     }
     return length;
+}
+
+/// The same for the buffer of a qelString.
+inline size_t measureOwn(const wchar_t* text, size_t limit)
+{
+    return measure(text, limit);
 }
 
 /// Position of the first unit that differs, or of the 0 that ends both strings.
@@ -182,6 +188,9 @@ inline unsigned bitsOf(__m128i bytes)
     return static_cast<unsigned>(_mm_movemask_epi8(bytes));
 }
 
+/// Units of a text that is short enough for simple steps.
+const size_t kShort = 32;
+
 /// What it is where every byte has it.
 const unsigned kAllBits = 0xFFFF;
 
@@ -274,6 +283,22 @@ template <class Char> size_t measure(const Char* text, size_t limit)
     }
     length += lowestBit(zeros);
     return length < limit ? length : limit;
+}
+
+/// Only for buffers of qelString. Never reads in front of the text, where the reference count may just have been
+/// written: a load that covers such a store has to wait for it.
+inline size_t measureOwn(const wchar_t* text, size_t limit)
+{
+    for (size_t at = 0; at < kShort && at < limit; at += kPerChunk)
+    {
+        const unsigned zeros = bitsOf(equal(text + at, 0));
+        if (zeros != 0)
+        {
+            const size_t length = at + lowestBit(zeros) / sizeof(wchar_t);
+            return length < limit ? length : limit;
+        }
+    }
+    return limit <= kShort ? limit : kShort + measure(text + kShort, limit - kShort);
 }
 
 /// Only for buffers of qelString.
@@ -385,8 +410,8 @@ inline const wchar_t* skipMembersBack(const wchar_t* text, const wchar_t* end, c
 /// Copies the first and the last `count` units, which overlap or meet.
 template <size_t count> void copyEnds(wchar_t* to, const wchar_t* from, size_t length)
 {
-    memcpy(to, from, count * sizeof(wchar_t));
     memcpy(to + length - count, from + length - count, count * sizeof(wchar_t));
+    memcpy(to, from, count * sizeof(wchar_t));
 }
 
 /// Without a call for short text.
@@ -425,18 +450,16 @@ inline void copy(wchar_t* to, const wchar_t* from, size_t length)
 /// Only for buffers of qelString. Whole chunks, without a call for short text.
 inline void clear(wchar_t* text)
 {
-    const __m128i zero = _mm_setzero_si128();
-    for (int i = 0; i < 8; ++i)
+    for (size_t at = 0; at < kShort; at += kPerChunk)
     {
-        const bool ends = bitsOf(equal(text, 0)) != 0;
-        setChunk(text, zero);
+        const bool ends = bitsOf(equal(text + at, 0)) != 0;
+        setChunk(text + at, _mm_setzero_si128());
         if (ends)
         {
             return;
         }
-        text += kPerChunk;
     }
-    memset(text, 0, measure(text, SIZE_MAX) * sizeof(wchar_t));
+    memset(text + kShort, 0, measure(text + kShort, SIZE_MAX) * sizeof(wchar_t));
 }
 
 inline bool widenChunk(wchar_t* to, const char* from)
@@ -473,6 +496,7 @@ using plain::findMember;
 using plain::findPair;
 using plain::firstDifference;
 using plain::measure;
+using plain::measureOwn;
 using plain::mismatch;
 using plain::skipMembers;
 using plain::skipMembersBack;

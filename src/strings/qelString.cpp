@@ -273,22 +273,22 @@ qelString& qelString::setAt(int index, const char& c)
 
 bool qelString::operator==(const qelString& other) const
 {
-    return compare(*this, other) == 0;
+    return qelText::areEqualOwn(m_rep->m_data, other.m_rep->m_data);
 }
 
 bool qelString::operator!=(const qelString& other) const
 {
-    return compare(*this, other) != 0;
+    return !qelText::areEqualOwn(m_rep->m_data, other.m_rep->m_data);
 }
 
 bool qelString::operator<(const qelString& other) const
 {
-    return compare(*this, other) < 0;
+    return qelText::compareOwn(m_rep->m_data, other.m_rep->m_data) < 0;
 }
 
 bool qelString::operator>(const qelString& other) const
 {
-    return compare(*this, other) > 0;
+    return qelText::compareOwn(m_rep->m_data, other.m_rep->m_data) > 0;
 }
 
 qelString qelString::operator+(const qelString& other) const

@@ -31,9 +31,9 @@ public:
             ++m_next;
         }
         m_token = m_next;
-        for (m_next = m_breaks->find(m_next, m_end); m_next != m_end && m_quotes->contains(*m_next);)
+        for (m_next = qelUnits::findMember(m_next, m_end, *m_breaks); m_next != m_end && m_quotes->contains(*m_next);)
         {
-            m_next = m_breaks->find(behindQuoted(m_next), m_end);
+            m_next = qelUnits::findMember(behindQuoted(m_next), m_end, *m_breaks);
         }
         return m_next != m_token;
     }

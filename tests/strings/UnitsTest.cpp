@@ -131,6 +131,19 @@ TEST(qelUnits, TellsOnlyZeroFromOtherUnits)
     }
 }
 
+TEST(qelUnits, MeasuresBuffersOfStringsAsThePlainLoop)
+{
+    for (size_t length = 0; length <= kMost; ++length)
+    {
+        OwnBuffer text(mixed(length, length));
+        for (size_t limit = 0; limit <= length + 10; ++limit)
+        {
+            ASSERT_EQ(qelUnits::measureOwn(text.get(), limit), qelUnits::plain::measure(text.get(), limit));
+        }
+        ASSERT_EQ(qelUnits::measureOwn(text.get(), SIZE_MAX), length);
+    }
+}
+
 TEST(qelUnits, FindsTheFirstDifferenceAsThePlainLoop)
 {
     for (size_t length = 0; length <= 40; ++length)
@@ -196,7 +209,7 @@ TEST(qelUnits, FindsAndSkipsMembersAsThePlainLoops)
 {
     for (size_t count = 0; count <= qelUnits::FewUnits::kMost; ++count)
     {
-        qelUnits::FewUnits set;
+        qelUnits::FewUnits set = {};
         for (size_t i = 0; i < count; ++i)
         {
             set.add(i < 7 ? kUnits[i] : static_cast<wchar_t>(L'A' + i));
@@ -215,9 +228,7 @@ TEST(qelUnits, FindsAndSkipsMembersAsThePlainLoops)
 
 TEST(qelUnits, SkipsLongRunsOfMembers)
 {
-    qelUnits::FewUnits blanks;
-    blanks.add(L' ');
-    blanks.add(L'\t');
+    const qelUnits::FewUnits blanks = {2, L" \t"};
     for (size_t length = 0; length <= kMost; ++length)
     {
         for (size_t at = 0; at <= length; ++at)
