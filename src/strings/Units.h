@@ -417,9 +417,13 @@ template <size_t count> void copyEnds(wchar_t* to, const wchar_t* from, size_t l
 /// Without a call for short text.
 inline void copy(wchar_t* to, const wchar_t* from, size_t length)
 {
-    if (length > 64)
+    if (length > 128)
     {
         plain::copy(to, from, length);
+    }
+    else if (length >= 64)
+    {
+        copyEnds<64>(to, from, length);
     }
     else if (length >= 32)
     {

@@ -19,6 +19,17 @@ int countUnit(const wchar_t* text, size_t length, wchar_t c)
     return count;
 }
 
+int countText(const wchar_t* text, const wchar_t* end, const wchar_t* what, size_t whatLength)
+{
+    int count = 0;
+    while ((text = qelTextSearch::find(text, end, what, whatLength)) != nullptr)
+    {
+        text += whatLength;
+        ++count;
+    }
+    return count;
+}
+
 wchar_t* append(wchar_t* target, const wchar_t* text, size_t length)
 {
     qelUnits::copy(target, text, length);
@@ -74,19 +85,7 @@ int qelString::replace(const qelString& what, const qelString& with)
     const size_t insertedUnits = qelText::measureOwn(inserted);
     const wchar_t* end = text + units;
 
-    // The first places are kept, so that only those of a long list are searched twice.
-    const int kKept = 128;
-    const wchar_t* hits[kKept];
-    int count = 0;
-    for (const wchar_t* next = text; (next = qelTextSearch::find(next, end, sought, soughtUnits)) != nullptr;)
-    {
-        if (count < kKept)
-        {
-            hits[count] = next;
-        }
-        ++count;
-        next += soughtUnits;
-    }
+    const int count = countText(text, end, sought, soughtUnits);
     const auto places = static_cast<size_t>(count);
     const size_t result = units - places * soughtUnits + places * insertedUnits;
     if (result == 0 || !qelText::fits(result))
@@ -98,7 +97,7 @@ int qelString::replace(const qelString& what, const qelString& with)
     wchar_t* target = rep->m_data;
     for (int i = 0; i < count; ++i)
     {
-        const wchar_t* hit = i < kKept ? hits[i] : qelTextSearch::find(text, end, sought, soughtUnits);
+        const wchar_t* hit = qelTextSearch::find(text, end, sought, soughtUnits);
         target = append(target, text, static_cast<size_t>(hit - text));
         target = append(target, inserted, insertedUnits);
         text = hit + soughtUnits;
