@@ -1,4 +1,5 @@
-// Length limits, measuring, comparing and wiping of strings. Not part of the public interface; other subsystems may use it.
+// Length limits, measuring, comparing and wiping of strings. Not part of the public interface; other subsystems may use
+// it.
 #ifndef QEL_TEXT_H
 #define QEL_TEXT_H
 

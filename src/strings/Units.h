@@ -229,11 +229,7 @@ template <class Char> struct Block
         }
     }
 
-    bool hasZero() const
-    {
-        const __m128i lowest = _mm_min_epu8(_mm_min_epu8(bytes[0], bytes[1]), _mm_min_epu8(bytes[2], bytes[3]));
-        return bitsOf(isZero(lowest)) != 0;
-    }
+    bool hasZero() const { return bitsOf(isZero(lower(lower(bytes[0], bytes[1]), lower(bytes[2], bytes[3])))) != 0; }
 
     /// A bit for each character, set where it is 0.
     uint64_t zeros() const
@@ -246,6 +242,11 @@ template <class Char> struct Block
     __m128i bytes[4]; ///< one for each character, 0 where the character is
 
 private:
+    static __m128i lower(__m128i a, __m128i b)
+    {
+        return _mm_min_epu8(a, b); // NOLINT(portability-simd-intrinsics): the plain twins are what is portable
+    }
+
     static __m128i isZero(__m128i x) { return _mm_cmpeq_epi8(x, _mm_setzero_si128()); }
 
     static __m128i part(const void* text) { return _mm_load_si128(static_cast<const __m128i*>(text)); }

@@ -46,8 +46,7 @@ template <class Check> void forTexts(const Check& check)
     }
 }
 
-/// Buffers as a string has them: whole chunks up to the terminator, which is followed by zeros. They end before a closed
-/// page.
+/// A buffer as a string has it: whole chunks, zeros behind the terminator. It ends before a closed page.
 class OwnBuffer
 {
 public:
