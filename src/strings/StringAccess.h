@@ -36,7 +36,10 @@ struct qelStringAccess
     /// Replaces the representation of `text` with `rep`, whose count already includes it.
     static qelString& adopt(qelString& text, qelStringRepr* rep)
     {
-        text.ReleaseCharCache();
+        if (text.m_charCache != nullptr)
+        {
+            text.ReleaseCharCache();
+        }
         text.ReleaseRep();
         text.m_rep = rep;
         return text;

@@ -1,4 +1,5 @@
-// Length limits, measuring and wiping of strings. Not part of the public interface; other subsystems may use it.
+// Length limits, measuring, comparing and wiping of strings. Not part of the public interface; other subsystems may use
+// it.
 #ifndef QEL_TEXT_H
 #define QEL_TEXT_H
 
@@ -25,7 +26,28 @@ inline size_t measure(const wchar_t* text)
 /// The same for the buffer of a qelString, which is never null, up to `limit`.
 inline size_t measureOwn(const wchar_t* text, size_t limit = SIZE_MAX)
 {
-    return qelUnits::measure(text, limit);
+    return qelUnits::measureOwn(text, limit);
+}
+
+// NOLINTBEGIN(readability-implicit-bool-conversion): the sign of the difference
+template <class T> int order(T a, T b)
+{
+    return (a > b) - (a < b);
+}
+// NOLINTEND(readability-implicit-bool-conversion)
+
+/// Ordinal order of two buffers of qelString: -1, 0 or 1.
+inline int compareOwn(const wchar_t* a, const wchar_t* b)
+{
+    const size_t at = a == b ? 0 : qelUnits::firstDifference(a, b);
+    return order(a[at], b[at]);
+}
+
+/// Whether they hold the same text.
+inline bool areEqualOwn(const wchar_t* a, const wchar_t* b)
+{
+    const size_t at = a == b ? 0 : qelUnits::firstDifference(a, b);
+    return a[at] == b[at];
 }
 
 /// Overwrites memory with zeros; the optimiser cannot remove it.
@@ -37,6 +59,17 @@ inline void scrub(void* memory, size_t bytes)
     __asm__ __volatile__("" : : "r"(memory) : "memory");
 #else
     SecureZeroMemory(memory, bytes);
+#endif
+}
+
+/// The same for the buffer of a qelString, up to its terminator.
+inline void scrubOwn(wchar_t* text)
+{
+#if defined(__GNUC__)
+    qelUnits::clear(text);
+    __asm__ __volatile__("" : : "r"(text) : "memory");
+#else
+    SecureZeroMemory(text, measureOwn(text) * sizeof(wchar_t));
 #endif
 }
 

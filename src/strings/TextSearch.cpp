@@ -56,13 +56,17 @@ const wchar_t* qelTextSearch::find(const wchar_t* text, const wchar_t* end, cons
         return nullptr;
     }
     const wchar_t* behindLastPlace = end - whatLength + 1;
+    size_t distance = whatLength - 1;
     for (int failed = 0; whatLength <= kShort || failed < kPatience; ++failed)
     {
-        const wchar_t* place = qelUnits::findPair(text, behindLastPlace, *what, whatLength - 1, what[whatLength - 1]);
-        if (place == nullptr || isAt(place, what, whatLength))
+        const wchar_t* place = qelUnits::findPair(text, behindLastPlace, *what, distance, what[distance]);
+        const size_t same = place == nullptr ? whatLength : qelUnits::mismatch(place, what, whatLength);
+        if (same == whatLength)
         {
             return place;
         }
+        // What was wrong here will be wrong elsewhere: look for that unit next.
+        distance = same;
         text = place + 1;
     }
     return findBySums(text, end, what, whatLength);

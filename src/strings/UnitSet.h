@@ -4,68 +4,71 @@
 
 #include "strings/Text.h"
 
-/// Sets are nearly always short and ASCII. Other units of a short set are searched; a long set has a bit for every
-/// possible unit.
+/// Sets are nearly always of a few units. A larger one has a bit for every possible unit.
 class UnitSet
 {
 public:
-    /// Keeps a pointer to `units`.
-    UnitSet(const wchar_t* units, size_t length)
-        : m_units(units)
-        , m_length(length)
+    /// The units of one list, or of two.
+    UnitSet(const wchar_t* units, size_t length, const wchar_t* more = nullptr, size_t moreLength = 0)
+        : m_isFew(length + moreLength <= qelUnits::FewUnits::kMost)
+    {
+        if (!m_isFew)
+        {
+            memset(m_bits, 0, sizeof m_bits);
+        }
+        add(units, length);
+        add(more, moreLength);
+    }
+
+    UnitSet(const UnitSet&) = delete;
+    UnitSet& operator=(const UnitSet&) = delete;
+
+    bool contains(wchar_t c) const { return m_isFew ? m_few.contains(c) : (m_bits[c / kBitsPerByte] & bitOf(c)) != 0; }
+
+    /// The set when it is of a few units, else null.
+    const qelUnits::FewUnits* few() const { return m_isFew ? &m_few : nullptr; }
+
+private:
+    static const unsigned kBitsPerByte = 8;
+
+    static unsigned char bitOf(wchar_t c) { return static_cast<unsigned char>(1U << c % kBitsPerByte); }
+
+    void add(const wchar_t* units, size_t length)
     {
         for (size_t i = 0; i < length; ++i)
         {
-            if (units[i] < kAscii)
+            if (m_isFew)
             {
-                m_ascii[units[i] / 64] |= uint64_t(1) << units[i] % 64;
+                m_few.add(units[i]);
             }
-        }
-        if (!isShort())
-        {
-            memset(m_bits, 0, sizeof m_bits);
-            for (size_t i = 0; i < length; ++i)
+            else
             {
                 m_bits[units[i] / kBitsPerByte] |= bitOf(units[i]);
             }
         }
     }
 
-    UnitSet(const UnitSet&) = delete;
-    UnitSet& operator=(const UnitSet&) = delete;
-
-    bool contains(wchar_t c) const
-    {
-        if (c < kAscii)
-        {
-            return (m_ascii[c / 64] >> c % 64 & 1) != 0;
-        }
-        return isShort() ? isAmongFew(c) : (m_bits[c / kBitsPerByte] & bitOf(c)) != 0;
-    }
-
-private:
-    static const size_t kFew = 16;
-    static const wchar_t kAscii = 0x80;
-    static const unsigned kBitsPerByte = 8;
-
-    static unsigned char bitOf(wchar_t c) { return static_cast<unsigned char>(1U << c % kBitsPerByte); }
-
-    bool isShort() const { return m_length <= kFew; }
-
-    bool isAmongFew(wchar_t c) const
-    {
-        size_t i = 0;
-        while (i < m_length && m_units[i] != c)
-        {
-            ++i;
-        }
-        return i < m_length;
-    }
-
-    const wchar_t* m_units;
-    size_t m_length;
-    uint64_t m_ascii[kAscii / 64] = {};
-    unsigned char m_bits[0x10000 / kBitsPerByte]; // unused in a short set
+    const bool m_isFew;
+    qelUnits::FewUnits m_few = {};
+    unsigned char m_bits[0x10000 / kBitsPerByte]; // unused in a set of a few
 };
+
+namespace qelUnits
+{
+inline const wchar_t* findMember(const wchar_t* text, const wchar_t* end, const UnitSet& set)
+{
+    return set.few() != nullptr ? findMember(text, end, *set.few()) : plain::findMember(text, end, set);
+}
+
+inline const wchar_t* skipMembers(const wchar_t* text, const wchar_t* end, const UnitSet& set)
+{
+    return set.few() != nullptr ? skipMembers(text, end, *set.few()) : plain::skipMembers(text, end, set);
+}
+
+inline const wchar_t* skipMembersBack(const wchar_t* text, const wchar_t* end, const UnitSet& set)
+{
+    return set.few() != nullptr ? skipMembersBack(text, end, *set.few()) : plain::skipMembersBack(text, end, set);
+}
+} // namespace qelUnits
 
 #endif

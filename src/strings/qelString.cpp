@@ -43,7 +43,7 @@ qelStringRepr::qelStringRepr(wchar_t* data)
 
 qelStringRepr::~qelStringRepr()
 {
-    qelText::scrub(m_data, qelText::measureOwn(m_data) * sizeof(wchar_t));
+    qelText::scrubOwn(m_data);
 }
 
 void qelStringRepr::operator delete(void* block)
@@ -68,7 +68,7 @@ qelStringRepr* qelStringAccess::represent(const wchar_t* text, size_t length)
         return qelString::m_repEmpty;
     }
     qelStringRepr* rep = create(length);
-    memcpy(rep->m_data, text, length * sizeof(wchar_t));
+    qelUnits::copy(rep->m_data, text, length);
     return rep;
 }
 
@@ -78,9 +78,14 @@ qelStringRepr* qelStringAccess::represent(const char* text, size_t length, unsig
     {
         return qelString::m_repEmpty;
     }
+    qelStringRepr* rep = create(length);
+    // Every code page that Windows uses as ANSI code page has ASCII in its place.
+    if (codePage == CP_ACP && length <= qelText::kCapacity && qelUnits::widen(rep->m_data, text, length))
+    {
+        return rep;
+    }
     // No code page produces more units than bytes, so one conversion suffices.
     const int room = static_cast<int>(length);
-    qelStringRepr* rep = create(length);
     const auto made = static_cast<size_t>(MultiByteToWideChar(codePage, 0, text, room, rep->m_data, room));
     memset(rep->m_data + made, 0, (length - made) * sizeof(wchar_t));
     const size_t units = qelText::measureOwn(rep->m_data, qelText::kCapacity);
@@ -268,22 +273,22 @@ qelString& qelString::setAt(int index, const char& c)
 
 bool qelString::operator==(const qelString& other) const
 {
-    return compare(*this, other) == 0;
+    return qelText::areEqualOwn(m_rep->m_data, other.m_rep->m_data);
 }
 
 bool qelString::operator!=(const qelString& other) const
 {
-    return compare(*this, other) != 0;
+    return !qelText::areEqualOwn(m_rep->m_data, other.m_rep->m_data);
 }
 
 bool qelString::operator<(const qelString& other) const
 {
-    return compare(*this, other) < 0;
+    return qelText::compareOwn(m_rep->m_data, other.m_rep->m_data) < 0;
 }
 
 bool qelString::operator>(const qelString& other) const
 {
-    return compare(*this, other) > 0;
+    return qelText::compareOwn(m_rep->m_data, other.m_rep->m_data) > 0;
 }
 
 qelString qelString::operator+(const qelString& other) const
@@ -295,8 +300,8 @@ qelString qelString::operator+(const qelString& other) const
         return qelString();
     }
     qelStringRepr* rep = qelStringAccess::create(front + back);
-    memcpy(rep->m_data, m_rep->m_data, front * sizeof(wchar_t));
-    memcpy(rep->m_data + front, other.m_rep->m_data, back * sizeof(wchar_t));
+    qelUnits::copy(rep->m_data, m_rep->m_data, front);
+    qelUnits::copy(rep->m_data + front, other.m_rep->m_data, back);
     return qelStringAccess::stringOf(rep);
 }
 

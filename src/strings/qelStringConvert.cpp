@@ -12,15 +12,36 @@
 
 namespace
 {
-// A sign, 32 binary digits and the terminator.
-const size_t kIntegerCapacity = 34;
+// A sign and 32 binary digits.
+const size_t kIntegerCapacity = 33;
 const int kDoubleCapacity = 1024;
 const size_t kTimeCapacity = 18;
 const size_t kDateCapacity = 255;
 
-bool isRadix(int radix)
+/// The digits of a number, as _itow_s writes them: only a decimal number has a sign, others are taken as unsigned.
+qelString digitsOf(int value, int radix)
 {
-    return radix >= 2 && radix <= 36;
+    if (radix < 2 || radix > 36)
+    {
+        return qelString();
+    }
+    const bool isNegative = value < 0 && radix == 10;
+    auto rest = static_cast<unsigned>(value);
+    rest = isNegative ? 0 - rest : rest;
+    const auto base = static_cast<unsigned>(radix);
+    wchar_t text[kIntegerCapacity];
+    wchar_t* const end = text + kIntegerCapacity;
+    wchar_t* first = end;
+    do
+    {
+        *--first = L"0123456789abcdefghijklmnopqrstuvwxyz"[rest % base];
+        rest /= base;
+    } while (rest != 0);
+    if (isNegative)
+    {
+        *--first = L'-';
+    }
+    return qelStringAccess::stringOf(first, static_cast<size_t>(end - first));
 }
 
 /// Length of a formatted result in a scratch buffer, from the runtime's return value. A result that does not fit counts
@@ -54,14 +75,12 @@ double qelString::toDouble() const
 
 qelString qelString::integerToString(int value, int radix)
 {
-    wchar_t digits[kIntegerCapacity];
-    return isRadix(radix) && _itow_s(value, digits, kIntegerCapacity, radix) == 0 ? qelString(digits) : qelString();
+    return digitsOf(value, radix);
 }
 
 qelString qelString::longToString(long value, int radix)
 {
-    wchar_t digits[kIntegerCapacity];
-    return isRadix(radix) && _ltow_s(value, digits, kIntegerCapacity, radix) == 0 ? qelString(digits) : qelString();
+    return digitsOf(value, radix);
 }
 
 qelString qelString::doubleToString(double value, int digits)

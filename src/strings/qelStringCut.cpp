@@ -9,8 +9,7 @@
 namespace
 {
 // Deliberately without the carriage return.
-const wchar_t defaultTrimSet[] = L"\t\n ";
-const size_t defaultTrimSetLength = 3;
+const qelUnits::FewUnits defaultTrimSet = {3, L"\t\n "};
 
 /// Units that a range covers; 0 when it does not start inside the text.
 size_t countInside(const wchar_t* text, int start, int count)
@@ -37,34 +36,27 @@ void keep(qelString& text, const wchar_t* part, size_t length)
     }
 }
 
-void trimLeft(qelString& text, const UnitSet& set)
+template <class Set> void trimLeft(qelString& text, const Set& set)
 {
-    const wchar_t* first = text.getStringW();
+    const wchar_t* first = qelStringAccess::textOf(text);
     const wchar_t* end = first + qelText::measureOwn(first);
     if (first == end)
     {
         return;
     }
-    while (first < end && set.contains(*first))
-    {
-        ++first;
-    }
+    first = qelUnits::skipMembers(first, end, set);
     keep(text, first, static_cast<size_t>(end - first));
 }
 
-void trimRight(qelString& text, const UnitSet& set)
+template <class Set> void trimRight(qelString& text, const Set& set)
 {
-    const wchar_t* units = text.getStringW();
-    size_t kept = qelText::measureOwn(units);
-    if (kept == 0)
+    const wchar_t* first = qelStringAccess::textOf(text);
+    const wchar_t* end = first + qelText::measureOwn(first);
+    if (first == end)
     {
         return;
     }
-    while (kept > 0 && set.contains(units[kept - 1]))
-    {
-        --kept;
-    }
-    keep(text, units, kept);
+    keep(text, first, static_cast<size_t>(qelUnits::skipMembersBack(first, end, set) - first));
 }
 } // namespace
 
@@ -118,12 +110,12 @@ qelString qelString::copy(const qelString& source, int start)
 
 void qelString::TrimLeft()
 {
-    trimLeft(*this, UnitSet(defaultTrimSet, defaultTrimSetLength));
+    trimLeft(*this, defaultTrimSet);
 }
 
 void qelString::TrimRight()
 {
-    trimRight(*this, UnitSet(defaultTrimSet, defaultTrimSetLength));
+    trimRight(*this, defaultTrimSet);
 }
 
 void qelString::TrimLeft(const qelString& set)

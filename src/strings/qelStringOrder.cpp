@@ -97,25 +97,11 @@ private:
     const wchar_t* m_significant; // after the leading zeros
     const wchar_t* m_end;         // after the digits
 };
-
-// NOLINTBEGIN(readability-implicit-bool-conversion): the sign of the difference
-template <class T> int order(T a, T b)
-{
-    return (a > b) - (a < b);
-}
-// NOLINTEND(readability-implicit-bool-conversion)
 } // namespace
 
 int qelString::compare(const qelString& a, const qelString& b)
 {
-    const wchar_t* left = a.m_rep->m_data;
-    const wchar_t* right = b.m_rep->m_data;
-    if (left == right)
-    {
-        return 0;
-    }
-    const size_t at = qelUnits::firstDifference(left, right);
-    return order(left[at], right[at]);
+    return qelText::compareOwn(a.m_rep->m_data, b.m_rep->m_data);
 }
 
 int qelString::compare(const qelString& a, const qelString& b, int n)
@@ -186,7 +172,7 @@ int qelString::compareWithNumbers(const qelString& a, const qelString& b)
         {
             if (left[at] != right[at])
             {
-                return order(left[at], right[at]);
+                return qelText::order(left[at], right[at]);
             }
             continue;
         }
@@ -198,7 +184,7 @@ int qelString::compareWithNumbers(const qelString& a, const qelString& b)
         const int rightValue = rightNumber.valueAt(right + at);
         if (leftValue != rightValue)
         {
-            return order(leftValue, rightValue);
+            return qelText::order(leftValue, rightValue);
         }
         if (leftNumber.isLastAt(left + at) && rightNumber.isLastAt(right + at))
         {

@@ -32,7 +32,7 @@ int countText(const wchar_t* text, const wchar_t* end, const wchar_t* what, size
 
 wchar_t* append(wchar_t* target, const wchar_t* text, size_t length)
 {
-    memcpy(target, text, length * sizeof(wchar_t));
+    qelUnits::copy(target, text, length);
     return target + length;
 }
 } // namespace

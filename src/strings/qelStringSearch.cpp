@@ -21,12 +21,8 @@ int qelString::find(const qelString& what, int start) const
 int qelString::find_last_of(wchar_t c) const
 {
     const wchar_t* text = m_rep->m_data;
-    int i = length() - 1;
-    while (i >= 0 && text[i] != c)
-    {
-        --i;
-    }
-    return i;
+    const wchar_t* hit = qelUnits::findLast(text, text + qelText::measureOwn(text), c);
+    return hit == nullptr ? -1 : static_cast<int>(hit - text);
 }
 
 int qelString::find_last_of(unsigned short c) const

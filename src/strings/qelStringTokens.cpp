@@ -11,10 +11,14 @@ namespace
 class Scanner
 {
 public:
-    Scanner(const wchar_t* text, const UnitSet& separators, const UnitSet& quotes)
+    /// `breaks` are separators and quotes.
+    Scanner(const wchar_t* text, const wchar_t* end, const UnitSet& separators, const UnitSet& quotes,
+            const UnitSet& breaks)
         : m_next(text)
+        , m_end(end)
         , m_separators(&separators)
         , m_quotes(&quotes)
+        , m_breaks(&breaks)
     {
     }
 
@@ -22,25 +26,14 @@ public:
     bool find()
     {
         // A unit that is both separator and quote counts as a quote.
-        while (*m_next != 0 && m_separators->contains(*m_next) && !m_quotes->contains(*m_next))
+        while (m_next != m_end && m_separators->contains(*m_next) && !m_quotes->contains(*m_next))
         {
             ++m_next;
         }
         m_token = m_next;
-        while (*m_next != 0)
+        for (m_next = qelUnits::findMember(m_next, m_end, *m_breaks); m_next != m_end && m_quotes->contains(*m_next);)
         {
-            if (m_quotes->contains(*m_next))
-            {
-                m_next = behindQuoted(m_next);
-            }
-            else if (!m_separators->contains(*m_next))
-            {
-                ++m_next;
-            }
-            else
-            {
-                break;
-            }
+            m_next = qelUnits::findMember(behindQuoted(m_next), m_end, *m_breaks);
         }
         return m_next != m_token;
     }
@@ -68,9 +61,11 @@ private:
     }
 
     const wchar_t* m_next;
+    const wchar_t* m_end;
     const wchar_t* m_token = nullptr;
     const UnitSet* m_separators;
     const UnitSet* m_quotes;
+    const UnitSet* m_breaks;
 };
 } // namespace
 
@@ -84,11 +79,17 @@ void qelString::getTokens(qelString& text, qelArray<qelString>& tokens, const qe
     // Copies, because any of these may be an element of the array.
     const qelString source(text);
     const qelString between(separators);
-    const UnitSet separatorSet(between.m_rep->m_data, static_cast<size_t>(between.length()));
-    const UnitSet quoteSet(quotes.m_rep->m_data, static_cast<size_t>(quotes.length()));
+    const wchar_t* begin = source.m_rep->m_data;
+    const wchar_t* end = begin + qelText::measureOwn(begin);
+    const auto separatorCount = static_cast<size_t>(between.length());
+    const auto quoteCount = static_cast<size_t>(quotes.length());
+    const UnitSet separatorSet(between.m_rep->m_data, separatorCount);
+    const UnitSet quoteSet(quotes.m_rep->m_data, quoteCount);
+    const UnitSet breaks(between.m_rep->m_data, separatorCount, quotes.m_rep->m_data, quoteCount);
+    const Scanner start(begin, end, separatorSet, quoteSet, breaks);
 
     long count = 0;
-    for (Scanner scanner(source.m_rep->m_data, separatorSet, quoteSet); scanner.find();)
+    for (Scanner scanner(start); scanner.find();)
     {
         ++count;
     }
@@ -96,7 +97,7 @@ void qelString::getTokens(qelString& text, qelArray<qelString>& tokens, const qe
     tokens.setLogicalLength(0);
     tokens.setLogicalLength(count);
     tokens.setLogicalLength(0);
-    Scanner scanner(source.m_rep->m_data, separatorSet, quoteSet);
+    Scanner scanner(start);
     for (long i = 0; i < count && scanner.find(); ++i)
     {
         qelStringAccess::assign(tokens[i], scanner.token(), scanner.length());

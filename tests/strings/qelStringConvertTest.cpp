@@ -67,6 +67,20 @@ TEST(qelStringNumbers, AreWrittenInTheRadix)
     EXPECT_EQ(plain(qelString::longToString(LONG_MIN, 2)), L"1" + std::wstring(31, L'0'));
 }
 
+TEST(qelStringNumbers, AgreeWithTheRuntimeInEveryRadix)
+{
+    for (int radix = 2; radix <= 36; ++radix)
+    {
+        for (const int value : {0, 1, -1, 9, 10, 35, 36, 12345678, -12345678, INT_MAX, INT_MIN, INT_MIN + 1})
+        {
+            wchar_t digits[40];
+            ASSERT_EQ(_itow_s(value, digits, 40, radix), 0);
+            EXPECT_EQ(plain(qelString::integerToString(value, radix)), digits) << value << " in base " << radix;
+            EXPECT_EQ(plain(qelString::longToString(value, radix)), digits) << value << " in base " << radix;
+        }
+    }
+}
+
 TEST(qelStringNumbers, AreEmptyForAnImpossibleRadix)
 {
     for (const int radix : {INT_MIN, -10, 0, 1, 37, INT_MAX})
