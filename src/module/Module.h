@@ -8,6 +8,11 @@ namespace qelModule
 {
 /// Handle of this DLL, which holds its resources.
 HINSTANCE handle();
+
+#if defined(__GNUC__) && !defined(__clang__)
+/// Frees the memory that the compiler's runtime has set aside for exceptions. None may be thrown afterwards.
+void freeExceptionReserve();
+#endif
 } // namespace qelModule
 
 #endif

@@ -11,12 +11,18 @@ HINSTANCE qelModule::handle()
     return moduleHandle;
 }
 
-// Runs under the loader lock: it only keeps the handle.
-extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID)
+// Runs under the loader lock: it keeps the handle, and frees what the compiler's runtime would leave behind.
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, [[maybe_unused]] LPVOID processEnds)
 {
     if (reason == DLL_PROCESS_ATTACH)
     {
         moduleHandle = module;
     }
+#if defined(__GNUC__) && !defined(__clang__)
+    if (reason == DLL_PROCESS_DETACH && processEnds == nullptr)
+    {
+        qelModule::freeExceptionReserve();
+    }
+#endif
     return TRUE;
 }
