@@ -77,9 +77,22 @@ extern "C" int __wrap_pthread_once(pthread_once_t* once, void (*function)())
     return 0;
 }
 
+extern "C" int __cxa_guard_acquire(long long* guard);
+extern "C" void __cxa_guard_abort(long long* guard);
+
 namespace __gnu_cxx
 {
 void __freeres();
+}
+
+void qelModule::makeExceptionReserve()
+{
+    // The lock for objects in functions is made when the first of them is.
+    long long guard = 0;
+    if (__cxa_guard_acquire(&guard) != 0)
+    {
+        __cxa_guard_abort(&guard);
+    }
 }
 
 void qelModule::freeExceptionReserve()

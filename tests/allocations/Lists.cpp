@@ -1,5 +1,9 @@
 #include "allocations/Operations.h"
 
+#include "support/StringInternals.h"
+
+#include <windows.h>
+
 #include <optional>
 
 using namespace qelTest;
@@ -23,6 +27,21 @@ void fill(List& list)
     list.append(L"L 40");
 }
 
+/// The private construction from characters, by its exported name.
+void construct(void* where, const qelArray<wchar_t>& characters, int first, int last)
+{
+#if defined(_MSC_VER)
+    const char* const kName = "??0qelString@@AEAA@AEBV?$qelArray@_WV?$qelArrayObjectCopyReallocator@_W@@"
+                              "V?$qelArrayMemoryController@_W@@@@HH@Z";
+#else
+    const char* const kName = "_ZN9qelStringC1ERK8qelArrayIw29qelArrayObjectCopyReallocatorIwE"
+                              "24qelArrayMemoryControllerIwEEii";
+#endif
+    using Constructor = void (*)(void*, const qelArray<wchar_t>&, int, int);
+    const FARPROC found = GetProcAddress(GetModuleHandleW(L"VarnelQELRoots.dll"), kName);
+    reinterpret_cast<Constructor>(reinterpret_cast<void*>(found))(where, characters, first, last);
+}
+
 template <class Change> void changesList(Operations& table, const char* name, Change change)
 {
     throwing(table, {name}, [=](Trial& trial) {
@@ -43,15 +62,27 @@ void qelTest::addLists(Operations& table)
                        [&] { return number(block != nullptr ? 1 : 0); });
                  qelMemoryControllerController::deallocateArray(block);
              });
-    throwing(table,
-             {"qelString::qelString(qelArray<wchar_t> const&, int, int)",
-              "qelString::StringToArr(qelArray<wchar_t>&) const"},
-             [](Trial& trial) {
-                 // Both are private; this calls them.
-                 qelString text(L"abc");
-                 const qelString set(L"c");
-                 trial([&] { text.TrimRight(set); }, [&] { return wide(text); });
-             });
+    throwing(table, {"qelString::StringToArr(qelArray<wchar_t>&) const"}, [](Trial& trial) {
+        const qelString text(L"HEA 200");
+        qelArray<wchar_t> characters;
+        trial([&] { (text.*member(StringToCharacters()))(characters); }, [&] { return number(characters.length()); });
+    });
+    throwing(table, {"qelString::qelString(qelArray<wchar_t> const&, int, int)"}, [](Trial& trial) {
+        qelArray<wchar_t> characters;
+        characters.append(L'H');
+        alignas(qelString) unsigned char storage[sizeof(qelString)] = {};
+        bool made = false;
+        trial(
+            [&] {
+                construct(storage, characters, 0, 0);
+                made = true;
+            },
+            [&] { return number(made ? 1 : 0); });
+        if (made)
+        {
+            reinterpret_cast<qelString*>(storage)->~qelString();
+        }
+    });
     throwing(table, {"qelStringClassArray::qelStringClassArray(long, long)"}, [](Trial& trial) {
         std::optional<List> made;
         trial([&] { made.emplace(4, 2); }, [&] { return made ? listed(*made) : L"none"; });

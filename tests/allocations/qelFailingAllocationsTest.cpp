@@ -203,7 +203,9 @@ enum Cold : DWORD
 {
     eRight = 0x51,
     eWrong,
-    eNotReached
+    eNotReached,
+    eNotStarted,
+    eTooSlow
 };
 
 struct ColdResult
@@ -226,7 +228,7 @@ int runCold(size_t index, int number, Failing failing)
     const std::string fault = run.fault(reference);
     if (!fault.empty())
     {
-        printf("%s, allocation %d %s, cold: %s\n", operation.name().c_str(), number, named(failing), fault.c_str());
+        printf("[ COLD     ] %s, allocation %d %s: %s\n", operation.name().c_str(), number, named(failing), fault.c_str());
         return eWrong;
     }
     return static_cast<int>(eRight | static_cast<DWORD>(kept) << 8);
@@ -258,10 +260,14 @@ public:
 
     ColdResult result()
     {
-        if (!m_started || WaitForSingleObject(m_process.hProcess, 60000) != WAIT_OBJECT_0)
+        if (!m_started)
         {
-            TerminateProcess(m_process.hProcess, eWrong);
-            return {eWrong, 0};
+            return {eNotStarted, 0};
+        }
+        if (WaitForSingleObject(m_process.hProcess, 60000) != WAIT_OBJECT_0)
+        {
+            TerminateProcess(m_process.hProcess, eTooSlow);
+            return {eTooSlow, 0};
         }
         DWORD code = 0;
         GetExitCodeProcess(m_process.hProcess, &code);
@@ -273,7 +279,7 @@ private:
     bool m_started = false;
 };
 
-void failCold(size_t index, Failing failing)
+void failCold(size_t index, Failing failing, bool all)
 {
     const std::string& name = table()[index].name();
     const ColdResult reference = ColdProcess(index, -1, failing).result();
@@ -288,7 +294,7 @@ void failCold(size_t index, Failing failing)
         ++injections;
         EXPECT_EQ(result.outcome, eRight) << name << ", allocation " << number << ' ' << named(failing);
         EXPECT_EQ(result.kept, reference.kept) << name << ", allocation " << number << ' ' << named(failing);
-        if (!whole)
+        if (!all)
         {
             return;
         }
@@ -303,14 +309,16 @@ TEST(qelFailingAllocationsCold, LeaveTheStateBefore)
         {
             continue;
         }
-        if (whole)
+        // Regular expressions use more of the C++ library at first than anything else.
+        const bool isMatch = table()[index].name().find("::match(") != std::string::npos;
+        if (whole || isMatch)
         {
-            failCold(index, Failing::once);
+            failCold(index, Failing::once, true);
         }
         // The sample: every twelfth.
         if (whole || index % 12 == 0)
         {
-            failCold(index, Failing::forGood);
+            failCold(index, Failing::forGood, whole);
         }
     }
 }
