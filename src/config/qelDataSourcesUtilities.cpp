@@ -126,7 +126,6 @@ int qelDataSourcesUtilities::readConnectionStrings()
 
 int qelDataSourcesUtilities::getConnectionString(qelString name, qelString& connectionString, qelString platform)
 {
-    connectionString.empty();
     // Drivers first: the catalogue gets their names.
     (void)Drivers::installed();
     if (m_DataSources.isEmpty() == 1)
@@ -140,23 +139,18 @@ int qelDataSourcesUtilities::getConnectionString(qelString name, qelString& conn
         OutputDebugStringW(L"\n Connection string not found for datasource '");
         OutputDebugStringW(name.getStringW());
         OutputDebugStringW(L"'\n");
+        connectionString.empty();
         return 0;
     }
 
-    connectionString = m_DataSources[index].m_ConnectionString;
-    if (connectionString.isEmpty() == 1)
-    {
-        return 0;
-    }
-    if (namesBuiltIn(connectionString))
-    {
-        return 1;
-    }
+    const qelString found = m_DataSources[index].m_ConnectionString;
     qelString head;
     qelString databaseFile;
-    if (splitConnectionString(connectionString, head, databaseFile) == 0)
+    const bool builtIn = namesBuiltIn(found);
+    if (builtIn || splitConnectionString(found, head, databaseFile) == 0)
     {
-        return 0;
+        connectionString = found;
+        return builtIn ? 1 : 0;
     }
     // Deliberately for any path: an absolute one gets the data folder in front too, and the current project's then has
     // it twice.
@@ -166,16 +160,19 @@ int qelDataSourcesUtilities::getConnectionString(qelString name, qelString& conn
 
 int qelDataSourcesUtilities::splitConnectionString(qelString connectionString, qelString& head, qelString& databaseFile)
 {
-    head.empty();
-    databaseFile.empty();
     const wchar_t* key = qelLiterals::find(connectionString, kDatabaseKey);
     if (key == nullptr)
     {
+        head.empty();
+        databaseFile.empty();
         return 0;
     }
     const int file = static_cast<int>(key - connectionString.getStringW()) + kDatabaseKeyLength;
-    head = connectionString.left(file);
-    databaseFile = connectionString.mid(file);
+    // Both or none.
+    const qelString front = connectionString.left(file);
+    const qelString back = connectionString.mid(file);
+    head = front;
+    databaseFile = back;
     return 1;
 }
 

@@ -26,9 +26,11 @@ int qelRegistry::getRegValue(const qelString& key, const qelString& valueName, q
                              bool view32)
 {
     const RegistryKey opened(HKEY_LOCAL_MACHINE, key.getStringW(), create, viewOf(view32));
-    const bool read = opened.query(valueName.getStringW(), value);
+    qelString path(value);
+    const bool read = opened.query(valueName.getStringW(), path);
     // Deliberately also after a failure: then the caller's default loses its backslash.
-    dropTrailingBackslash(value);
+    dropTrailingBackslash(path);
+    value = path;
     return read ? 1 : 0;
 }
 

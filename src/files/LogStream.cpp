@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <io.h>
+#include <share.h>
 
 namespace
 {
@@ -62,9 +63,8 @@ LogStream::~LogStream()
 
 void LogStream::reset(const qelString& fileName)
 {
-    FILE* file = nullptr;
-    qelfopen(&file, fileName, L"w");
-    qelfclose(file);
+    // Allocates nothing: the first call of the process must not be lost to a failure here.
+    qelfclose(_wfsopen(fileName.getStringW(), L"w", _SH_DENYNO));
 }
 
 qelString LogStream::orCommonLog(const qelString& fileName)

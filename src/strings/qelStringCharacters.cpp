@@ -62,6 +62,12 @@ qelString& qelString::toLower()
 // In place: every string that shares the buffer is reversed too. Deliberate.
 qelString qelString::strRev()
 {
+    // Both get the same text. The copy first, which may throw.
+    qelStringRepr* const reversed = qelStringAccess::represent(m_rep->m_data, qelText::measureOwn(m_rep->m_data));
     (void)_wcsrev(m_rep->m_data);
-    return qelStringAccess::stringOf(m_rep->m_data, qelText::measureOwn(m_rep->m_data));
+    if (reversed != m_repEmpty)
+    {
+        (void)_wcsrev(reversed->m_data);
+    }
+    return qelStringAccess::stringOf(reversed);
 }

@@ -2,6 +2,7 @@
 
 #include "qelLogfile.h"
 
+#include "support/FailingAllocation.h"
 #include "support/FreshProcess.h"
 #include "support/LogText.h"
 #include "support/TestFile.h"
@@ -192,6 +193,15 @@ TEST(qelLogfile, WritesToTheCurrentFolderWithoutAName)
     EXPECT_EQ(times.withoutTimes(log.get()), "[now] a");
 }
 
+TEST(qelLogToFileWithoutMemory, BeginsEachProcessWithAnEmptyFile)
+{
+    const FixedFile file(L"log without memory.txt");
+    file.set("from before");
+    const qelString name(L"log without memory.txt");
+    const qelString message(L"message");
+    qelTest::failEveryAllocation([&] { qelLogfile::logToFile(name, message); }, [] {});
+    EXPECT_EQ(file.get().find("from before"), std::string::npos);
+}
 } // namespace
 
 int main(int argc, char** argv)

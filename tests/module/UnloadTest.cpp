@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include <new>
+
 namespace
 {
 TEST(qelUnload, EverythingComesAndGoesWithTheModule)
@@ -45,5 +47,83 @@ TEST(qelUnload, GivesTheMemoryBack)
     // The two scratch buffers alone are one and a half megabytes a time.
     EXPECT_LT(committedMemory(), before + 1024 * 1024);
     FreeLibrary(commonControls);
+}
+
+size_t blocksInUse(HANDLE heap)
+{
+    size_t bytes = 0;
+    PROCESS_HEAP_ENTRY entry = {};
+    HeapLock(heap);
+    while (HeapWalk(heap, &entry))
+    {
+        bytes += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? entry.cbData : 0;
+    }
+    HeapUnlock(heap);
+    return bytes;
+}
+
+size_t heapInUse()
+{
+    HANDLE heaps[64];
+    const DWORD count = GetProcessHeaps(64, heaps);
+    size_t bytes = 0;
+    for (DWORD i = 0; i < count && i < 64; ++i)
+    {
+        bytes += blocksInUse(heaps[i]);
+    }
+    return bytes;
+}
+
+// Bytes that a round with the library keeps in the heap.
+double keptByARound(void (*round)())
+{
+    // It stays, as above.
+    const HMODULE commonControls = LoadLibraryW(L"comctl32.dll");
+    // What the system sets up once.
+    round();
+    round();
+    const int kRounds = 20;
+    const size_t before = heapInUse();
+    for (int i = 0; i < kRounds; ++i)
+    {
+        round();
+    }
+    const double kept = static_cast<double>(heapInUse() - before) / kRounds;
+    FreeLibrary(commonControls);
+    return kept;
+}
+
+// The list with the progress dialog in it, eight pointers, and a lock of GCC's runtime. With the heap's own bytes.
+const double kOfAList = 120;
+
+void loadAndRelease()
+{
+    FreeLibrary(LoadLibraryW(L"VarnelQELRoots.dll"));
+}
+
+TEST(qelUnload, LeavesOneListInTheHeap)
+{
+    EXPECT_LT(keptByARound(&loadAndRelease), kOfAList);
+}
+
+void loadThrowAndRelease()
+{
+#if defined(_MSC_VER)
+    const char* const kAllocateArray = "?allocateArray@qelMemoryControllerController@@SAPEAEAEBJAEB_K@Z";
+#else
+    const char* const kAllocateArray = "_ZN29qelMemoryControllerController13allocateArrayERKlRKy";
+#endif
+    const HMODULE module = LoadLibraryW(L"VarnelQELRoots.dll");
+    using AllocateArray = unsigned char*(const long&, const unsigned long long&);
+    const auto allocateArray =
+        reinterpret_cast<AllocateArray*>(reinterpret_cast<void*>(GetProcAddress(module, kAllocateArray)));
+    const long impossible = -1;
+    EXPECT_THROW(allocateArray(impossible, 1), std::bad_alloc);
+    FreeLibrary(module);
+}
+
+TEST(qelUnload, LeavesNoMoreAfterAnException)
+{
+    EXPECT_LT(keptByARound(&loadThrowAndRelease), kOfAList);
 }
 } // namespace
