@@ -1,3 +1,4 @@
+#include "support/AnsiCodePage.h"
 #include "strings/TextSupport.h"
 
 #include <gtest/gtest.h>
@@ -142,8 +143,8 @@ TEST(qelStringFormat, TakesTextOfTheFormatsKindAndTheOtherKindInCapitals)
 TEST(qelStringFormat, ConvertsNarrowResultsFromTheAnsiCodePage)
 {
     qelString text;
-    text.format("%s", "\x80\xe4");
-    EXPECT_EQ(plain(text), L"\u20ac\u00e4");
+    text.format("%s", ansiBytes().c_str());
+    EXPECT_EQ(plain(text), ansiText());
 }
 
 qelString& forwardNarrow(qelString& text, const char* fmt, ...)
@@ -302,8 +303,8 @@ TEST(qelStringTime, IsConvertedFromTheAnsiCodePage)
 {
     const tm when = aDay();
     qelString text;
-    text.formatTime(100, "\xfc%H", &when);
-    EXPECT_EQ(plain(text), L"\u00fc05");
+    text.formatTime(100, (ansiBytes() + "%H").c_str(), &when);
+    EXPECT_EQ(plain(text), ansiText() + L"05");
 }
 
 TEST(qelStringTime, IsEmptyForNothingToFormat)
