@@ -217,7 +217,8 @@ start_wine()
         rm -rf "$WINEPREFIX"
         mkdir -p "$WINEPREFIX"
         start_server
-        [[ "$(run_step wine reg query 'HKLM\System\CurrentControlSet\Control\Nls\CodePage' /v ACP)" == *" $QEL_CODE_PAGE"* ]] ||
+        [[ "$(run_step wine reg query 'HKLM\System\CurrentControlSet\Control\Nls\CodePage' /v ACP)" == \
+            *" $QEL_CODE_PAGE"* ]] ||
             fail "$QEL_CODE_PAGE is not the ANSI code page of the prefix; see $qel_build/wine.log"
         # Nobody manages windows on this display, and Wine would wait two seconds for whoever does at every one it
         # closes.

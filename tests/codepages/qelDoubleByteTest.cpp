@@ -160,7 +160,8 @@ TEST_F(DoubleByte, HalfACharacterStandsForWhatTheSystemMakesOfIt)
 // Deliberate: the positions are those of bytes, as many as the text has units.
 TEST_F(DoubleByte, FindLastOfSearchesAsManyBytesAsThereAreUnits)
 {
-    const qelString text(L"\x30BD" L"A");
+    const qelString text(L"\x30BD"
+                         L"A");
     EXPECT_EQ(text.find_last_of('A'), -1);
     EXPECT_EQ(text.find_last_of('\\'), 1);
     EXPECT_EQ(text.find_last_of('\x83'), 0);
@@ -207,7 +208,8 @@ TEST_F(DoubleByte, NarrowFormatsTakeAndGiveCharactersOfTwoBytes)
 {
     qelString text;
     text.format("\x83\x5C%s%d\x95\x5C", "\x83\x7C", 5);
-    EXPECT_EQ(wide(text), L"\x30BD\x30DD" L"5\x8868");
+    EXPECT_EQ(wide(text), L"\x30BD\x30DD"
+                          L"5\x8868");
 }
 
 TEST_F(DoubleByte, NarrowFormatsAreLimitedInBytes)
@@ -223,7 +225,8 @@ TEST_F(DoubleByte, TimesAreLimitedInBytes)
     when.tm_hour = 5;
     qelString text(L"old");
     text.formatTime(5, "\x83\x5C%H", &when);
-    EXPECT_EQ(wide(text), L"\x30BD" L"05");
+    EXPECT_EQ(wide(text), L"\x30BD"
+                          L"05");
     text.formatTime(4, "\x83\x5C%H", &when);
     EXPECT_EQ(wide(text), L"");
 }
@@ -244,7 +247,8 @@ TEST_F(DoubleByte, MifTextWithoutEscapesIsAnsi)
 TEST_F(DoubleByte, ASecondByteCanBeginAMifEscape)
 {
     // 0x83, then the bytes 0x83 and 0x41 of the escape.
-    EXPECT_EQ(decoded("\x83\x5CM+18341"), L"\x30E3" L"A");
+    EXPECT_EQ(decoded("\x83\x5CM+18341"), L"\x30E3"
+                                          L"A");
     // An escape that is cut short leaves half a character.
     EXPECT_EQ(decoded("a\x83\x5CM+0A"), std::wstring(fromAnsi("a\x83").c_str()));
 }

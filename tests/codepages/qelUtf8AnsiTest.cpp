@@ -99,7 +99,8 @@ TEST_F(Utf8Ansi, NoByteBeyondAsciiIsACharacter)
 // Deliberate: the positions are those of bytes, as many as the text has units.
 TEST_F(Utf8Ansi, FindLastOfSearchesAsManyBytesAsThereAreUnits)
 {
-    const qelString text(L"\x20AC" L"Ab");
+    const qelString text(L"\x20AC"
+                         L"Ab");
     EXPECT_EQ(text.find_last_of('A'), -1);
     EXPECT_EQ(text.find_last_of('\xE2'), 0);
     EXPECT_EQ(text.find_last_of('\xAC'), 2);
@@ -138,8 +139,8 @@ TEST_F(Utf8Ansi, NarrowWritesKeepEveryCharacter)
     {
         const TestFile onDisk;
         qelFileAccess(onDisk.path(), L"w", key).puts(L"\x0B85\xD83D\xDE00");
-        EXPECT_EQ(onDisk.get(), std::string(key == qelFileAccess::UTF8 ? "\xEF\xBB\xBF" : "") +
-                                    "\xE0\xAE\x85\xF0\x9F\x98\x80");
+        EXPECT_EQ(onDisk.get(),
+                  std::string(key == qelFileAccess::UTF8 ? "\xEF\xBB\xBF" : "") + "\xE0\xAE\x85\xF0\x9F\x98\x80");
     }
 }
 } // namespace

@@ -646,8 +646,8 @@ TEST_F(qelRegistryPathBinary, ThrowsWhenMemoryIsShortAndIsThereAgainAfterwards)
 {
     machine.setText(L"BinPath", L"C:\\Orvalis\\Bin\\");
     qelString path;
-    const int failures =
-        qelTest::failEveryAllocation([&] { path = qelRegistry::getPathBinary(); }, [&] { EXPECT_EQ(path.isEmpty(), 1); });
+    const int failures = qelTest::failEveryAllocation([&] { path = qelRegistry::getPathBinary(); },
+                                                      [&] { EXPECT_EQ(path.isEmpty(), 1); });
     EXPECT_GT(failures, 0);
     EXPECT_STREQ(path.getStringW(), L"C:\\Orvalis\\Bin");
 }

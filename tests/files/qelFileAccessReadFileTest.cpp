@@ -266,6 +266,7 @@ TEST(qelFileAccessReadFileWithKey, ReadsShortAndMalformedFiles)
         // Marks without text and halves of marks.
         {bytes("\xFF"), ansi("\xFF")},
         {bytes("\xFF\xFE"), {0, L""}},
+        {bytes("\xFE" "A"), ansi("\xFE" "A")},
         {bytes("\xEF"), ansi("\xEF")},
         {bytes("\xEF\xBB"), ansi("\xEF\xBB")},
         {bytes("\xEF\xBB\xBF"), {0, L""}},

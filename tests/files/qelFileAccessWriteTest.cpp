@@ -113,9 +113,39 @@ TEST(qelFileAccessWrite, WritesWhatTheRuntimeCannotMeasureBeforehand)
     const qelTest::ImportHook hook("_vscwprintf", &countRefused);
     for (const qelFileAccess::encodeType key : kKeys)
     {
-        const std::string expected = key == qelFileAccess::UTF8 ? "\xEF\xBB\xBF" "42|ab" : utf16(L"\xFEFF" L"42|ab");
-        EXPECT_EQ(written(key, [](const qelFileAccess& file) { EXPECT_EQ(file.write(L"%d|%s", 42, L"ab"), 5); }), expected);
+        const std::string expected = key == qelFileAccess::UTF8 ? "\xEF\xBB\xBF"
+                                                                  "42|ab"
+                                                                : utf16(L"\xFEFF"
+                                                                        L"42|ab");
+        EXPECT_EQ(written(key, [](const qelFileAccess& file) { EXPECT_EQ(file.write(L"%d|%s", 42, L"ab"), 5); }),
+                  expected);
     }
+}
+
+int printRefused(wchar_t*, size_t, const wchar_t*, va_list)
+{
+    return -1;
+}
+
+TEST(qelFileAccessWrite, WritesNothingWhereTheRuntimeRefusesToFormat)
+{
+    const qelTest::ImportHook hook("vswprintf_s", &printRefused);
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        EXPECT_EQ(written(key, [](const qelFileAccess& file) { EXPECT_LT(file.write(L"%d", 42), 0); }),
+                  written(key, [](const qelFileAccess&) {}));
+    }
+}
+
+TEST(qelFileAccessWrite, WritesZerosLikeOtherUnits)
+{
+    EXPECT_EQ(written(qelFileAccess::UTF16LE, [](const qelFileAccess& file) { EXPECT_EQ(file.write(L"a%cb", 0), 3); }),
+              utf16(std::wstring(L"\xFEFF"
+                                 L"a\0b",
+                                 4)));
+    EXPECT_EQ(written(qelFileAccess::UTF8, [](const qelFileAccess& file) { EXPECT_EQ(file.write(L"a%cb", 0), 3); }),
+              bytes("\xEF\xBB\xBF"
+                    "a\0b"));
 }
 
 TEST(qelFileAccessWrite, TakesWideStringsEvenWithAnEightBitFormat)
@@ -126,7 +156,8 @@ TEST(qelFileAccessWrite, TakesWideStringsEvenWithAnEightBitFormat)
 
 TEST(qelFileAccessWrite, ConvertsAnEightBitFormatFromTheAnsiCodePage)
 {
-    EXPECT_EQ(written(qelFileAccess::UTF16LE, [](const qelFileAccess& file) { EXPECT_EQ(file.write(ansiBytes().c_str()), 2); }),
+    EXPECT_EQ(written(qelFileAccess::UTF16LE,
+                      [](const qelFileAccess& file) { EXPECT_EQ(file.write(ansiBytes().c_str()), 2); }),
               utf16(L"\xFEFF" + ansiText()));
 }
 

@@ -1,10 +1,12 @@
-#include "support/AnsiCodePage.h"
 #include "strings/TextSupport.h"
+#include "support/AnsiCodePage.h"
+#include "support/ImportHook.h"
 
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
+#include <cerrno>
 #include <climits>
 #include <cstdarg>
 #include <ctime>
@@ -18,6 +20,21 @@ namespace
 const unsigned short* shorts(const wchar_t* text)
 {
     return reinterpret_cast<const unsigned short*>(text);
+}
+
+template <class... Arguments> errno_t refuse(Arguments...)
+{
+    return EINVAL;
+}
+
+TEST(qelStringNumbers, AreEmptyWhereTheRuntimeRefuses)
+{
+    const qelTest::ImportHook integers("_itow_s", &refuse<int, wchar_t*, size_t, int>);
+    const qelTest::ImportHook longs("_ltow_s", &refuse<long, wchar_t*, size_t, int>);
+    const qelTest::ImportHook doubles("_gcvt_s", &refuse<char*, size_t, double, int>);
+    EXPECT_EQ(qelString::integerToString(1, 10).isEmpty(), 1);
+    EXPECT_EQ(qelString::longToString(1, 10).isEmpty(), 1);
+    EXPECT_EQ(qelString::doubleToString(1.0, 5).isEmpty(), 1);
 }
 
 TEST(qelStringNumbers, ParseTheLeadingNumber)

@@ -1,5 +1,5 @@
-#include "support/AnsiCodePage.h"
 #include "strings/TextSupport.h"
+#include "support/AnsiCodePage.h"
 
 #include <gtest/gtest.h>
 

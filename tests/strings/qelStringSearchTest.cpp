@@ -1,7 +1,10 @@
-#include "support/AnsiCodePage.h"
 #include "strings/TextSupport.h"
+#include "support/AnsiCodePage.h"
+#include "support/ImportHook.h"
 
 #include <gtest/gtest.h>
+
+#include <windows.h>
 
 using namespace qelTest;
 
@@ -161,6 +164,21 @@ TEST(qelStringFindLastOf, SearchesTheNarrowFormForAByte)
     EXPECT_EQ(text.find_last_of(byCodePage('\xe4', '\xb1', 'x')), 3);
     EXPECT_EQ(text.find_last_of('a'), 0);
     EXPECT_EQ(text.find_last_of('z'), -1);
+}
+
+int WINAPI convertToOneByte(UINT, DWORD, const wchar_t*, int, char* target, int, const char*, BOOL*)
+{
+    *target = 'x';
+    return 1;
+}
+
+TEST(qelStringFindLastOf, ReadsANarrowFormOfFewerBytesThanUnitsOnlyToItsEnd)
+{
+    const qelTest::ImportHook hook("WideCharToMultiByte", &convertToOneByte);
+    const qelString text(L"abcde");
+    EXPECT_EQ(text.find_last_of('x'), 0);
+    EXPECT_EQ(text.find_last_of('a'), -1);
+    EXPECT_EQ(text.find_last_of('\0'), 1);
 }
 
 TEST(qelStringFindLastOf, FindsTheReplacementOfWhatTheCodePageLacks)

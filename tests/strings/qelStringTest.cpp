@@ -366,6 +366,41 @@ TEST(qelStringNarrow, ConvertsToTheAnsiCodePage)
     }
 }
 
+BOOL WINAPI tellNoCodePage(UINT, CPINFO*)
+{
+    return FALSE;
+}
+
+BOOL WINAPI tellAnotherDefault(UINT codePage, CPINFO* info)
+{
+    const BOOL result = GetCPInfo(codePage, info);
+    info->DefaultChar[0] = '_';
+    return result;
+}
+
+BOOL WINAPI tellADefaultOfTwoBytes(UINT codePage, CPINFO* info)
+{
+    const BOOL result = GetCPInfo(codePage, info);
+    info->DefaultChar[1] = '?';
+    return result;
+}
+
+TEST(qelStringNarrow, PutsQuestionMarksWhateverTheSystemTellsOfTheCodePage)
+{
+    for (BOOL(WINAPI * tell)(UINT, CPINFO*) : {&tellNoCodePage, &tellAnotherDefault, &tellADefaultOfTwoBytes})
+    {
+        const qelTest::ImportHook hook("GetCPInfo", tell);
+        EXPECT_STREQ(qelString(L"a\x0B85z").getStringA(), byCodePage("a?z", "a?z", "a\xE0\xAE\x85z"));
+    }
+}
+
+TEST(qelStringConstruct, TakesOneByteForEachUnitWhereTheSystemTellsNothingOfTheCodePage)
+{
+    const std::string longest(524288, 'x');
+    const qelTest::ImportHook hook("GetCPInfo", &tellNoCodePage);
+    EXPECT_EQ(qelString((longest + "y").c_str()).length(), 524288);
+}
+
 int WINAPI convertNothing(UINT, DWORD, const char*, int, wchar_t*, int)
 {
     return 0;

@@ -10,8 +10,8 @@ usage()
     cat <<'END'
 usage: code-pages.sh [--preset PRESET] [-R REGEX] [CODEPAGE...]
 
-Runs all test programs under Wine with these ANSI code pages, each in a prefix of its own: 932, whose characters take one
-or two bytes, and 65001, UTF-8. By default both.
+Runs all test programs under Wine with these ANSI code pages, each in a prefix of its own: 932, whose characters take
+one or two bytes, and 65001, UTF-8. By default both.
 
   --preset PRESET  those of this build for Linux instead of linux-mingw-release
   -R REGEX         run only the test programs whose names match
@@ -39,7 +39,7 @@ end_everything_on_exit
 install_packages build linux-mingw run tests
 lock_build
 configure -D QEL_BUILD_TESTS=ON
-build all
+build testPrograms
 
 folder=$qel_build/code-pages
 mkdir -p "$folder"
