@@ -56,13 +56,13 @@ def choices_of(branches):
 
 
 def name_in_tree(path, folder):
-    """A path of the compiler, as written below the source tree; None for a file from elsewhere."""
-    path = os.path.normpath(os.path.join(folder, path))
-    for root in (SOURCE, folder):
-        if path.startswith(f"{root}/"):
-            path = path[len(str(root)) + 1 :]
-            break
-    return path if path.startswith(FOLDERS) else None
+    """A path of the compiler, which worked in that folder, as written below the source tree; None for other files."""
+    for start in (SOURCE, folder):
+        whole = pathlib.Path(os.path.normpath(start / path))
+        if whole.is_file() and whole.is_relative_to(SOURCE):
+            name = whole.relative_to(SOURCE).as_posix()
+            return name if name.startswith(FOLDERS) else None
+    return None
 
 
 def read(build, gcov):
@@ -77,7 +77,7 @@ def read(build, gcov):
         for text in result.stdout.splitlines():
             data = json.loads(text)
             for file in data["files"]:
-                name = name_in_tree(file["file"], SOURCE)
+                name = name_in_tree(file["file"], pathlib.Path(data["current_working_directory"]))
                 if name:
                     coverage.add(name, file)
     return coverage
@@ -125,6 +125,8 @@ def main():
     arguments = parser.parse_args()
 
     coverage = read(arguments.build.resolve(), arguments.gcov)
+    if not any(coverage.lines.values()):
+        sys.exit(f"nothing of {arguments.build} has run")
     text_of = Texts()
     known = read_list()
     left = known.copy()
