@@ -137,6 +137,21 @@ TEST(qelFileAccessWrite, WritesNothingWhereTheRuntimeRefusesToFormat)
     }
 }
 
+int putRefused(const wchar_t*, FILE*)
+{
+    return -1;
+}
+
+TEST(qelFileAccessPuts, FailsAtAnyNegativeResultOfTheRuntime)
+{
+    const qelTest::ImportHook hook("fputws", &putRefused);
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        const TestFile onDisk;
+        EXPECT_EQ(qelFileAccess(onDisk.path(), L"w", key).puts(L"abc"), EOF);
+    }
+}
+
 TEST(qelFileAccessWrite, WritesZerosLikeOtherUnits)
 {
     EXPECT_EQ(written(qelFileAccess::UTF16LE, [](const qelFileAccess& file) { EXPECT_EQ(file.write(L"a%cb", 0), 3); }),
