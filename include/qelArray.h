@@ -66,7 +66,8 @@ struct qelPlacement
 
 /// Returns `where`: the object is constructed there.
 /// @relates qelPlacement
-inline void* operator new(size_t, void* where, qelPlacement) noexcept
+// Not noexcept: compilers would test the result for null.
+inline void* operator new(size_t, void* where, qelPlacement)
 {
     return where;
 }

@@ -154,11 +154,32 @@ use_wine_environment()
     # Which the ODBC manager would otherwise make in the home folder that the system knows.
     export ODBCINI=$HOME/.odbc.ini
     export WINEPREFIX=$2 WINEARCH=win64
-    # The locale decides the ANSI code page, 1252, when the prefix is made.
-    export LC_ALL=C.UTF-8
+    use_code_page "$1/locale"
     export WINEDEBUG=${WINEDEBUG:--all}
     # No menu entries on the desktop, no offers to download add-ons, no debugger for a program that crashes.
     export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-winemenubuilder.exe,mscoree,mshtml,winedbg.exe=d}
+}
+
+# Lets Wine take the ANSI code page QEL_CODE_PAGE, 1252 where that is not set. It is that of the locale, of which Wine
+# reads hardly more than the name: under any name a locale that every system has serves, linked in the folder $1.
+use_code_page()
+{
+    local locale
+    unset LOCPATH LC_CTYPE LC_MESSAGES
+    export LC_ALL=C.UTF-8 QEL_CODE_PAGE=${QEL_CODE_PAGE:-1252}
+    case $QEL_CODE_PAGE in
+        1252) return ;;
+        932) locale=ja_JP.UTF-8 ;;
+        # Of a language that has no ANSI code page.
+        65001) locale=hi_IN.UTF-8 ;;
+        *) fail "no locale is known for the code page $QEL_CODE_PAGE" ;;
+    esac
+    mkdir -p "$1"
+    ln -sfn /usr/lib/locale/C.utf8 "$1/$locale"
+    ln -sfn /usr/lib/locale/C.utf8 "$1/en_US.UTF-8"
+    unset LC_ALL
+    # The language of users stays. This shell has no use for the locales, and says that it cannot find them.
+    export LOCPATH=$1 LC_CTYPE=$locale LC_MESSAGES=en_US.UTF-8 2>/dev/null
 }
 
 # Starts an X server on a free display. setpriv ends it even when this script is killed outright.
@@ -196,8 +217,9 @@ start_wine()
         rm -rf "$WINEPREFIX"
         mkdir -p "$WINEPREFIX"
         start_server
-        [[ "$(run_step wine reg query 'HKLM\System\CurrentControlSet\Control\Nls\CodePage' /v ACP)" == *1252* ]] ||
-            fail "1252 is not the ANSI code page of the prefix; see $qel_build/wine.log"
+        [[ "$(run_step wine reg query 'HKLM\System\CurrentControlSet\Control\Nls\CodePage' /v ACP)" == \
+            *" $QEL_CODE_PAGE"* ]] ||
+            fail "$QEL_CODE_PAGE is not the ANSI code page of the prefix; see $qel_build/wine.log"
         # Nobody manages windows on this display, and Wine would wait two seconds for whoever does at every one it
         # closes.
         run_step wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >"$qel_build/wine.log" 2>&1 ||

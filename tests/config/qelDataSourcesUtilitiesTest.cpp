@@ -1,6 +1,7 @@
 #include "qelDataSourcesUtilities.h"
 
 #include "config/DataSourceFixture.h"
+#include "support/AnsiCodePage.h"
 #include "support/FailingAllocation.h"
 #include "support/DebugOutput.h"
 
@@ -700,11 +701,8 @@ TEST_F(qelDataSourcesText, IsReadFromUtf8WithAMarkNonAsciiCharactersIncluded)
 
 TEST_F(qelDataSourcesText, IsReadThroughTheAnsiCodePageWithoutAMark)
 {
-    const wchar_t wide[] = L"Tr\u00E4ger";
-    char narrow[16] = {};
-    WideCharToMultiByte(CP_ACP, 0, wide, -1, narrow, 16, nullptr, nullptr);
-    configureElements("<DataSource Name=\"" + std::string(narrow) + "\" Platform=\"x64\" Value=\"v\"/>");
-    EXPECT_EQ(ask(wide), (Answer{0, L"v"}));
+    configureElements("<DataSource Name=\"" + qelTest::ansiBytes() + "\" Platform=\"x64\" Value=\"v\"/>");
+    EXPECT_EQ(ask(qelTest::ansiText().c_str()), (Answer{0, L"v"}));
 }
 
 TEST_F(qelDataSourcesText, MayHaveThousandsOfElements)

@@ -1,5 +1,6 @@
 #include "qelRegistry.h"
 
+#include "support/FailingAllocation.h"
 #include "support/ImportHook.h"
 #include "support/OpenHandles.h"
 #include "support/SavedRegistryKey.h"
@@ -639,6 +640,16 @@ TEST_F(qelRegistryPathBinary, IsEmptyAndCreatesNothingWithoutTheKey)
     EXPECT_EQ(qelRegistry::getPathBinary(true).isEmpty(), 1);
     EXPECT_FALSE(machine.exists());
     EXPECT_FALSE(machine32.exists());
+}
+
+TEST_F(qelRegistryPathBinary, ThrowsWhenMemoryIsShortAndIsThereAgainAfterwards)
+{
+    machine.setText(L"BinPath", L"C:\\Orvalis\\Bin\\");
+    qelString path;
+    const int failures = qelTest::failEveryAllocation([&] { path = qelRegistry::getPathBinary(); },
+                                                      [&] { EXPECT_EQ(path.isEmpty(), 1); });
+    EXPECT_GT(failures, 0);
+    EXPECT_STREQ(path.getStringW(), L"C:\\Orvalis\\Bin");
 }
 
 using qelRegistryPathData = Environment;

@@ -2,6 +2,7 @@
 
 #include "qelDebugInterfaces.h"
 
+#include "support/AnsiCodePage.h"
 #include "support/DebugOutput.h"
 
 #include <gtest/gtest.h>
@@ -42,9 +43,9 @@ class qelDebugInterfacesContext : public qelDebugInterfacesListing
 TEST(qelOutputDebugString, ReachesTheDebugger)
 {
     const qelTest::DebugOutput output;
-    qelOutputDebugString(L"100%s \u00DCberzug\n");
+    qelOutputDebugString((L"100%s " + qelTest::ansiText() + L"\n").c_str());
     qelOutputDebugString(L"");
-    EXPECT_EQ(output.texts(), (Texts{L"100%s \u00DCberzug\n", L""}));
+    EXPECT_EQ(output.texts(), (Texts{L"100%s " + qelTest::ansiText() + L"\n", L""}));
 }
 
 TEST_F(qelDebugInterfacesListing, IsEmptyWithoutRecords)

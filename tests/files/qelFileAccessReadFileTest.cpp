@@ -2,6 +2,7 @@
 
 #include "qelFileAccess.h"
 
+#include "support/AnsiCodePage.h"
 #include "support/ImportHook.h"
 #include "support/MemorySearch.h"
 #include "support/TestFile.h"
@@ -16,6 +17,9 @@
 #include <string>
 #include <thread>
 
+using qelTest::ansiBytes;
+using qelTest::ansiText;
+using qelTest::byCodePage;
 using qelTest::bytes;
 using qelTest::TestFile;
 using qelTest::utf16;
@@ -93,6 +97,27 @@ std::string inForm(Form form, const std::wstring& text, qelFileAccess::encodeTyp
                                          : inCodePage(key == qelFileAccess::UTF8 ? CP_UTF8 : CP_ACP, text);
 }
 
+/// What readFile() counts for that text in that form: units, but bytes in the ANSI code page.
+size_t units(Form form, const std::wstring& text, qelFileAccess::encodeType key)
+{
+    return form == kUnmarked && key == qelFileAccess::UNICODE_TEXT ? inCodePage(CP_ACP, text).size() : text.size();
+}
+
+/// What is read of a file in the ANSI code page.
+Read ansi(const std::string& inFile)
+{
+    return {inFile.size(), qelTest::fromAnsi(inFile)};
+}
+
+std::wstring asciiOf(std::wstring text)
+{
+    for (wchar_t& unit : text)
+    {
+        unit = unit < 0x80 ? unit : L'x';
+    }
+    return text;
+}
+
 /// What the stream itself delivers, character by character.
 std::wstring readCharacters(const qelFileAccess& file)
 {
@@ -110,7 +135,8 @@ TEST(qelFileAccessReadFileWithKey, DeliversTextWholeAndWithoutItsMark)
     {
         for (const Form form : kForms)
         {
-            EXPECT_EQ(readContent(inForm(form, L"A\r\n\x00E9\x20AC", key), L"r", key), (Read{4, L"A\n\x00E9\x20AC"}));
+            EXPECT_EQ(readContent(inForm(form, L"A\r\n" + ansiText(), key), L"r", key),
+                      (Read{units(form, L"A\n" + ansiText(), key), L"A\n" + ansiText()}));
         }
         EXPECT_EQ(readContent(inForm(kUtf16, L"\x4E2D\xD83D\xDE00", key), L"r", key), (Read{3, L"\x4E2D\xD83D\xDE00"}));
         EXPECT_EQ(readContent(inForm(kUtf8, L"\x4E2D\xD83D\xDE00", key), L"r", key), (Read{3, L"\x4E2D\xD83D\xDE00"}));
@@ -135,7 +161,8 @@ TEST(qelFileAccessReadFileWithKey, LeavesLineEndsAndEndOfFileCharactersAloneInBi
     {
         for (const Form form : kForms)
         {
-            EXPECT_EQ(readContent(inForm(form, L"A\r\n\x1A\x20AC", key), L"rb", key), (Read{5, L"A\r\n\x1A\x20AC"}));
+            const std::wstring text = L"A\r\n\x1A" + ansiText();
+            EXPECT_EQ(readContent(inForm(form, text, key), L"rb", key), (Read{units(form, text, key), text}));
         }
     }
 }
@@ -210,7 +237,8 @@ TEST(qelFileAccessReadFileWithKey, TakesTextWithoutAMarkForWhatTheKeySays)
         EXPECT_EQ(readContent(utf8, mode, qelFileAccess::UTF8), (Read{7, L"<\x00E9\x20AC\x4E2D\xD83D\xDE00>"}));
         EXPECT_EQ(readContent(utf16(L"<\x00E9\x4E2D\xD83D\xDE00>"), mode, qelFileAccess::UTF16LE),
                   (Read{6, L"<\x00E9\x4E2D\xD83D\xDE00>"}));
-        EXPECT_EQ(readContent("<\xE9\x80>", mode, qelFileAccess::UNICODE_TEXT), (Read{4, L"<\x00E9\x20AC>"}));
+        EXPECT_EQ(readContent("<" + ansiBytes() + ">", mode, qelFileAccess::UNICODE_TEXT),
+                  (Read{ansiBytes().size() + 2, L"<" + ansiText() + L">"}));
         // Units whose first bytes look like the mark of another encoding.
         EXPECT_EQ(readContent("\xEB\xAF\xAF\xC2\xBF", mode, qelFileAccess::UTF8), (Read{2, L"\xBBEF\x00BF"}));
     }
@@ -234,15 +262,16 @@ TEST(qelFileAccessReadFileWithKey, ReadsShortAndMalformedFiles)
         {bytes("ABC"), {3, L"ABC"}},
         {bytes("ABCD"), {4, L"ABCD"}},
         {bytes("ABCDE"), {5, L"ABCDE"}},
-        {bytes("ab\xEF\xBB\xBF"), {5, L"ab\x00EF\x00BB\x00BF"}},
+        {bytes("ab\xEF\xBB\xBF"), ansi("ab\xEF\xBB\xBF")},
         // Marks without text and halves of marks.
-        {bytes("\xFF"), {1, L"\x00FF"}},
+        {bytes("\xFF"), ansi("\xFF")},
         {bytes("\xFF\xFE"), {0, L""}},
-        {bytes("\xEF"), {1, L"\x00EF"}},
-        {bytes("\xEF\xBB"), {2, L"\x00EF\x00BB"}},
+        {bytes("\xFE" "A"), ansi("\xFE" "A")},
+        {bytes("\xEF"), ansi("\xEF")},
+        {bytes("\xEF\xBB"), ansi("\xEF\xBB")},
         {bytes("\xEF\xBB\xBF"), {0, L""}},
-        {bytes("\xEF\xBB\xBE"), {3, L"\x00EF\x00BB\x00BE"}},
-        {bytes("\xFF\xFF" "A"), {3, L"\x00FF\x00FF" L"A"}},
+        {bytes("\xEF\xBB\xBE"), ansi("\xEF\xBB\xBE")},
+        {bytes("\xFF\xFF" "A"), ansi("\xFF\xFF" "A")},
         // A second mark is text.
         {bytes("\xFF\xFE\xFF\xFE" "A\0"), {2, L"\xFEFF" L"A"}},
         {bytes("\xEF\xBB\xBF\xEF\xBB\xBF" "A"), {2, L"\xFEFF" L"A"}},
@@ -313,7 +342,10 @@ TEST(qelFileAccessReadFileWithKey, AgreesWithWhatTheStreamDelivers)
         {
             for (const Form form : kForms)
             {
-                TestFile onDisk(inForm(form, text, key));
+                // The runtime's locale knows no characters of several bytes.
+                const bool inAnsi = form == kUnmarked && key == qelFileAccess::UNICODE_TEXT;
+                const std::wstring known = inAnsi ? byCodePage(text, asciiOf(text), asciiOf(text)) : text;
+                TestFile onDisk(inForm(form, known, key));
                 const qelFileAccess characters(onDisk.path(), L"r", key);
                 const std::wstring expected = readCharacters(characters);
                 const qelFileAccess whole(onDisk.path(), L"r", key);
@@ -330,21 +362,23 @@ TEST(qelFileAccessReadFileWithKey, IsTheSameWhereverTheBlocksEnd)
     {
         for (const qelFileAccess::encodeType key : kKeys)
         {
+            const std::wstring characters =
+                key == qelFileAccess::UNICODE_TEXT ? ansiText() : std::wstring(L"\xD83D\xDE00\x20AC");
             std::wstring inFile(shift, L'x');
             std::wstring expected = inFile;
             while (inFile.size() < 200000)
             {
-                inFile += key == qelFileAccess::UNICODE_TEXT ? L"\r\n\x20AC\r" : L"\r\n\xD83D\xDE00\x20AC\r";
-                expected += key == qelFileAccess::UNICODE_TEXT ? L"\n\x20AC\r" : L"\n\xD83D\xDE00\x20AC\r";
+                inFile += L"\r\n" + characters + L"\r";
+                expected += L"\n" + characters + L"\r";
             }
             for (const Form form : kForms)
             {
                 const std::string content = inForm(form, inFile, key);
                 const Read text = readContent(content, L"r", key, 1000000);
-                EXPECT_EQ(text.count, expected.size()) << shift << ' ' << form;
+                EXPECT_EQ(text.count, units(form, expected, key)) << shift << ' ' << form;
                 EXPECT_TRUE(text.text == expected) << shift << ' ' << form;
                 const Read binary = readContent(content, L"rb", key, 1000000);
-                EXPECT_EQ(binary.count, inFile.size()) << shift << ' ' << form;
+                EXPECT_EQ(binary.count, units(form, inFile, key)) << shift << ' ' << form;
                 EXPECT_TRUE(binary.text == inFile) << shift << ' ' << form;
             }
         }
@@ -398,8 +432,10 @@ TEST(qelFileAccessReadFileWithKey, CutsAtMaxLength)
     {
         for (const Form form : kForms)
         {
-            const std::string content = inForm(form, L"a\r\n\r\nb\x00E9", key);
-            const std::wstring expected = L"a\n\nb\x00E9";
+            // A character of one byte in the ANSI code page.
+            const std::wstring last(1, byCodePage(L'\x00E9', L'\xFF71', L'e'));
+            const std::string content = inForm(form, L"a\r\n\r\nb" + last, key);
+            const std::wstring expected = L"a\n\nb" + last;
             for (size_t length = 0; length <= expected.size(); ++length)
             {
                 EXPECT_EQ(readContent(content, L"r", key, length), (Read{length, expected.substr(0, length)}));
@@ -436,12 +472,12 @@ TEST(qelFileAccessReadFileWithKey, GoesOnBehindWhatWasRead)
     {
         for (const Form form : {kUtf16, kUtf8})
         {
-            TestFile onDisk(inForm(form, L"a\r\n\x00E9\r\n\x20AC\r\n", key));
+            TestFile onDisk(inForm(form, L"a\r\n" + ansiText() + L"\r\n\x20AC\r\n", key));
             const qelFileAccess file(onDisk.path(), L"r", key);
             EXPECT_EQ(readFile(file, 2), (Read{2, L"a\n"}));
             EXPECT_EQ(file.eof(), 0);
             qelString line;
-            EXPECT_STREQ(file.getStringW(line, 100).getStringW(), L"\x00E9\n");
+            EXPECT_EQ(std::wstring(file.getStringW(line, 100).getStringW()), ansiText() + L"\n");
             EXPECT_EQ(readCharacters(file), L"\x20AC\n");
         }
     }
@@ -796,13 +832,14 @@ TEST(qelFileAccessReadFile, ReadsUtf16BehindAUtf8MarkAtOffsetTwo)
 // Deliberate: at offset 0 the UTF-8 mark is text like any other.
 TEST(qelFileAccessReadFile, ReadsAUtf8MarkAtTheStartAsText)
 {
-    EXPECT_EQ(readContent(bytes("\xEF\xBB\xBFxyz"), L"rb", qelFileAccess::ANSI), (Read{6, L"\x00EF\x00BB\x00BFxyz"}));
+    EXPECT_EQ(readContent("\xEF\xBB\xBFxyz", L"rb", qelFileAccess::ANSI), ansi("\xEF\xBB\xBFxyz"));
 }
 
 TEST(qelFileAccessReadFile, ReadsOtherFilesThroughTheAnsiCodePage)
 {
-    EXPECT_EQ(readContent(bytes("a\xE9\x80\r\n"), L"rb", qelFileAccess::ANSI), (Read{5, L"a\x00E9\x20AC\r\n"}));
-    EXPECT_EQ(readContent(bytes("a\xE9\x80\r\n"), L"r", qelFileAccess::ANSI), (Read{4, L"a\x00E9\x20AC\n"}));
+    const size_t size = ansiBytes().size();
+    EXPECT_EQ(readContent(ansiBytes() + "\r\n", L"rb", qelFileAccess::ANSI), (Read{size + 2, ansiText() + L"\r\n"}));
+    EXPECT_EQ(readContent(ansiBytes() + "\r\n", L"r", qelFileAccess::ANSI), (Read{size + 1, ansiText() + L"\n"}));
     EXPECT_EQ(readContent(bytes("ab\0cd"), L"rb", qelFileAccess::ANSI), (Read{5, L"ab"}));
 }
 
@@ -839,18 +876,18 @@ TEST(qelFileAccessReadFile, ReadsShortAndMalformedFiles)
         {bytes("abc"), {3, L"abc"}},
         {bytes("abcd"), {4, L"abcd"}},
         {bytes("abcde"), {5, L"abcde"}},
-        {bytes("\xFF"), {1, L"\x00FF"}},
+        {bytes("\xFF"), ansi("\xFF")},
         {bytes("\xFF\xFE"), {0, L""}},
         {bytes("\xFE\xFF"), {0, L""}},
-        {bytes("\xFF\xFF"), {2, L"\x00FF\x00FF"}},
+        {bytes("\xFF\xFF"), ansi("\xFF\xFF")},
         {bytes("\xFF\xFE" "A"), {0, L""}},
         {bytes("\xFF\xFE" "A\0B"), {1, L"A"}},
         {bytes("\xFF\xFE\x00\xDC\x00\xD8"), {2, L"\xDC00\xD800"}},
         {bytes("\xFF\xFE" "A\0\0\0B\0"), {3, L"A"}},
-        {bytes("ab\xEF\xBB"), {4, L"ab\x00EF\x00BB"}},
-        {bytes("ab\xEF\xBB\xBE"), {5, L"ab\x00EF\x00BB\x00BE"}},
+        {bytes("ab\xEF\xBB"), ansi("ab\xEF\xBB")},
+        {bytes("ab\xEF\xBB\xBE"), ansi("ab\xEF\xBB\xBE")},
         {bytes("ab\xEF\xBB\xBF" "A"), {0, L""}},
-        {bytes("a\xEF\xBB\xBF" "A"), {5, L"a\x00EF\x00BB\x00BF" L"A"}},
+        {bytes("a\xEF\xBB\xBF" "A"), ansi("a\xEF\xBB\xBF" "A")},
         // clang-format on
     };
     for (const auto& item : cases)

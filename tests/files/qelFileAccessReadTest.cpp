@@ -3,6 +3,7 @@
 #include "qelFileAccess.h"
 
 #include "WineDifferences.h"
+#include "support/AnsiCodePage.h"
 #include "support/TestFile.h"
 
 #include <gtest/gtest.h>
@@ -13,6 +14,9 @@
 
 #include <vector>
 
+using qelTest::ansiBytes;
+using qelTest::ansiText;
+using qelTest::byCodePage;
 using qelTest::bytes;
 using qelTest::TestFile;
 using qelTest::utf16;
@@ -150,17 +154,19 @@ TEST(qelFileAccessLines, CutsLongLinesAtTheLineBuffer)
 
 TEST(qelFileAccessLines, ConvertsFromTheAnsiCodePage)
 {
-    EXPECT_EQ(lines(bytes("\xE9\x80\n"), qelFileAccess::ANSI, 100), (Lines{L"\x00E9\x20AC\n", L""}));
-    EXPECT_EQ(lines(bytes("\xE9\x80\n"), static_cast<qelFileAccess::encodeType>(7), 100),
-              (Lines{L"\x00E9\x20AC\n", L""}));
+    EXPECT_EQ(lines(ansiBytes() + "\n", qelFileAccess::ANSI, 100), (Lines{ansiText() + L"\n", L""}));
+    EXPECT_EQ(lines(ansiBytes() + "\n", static_cast<qelFileAccess::encodeType>(7), 100),
+              (Lines{ansiText() + L"\n", L""}));
 }
 
 // Deliberate: UTF8 takes the 8-bit path, so lines carry no more than the ANSI code page has.
 TEST(qelFileAccessLines, KeepsOfUtf8WhatTheAnsiCodePageHas)
 {
-    EXPECT_EQ(lines(bytes("\xEF\xBB\xBF\xC3\xA9\xE2\x82\xAC\xE4\xB8\xAD!\n"), qelFileAccess::UTF8, 100),
-              (Lines{L"\x00E9\x20AC?!\n", L""}));
-    EXPECT_EQ(lines(bytes("\xC3\xA9"), qelFileAccess::UTF8, 100), (Lines{L"\x00E9"}));
+    // U+20AC, which the Japanese code page lacks, and U+0B85, which only UTF-8 has.
+    EXPECT_EQ(lines(bytes("\xEF\xBB\xBF\xE2\x82\xAC\xE0\xAE\x85!\n"), qelFileAccess::UTF8, 100),
+              (Lines{byCodePage(L"\x20AC?!\n", L"?\?!\n", L"\x20AC\x0B85!\n"), L""}));
+    // U+00F7, which all of them have.
+    EXPECT_EQ(lines(bytes("\xC3\xB7"), qelFileAccess::UTF8, 100), (Lines{L"\x00F7"}));
 }
 
 TEST(qelFileAccessLines, ReadsWideTextWhole)
@@ -185,10 +191,10 @@ TEST(qelFileAccessLines, GivesBackWhatPutsWrote)
     for (const qelFileAccess::encodeType encoding : kAll)
     {
         TestFile onDisk;
-        qelFileAccess(onDisk.path(), L"w", encoding).puts(L"\x00E9\x20AC-text\nsecond");
+        qelFileAccess(onDisk.path(), L"w", encoding).puts((ansiText() + L"-text\nsecond").c_str());
         const qelFileAccess file(onDisk.path(), L"r", encoding);
         qelString line;
-        EXPECT_STREQ(file.getStringW(line, 100).getStringW(), L"\x00E9\x20AC-text\n");
+        EXPECT_EQ(std::wstring(file.getStringW(line, 100).getStringW()), ansiText() + L"-text\n");
         EXPECT_STREQ(file.getStringW(line, 100).getStringW(), L"second");
     }
 }

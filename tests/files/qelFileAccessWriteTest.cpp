@@ -2,6 +2,7 @@
 
 #include "qelFileAccess.h"
 
+#include "support/AnsiCodePage.h"
 #include "support/ImportHook.h"
 #include "support/TestFile.h"
 
@@ -14,6 +15,9 @@
 #include <new>
 #include <string>
 
+using qelTest::ansiBytes;
+using qelTest::ansiText;
+using qelTest::byCodePage;
 using qelTest::bytes;
 using qelTest::TestFile;
 using qelTest::utf16;
@@ -99,6 +103,66 @@ TEST(qelFileAccessWrite, FormatsTheSameFromAllThreeForms)
     EXPECT_EQ(written(qelFileAccess::UTF16LE, use), wide);
 }
 
+int countRefused(const wchar_t*, va_list)
+{
+    return -1;
+}
+
+TEST(qelFileAccessWrite, WritesWhatTheRuntimeCannotMeasureBeforehand)
+{
+    const qelTest::ImportHook hook("_vscwprintf", &countRefused);
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        const std::string expected = key == qelFileAccess::UTF8 ? "\xEF\xBB\xBF"
+                                                                  "42|ab"
+                                                                : utf16(L"\xFEFF"
+                                                                        L"42|ab");
+        EXPECT_EQ(written(key, [](const qelFileAccess& file) { EXPECT_EQ(file.write(L"%d|%s", 42, L"ab"), 5); }),
+                  expected);
+    }
+}
+
+int printRefused(wchar_t*, size_t, const wchar_t*, va_list)
+{
+    return -1;
+}
+
+TEST(qelFileAccessWrite, WritesNothingWhereTheRuntimeRefusesToFormat)
+{
+    const qelTest::ImportHook hook("vswprintf_s", &printRefused);
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        EXPECT_EQ(written(key, [](const qelFileAccess& file) { EXPECT_LT(file.write(L"%d", 42), 0); }),
+                  written(key, [](const qelFileAccess&) {}));
+    }
+}
+
+int putRefused(const wchar_t*, FILE*)
+{
+    return -1;
+}
+
+TEST(qelFileAccessPuts, FailsAtAnyNegativeResultOfTheRuntime)
+{
+    const qelTest::ImportHook hook("fputws", &putRefused);
+    for (const qelFileAccess::encodeType key : kKeys)
+    {
+        const TestFile onDisk;
+        EXPECT_EQ(qelFileAccess(onDisk.path(), L"w", key).puts(L"abc"), EOF);
+    }
+}
+
+TEST(qelFileAccessWrite, WritesZerosLikeOtherUnits)
+{
+    EXPECT_EQ(written(qelFileAccess::UTF16LE, [](const qelFileAccess& file) { EXPECT_EQ(file.write(L"a%cb", 0), 3); }),
+              utf16(std::wstring(L"\xFEFF"
+                                 L"a\0b",
+                                 4)));
+    EXPECT_EQ(written(qelFileAccess::UTF8, [](const qelFileAccess& file) { EXPECT_EQ(file.write(L"a%cb", 0), 3); }),
+              bytes("\xEF\xBB\xBF"
+                    "a\0b"));
+}
+
 TEST(qelFileAccessWrite, TakesWideStringsEvenWithAnEightBitFormat)
 {
     EXPECT_EQ(written(qelFileAccess::UTF16LE, [](const qelFileAccess& file) { file.write("%s-%S", L"\x4E2D", "x"); }),
@@ -107,8 +171,9 @@ TEST(qelFileAccessWrite, TakesWideStringsEvenWithAnEightBitFormat)
 
 TEST(qelFileAccessWrite, ConvertsAnEightBitFormatFromTheAnsiCodePage)
 {
-    EXPECT_EQ(written(qelFileAccess::UTF16LE, [](const qelFileAccess& file) { EXPECT_EQ(file.write("\x80\xE9"), 2); }),
-              utf16(L"\xFEFF\x20AC\x00E9"));
+    EXPECT_EQ(written(qelFileAccess::UTF16LE,
+                      [](const qelFileAccess& file) { EXPECT_EQ(file.write(ansiBytes().c_str()), 2); }),
+              utf16(L"\xFEFF" + ansiText()));
 }
 
 TEST(qelFileAccessWrite, TranslatesAsTheKeySays)
@@ -326,9 +391,9 @@ TEST(qelFileAccessWrite, LeavesTheFileAsItWasWhenMemoryIsShort)
 
 TEST(qelFileAccessPuts, WritesTheNarrowFormForAnsi)
 {
-    EXPECT_EQ(afterPuts(qelFileAccess::ANSI, L"a\x00E9\x20AC\n"), bytes("a\xE9\x80\r\n"));
-    EXPECT_EQ(afterPuts(static_cast<qelFileAccess::encodeType>(7), L"a\x00E9"), bytes("a\xE9"));
-    EXPECT_EQ(afterPuts(qelFileAccess::ANSI, L"\x4E2D!"), "?!");
+    EXPECT_EQ(afterPuts(qelFileAccess::ANSI, (L"a" + ansiText() + L"\n").c_str()), "a" + ansiBytes() + "\r\n");
+    EXPECT_EQ(afterPuts(static_cast<qelFileAccess::encodeType>(7), ansiText().c_str()), ansiBytes());
+    EXPECT_EQ(afterPuts(qelFileAccess::ANSI, L"\x0B85!"), byCodePage("?!", "?!", "\xE0\xAE\x85!"));
 }
 
 TEST(qelFileAccessPuts, WritesTheWideFormForUnicodeAndUtf16)
@@ -345,9 +410,12 @@ TEST(qelFileAccessPuts, WritesLoneSurrogatesAsTheyAre)
 // Deliberate: of the encodings with a key only UNICODE and UTF16LE take the wide path.
 TEST(qelFileAccessPuts, WritesTheNarrowFormAsUtf8ForUtf8)
 {
-    EXPECT_EQ(afterPuts(qelFileAccess::UTF8, L"a\x00E9\x20AC\n"), bytes("\xEF\xBB\xBF"
-                                                                        "a\xC3\xA9\xE2\x82\xAC\r\n"));
-    EXPECT_EQ(afterPuts(qelFileAccess::UTF8, L"<\x4E2D>"), bytes("\xEF\xBB\xBF<?>"));
+    const char* const expected =
+        byCodePage("\xEF\xBB\xBF\xC3\xA9\xE2\x82\xAC\r\n", "\xEF\xBB\xBF\xE3\x82\xBD\xEF\xBD\xB1\r\n",
+                   "\xEF\xBB\xBF\xC3\xA9\xE2\x82\xAC\r\n");
+    EXPECT_EQ(afterPuts(qelFileAccess::UTF8, (ansiText() + L"\n").c_str()), expected);
+    EXPECT_EQ(afterPuts(qelFileAccess::UTF8, L"<\x0B85>"),
+              byCodePage("\xEF\xBB\xBF<?>", "\xEF\xBB\xBF<?>", "\xEF\xBB\xBF<\xE0\xAE\x85>"));
 }
 
 TEST(qelFileAccessPuts, KeepsEveryCharacterOfTheCodePageThroughUtf8)
@@ -364,7 +432,7 @@ TEST(qelFileAccessPuts, KeepsEveryCharacterOfTheCodePageThroughUtf8)
             text += unit;
         }
     }
-    ASSERT_GT(text.size(), 95u);
+    ASSERT_GT(text.size(), byCodePage(95u, 95u, 94u));
     TestFile onDisk;
     qelFileAccess(onDisk.path(), L"w", qelFileAccess::UTF8).puts(text.c_str());
     qelString line;

@@ -1009,6 +1009,21 @@ TEST(qelRegExWrapperMemory, RunningOutAnywhereIsFalseAndKeepsWhatWasAppended)
     EXPECT_GT(failures, 20);
 }
 
+void* WINAPI refusingToConvert(void*, DWORD)
+{
+    return nullptr;
+}
+
+TEST(qelRegExWrapperMemory, RunningOutForBecomingAFiberIsFalse)
+{
+    const std::wstring text = times(20000, L"ab");
+    const qelTest::ImportHook hook("ConvertThreadToFiberEx", refusingToConvert);
+    inThread(kSmallStack, [&] {
+        EXPECT_EQ((Outcome{false, {}}), matched(L"(a|b)*", text));
+        EXPECT_FALSE(IsThreadAFiber());
+    });
+}
+
 TEST(qelRegExWrapperMemory, RunningOutForTheLargeStackIsFalse)
 {
     const std::wstring text = times(20000, L"ab");

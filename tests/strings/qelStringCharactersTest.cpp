@@ -1,14 +1,33 @@
 #include "strings/TextSupport.h"
+#include "support/ImportHook.h"
 #include "support/StringInternals.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cwctype>
 
 using namespace qelTest;
 
 namespace
 {
+errno_t refuse(wchar_t*, size_t)
+{
+    return EINVAL;
+}
+
+TEST(qelStringCase, IsEmptyWhereTheRuntimeRefuses)
+{
+    const qelTest::ImportHook upper("_wcsupr_s", &refuse);
+    const qelTest::ImportHook lower("_wcslwr_s", &refuse);
+    qelString text(L"abc");
+    const qelString other(text);
+    EXPECT_EQ(text.toUpper().isEmpty(), 1);
+    text = other;
+    EXPECT_EQ(text.toLower().isEmpty(), 1);
+    EXPECT_EQ(plain(other), L"abc");
+}
+
 TEST(qelStringCharacters, AreAlphaNumericWhenAllAreLettersOrDigits)
 {
     EXPECT_TRUE(qelString(L"HEA200").IsAlphaNumeric());

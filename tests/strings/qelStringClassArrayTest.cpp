@@ -1,5 +1,6 @@
 #include "qelStringClassArray.h"
 #include "strings/TextSupport.h"
+#include "support/FailingAllocation.h"
 #include "support/ImportHook.h"
 #include "support/StringInternals.h"
 
@@ -103,6 +104,32 @@ typedef qelStringList qelStringListRemoving;
 typedef qelStringList qelStringListSearch;
 typedef qelStringList qelStringListOrder;
 typedef qelStringList qelStringListLengths;
+TEST(qelStringClassArrayMemory, RunningOutWhileOneIsMadeThrowsAndKeepsNothing)
+{
+    const qelStringClassArray source = [] {
+        qelStringClassArray list;
+        list.append(L"a");
+        list.append(L"b");
+        return list;
+    }();
+    const auto nothing = [] {};
+    EXPECT_GT(qelTest::failEveryAllocation([] { qelStringClassArray list(10, 4); }, nothing), 1);
+    EXPECT_GT(qelTest::failEveryAllocation([&] { const qelStringClassArray list(source); }, nothing), 1);
+    EXPECT_EQ(texts(source), (Texts{L"a", L"b"}));
+}
+
+TEST(qelStringClassArrayGrowth, ByANegativeLengthIsByAsMuchAsIsNeeded)
+{
+    qelStringClassArray list;
+    list.setGrowLength(-8);
+    for (int i = 0; i < 20; ++i)
+    {
+        EXPECT_EQ(list.append(std::wstring(1, static_cast<wchar_t>(L'a' + i)).c_str()), i);
+        EXPECT_GE(list.physicalLength(), i + 1);
+    }
+    EXPECT_EQ(plain(list[0]), L"a");
+    EXPECT_EQ(plain(list[19]), L"t");
+}
 } // namespace
 
 // ------------------------------------------------------------------------------------------------------------- life

@@ -1,9 +1,12 @@
 #include "strings/TextSupport.h"
+#include "support/AnsiCodePage.h"
+#include "support/ImportHook.h"
 
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
+#include <cerrno>
 #include <climits>
 #include <cstdarg>
 #include <ctime>
@@ -17,6 +20,21 @@ namespace
 const unsigned short* shorts(const wchar_t* text)
 {
     return reinterpret_cast<const unsigned short*>(text);
+}
+
+template <class... Arguments> errno_t refuse(Arguments...)
+{
+    return EINVAL;
+}
+
+TEST(qelStringNumbers, AreEmptyWhereTheRuntimeRefuses)
+{
+    const qelTest::ImportHook integers("_itow_s", &refuse<int, wchar_t*, size_t, int>);
+    const qelTest::ImportHook longs("_ltow_s", &refuse<long, wchar_t*, size_t, int>);
+    const qelTest::ImportHook doubles("_gcvt_s", &refuse<char*, size_t, double, int>);
+    EXPECT_EQ(qelString::integerToString(1, 10).isEmpty(), 1);
+    EXPECT_EQ(qelString::longToString(1, 10).isEmpty(), 1);
+    EXPECT_EQ(qelString::doubleToString(1.0, 5).isEmpty(), 1);
 }
 
 TEST(qelStringNumbers, ParseTheLeadingNumber)
@@ -167,8 +185,8 @@ TEST(qelStringFormat, TakesTextOfTheFormatsKindAndTheOtherKindInCapitals)
 TEST(qelStringFormat, ConvertsNarrowResultsFromTheAnsiCodePage)
 {
     qelString text;
-    text.format("%s", "\x80\xe4");
-    EXPECT_EQ(plain(text), L"\u20ac\u00e4");
+    text.format("%s", ansiBytes().c_str());
+    EXPECT_EQ(plain(text), ansiText());
 }
 
 qelString& forwardNarrow(qelString& text, const char* fmt, ...)
@@ -327,8 +345,8 @@ TEST(qelStringTime, IsConvertedFromTheAnsiCodePage)
 {
     const tm when = aDay();
     qelString text;
-    text.formatTime(100, "\xfc%H", &when);
-    EXPECT_EQ(plain(text), L"\u00fc05");
+    text.formatTime(100, (ansiBytes() + "%H").c_str(), &when);
+    EXPECT_EQ(plain(text), ansiText() + L"05");
 }
 
 TEST(qelStringTime, IsEmptyForNothingToFormat)

@@ -165,12 +165,12 @@ TEST(qelStringAllocation, EverythingIsFreedAgain)
 TEST(qelStringAllocation, SurfacesLackOfMemoryAndKeepsTheText)
 {
     qelString text(L"abc");
-    bool threw[5] = {};
+    bool threw[6] = {};
     void (*const operations[])(qelString&) = {
         [](qelString& s) { s = L"other"; }, [](qelString& s) { s = "other"; },          [](qelString& s) { s += s; },
-        [](qelString& s) { s >>= 1; },      [](qelString& s) { (void)s.getStringA(); },
+        [](qelString& s) { s >>= 1; },      [](qelString& s) { (void)s.getStringA(); }, [](qelString& s) { s >> 1; },
     };
-    for (size_t i = 0; i < 5; ++i)
+    for (size_t i = 0; i < 6; ++i)
     {
         const AllocationCounter counter;
         nextAllocationFails = true;

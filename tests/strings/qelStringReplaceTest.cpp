@@ -1,4 +1,5 @@
 #include "strings/TextSupport.h"
+#include "support/AnsiCodePage.h"
 
 #include <gtest/gtest.h>
 
@@ -81,9 +82,10 @@ TEST(qelStringReplaceUnit, TakesSixteenBitUnits)
 
 TEST(qelStringReplaceUnit, ConvertsBytesFromTheAnsiCodePage)
 {
-    qelString text(L"\u20ac\u00e4");
-    EXPECT_EQ(text.replace('\x80', '\xf6'), 1);
-    EXPECT_EQ(plain(text), L"\u00f6\u00e4");
+    // A byte that is no character counts as the one that stands for such bytes.
+    qelString text(byCodePage(L"\u20acx", L"\uff71x", L"\ufffdx"));
+    EXPECT_EQ(text.replace(byCodePage('\x80', '\xb1', '\xb1'), byCodePage('\xf6', '\xb2', 'y')), 1);
+    EXPECT_EQ(plain(text), byCodePage(L"\u00f6x", L"\uff72x", L"yx"));
 }
 
 TEST(qelStringReplaceUnit, CutsForAZeroByte)
@@ -342,13 +344,12 @@ TEST(qelStringRemoveAll, RemovesEveryOccurrence)
 
 TEST(qelStringRemoveAll, TakesSixteenBitUnitsAndBytes)
 {
-    qelString text(L"a\u20ac"
-                   L"b\xffff"
-                   L"c");
+    // A byte that is no character counts as the one that stands for such bytes.
+    const std::wstring unit(1, byCodePage(L'\u20ac', L'\uff71', L'\ufffd'));
+    qelString text((L"a" + unit + L"b\xffff" + L"c").c_str());
     text.removeAll(static_cast<unsigned short>(0xffff));
-    EXPECT_EQ(plain(text), L"a\u20ac"
-                           L"bc");
-    text.removeAll('\x80');
+    EXPECT_EQ(plain(text), L"a" + unit + L"bc");
+    text.removeAll(byCodePage('\x80', '\xb1', '\xb1'));
     EXPECT_EQ(plain(text), L"abc");
 }
 

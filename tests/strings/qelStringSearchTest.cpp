@@ -1,6 +1,10 @@
 #include "strings/TextSupport.h"
+#include "support/AnsiCodePage.h"
+#include "support/ImportHook.h"
 
 #include <gtest/gtest.h>
+
+#include <windows.h>
 
 using namespace qelTest;
 
@@ -91,6 +95,18 @@ TEST(qelStringFind, StaysQuickWhenTheTextNearlyFitsEverywhere)
     EXPECT_LT(watch.seconds(), 2);
 }
 
+TEST(qelStringFind, ReturnsMinusOneWhenTheVeryLastPlaceFails)
+{
+    // Every place begins and ends right; there are up to 40 of them.
+    const std::wstring what = std::wstring(20, L'a') + L"b" + std::wstring(20, L'a');
+    for (size_t places = 1; places <= 40; ++places)
+    {
+        const std::wstring text(what.size() - 1 + places, L'a');
+        EXPECT_EQ(qelString(text.c_str()).find(what.c_str()), -1) << places;
+        EXPECT_EQ(qelString((text + what).c_str()).find(what.c_str()), static_cast<int>(text.size())) << places;
+    }
+}
+
 TEST(qelStringFind, ReachesTheLastUnitOfTheLongestText)
 {
     qelString text = repeated(kLongestText - 1, L'a');
@@ -143,14 +159,30 @@ TEST(qelStringFindLastOf, DoesNotSeeTheTerminator)
 
 TEST(qelStringFindLastOf, SearchesTheNarrowFormForAByte)
 {
-    const qelString text(L"a\u00e4b\u00e4c");
-    EXPECT_EQ(text.find_last_of('\xe4'), 3);
+    // No byte beyond ASCII is a character of UTF-8.
+    const qelString text(byCodePage(L"a\u00e4b\u00e4c", L"a\uff71b\uff71c", L"axbxc"));
+    EXPECT_EQ(text.find_last_of(byCodePage('\xe4', '\xb1', 'x')), 3);
     EXPECT_EQ(text.find_last_of('a'), 0);
     EXPECT_EQ(text.find_last_of('z'), -1);
 }
 
+int WINAPI convertToOneByte(UINT, DWORD, const wchar_t*, int, char* target, int, const char*, BOOL*)
+{
+    *target = 'x';
+    return 1;
+}
+
+TEST(qelStringFindLastOf, ReadsANarrowFormOfFewerBytesThanUnitsOnlyToItsEnd)
+{
+    const qelTest::ImportHook hook("WideCharToMultiByte", &convertToOneByte);
+    const qelString text(L"abcde");
+    EXPECT_EQ(text.find_last_of('x'), 0);
+    EXPECT_EQ(text.find_last_of('a'), -1);
+    EXPECT_EQ(text.find_last_of('\0'), 1);
+}
+
 TEST(qelStringFindLastOf, FindsTheReplacementOfWhatTheCodePageLacks)
 {
-    EXPECT_EQ(qelString(L"ab\u4e2dc").find_last_of('?'), 2);
+    EXPECT_EQ(qelString(L"ab\u0b85c").find_last_of('?'), byCodePage(2, 2, -1));
 }
 } // namespace

@@ -1,4 +1,6 @@
 #include "qelString.h"
+#include "support/AnsiCodePage.h"
+#include "support/ImportHook.h"
 #include "support/StringInternals.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +10,8 @@
 #include <string.h>
 
 #include <string>
+
+using qelTest::byCodePage;
 
 namespace
 {
@@ -362,11 +366,62 @@ TEST(qelStringNarrow, ConvertsToTheAnsiCodePage)
     }
 }
 
+BOOL WINAPI tellNoCodePage(UINT, CPINFO*)
+{
+    return FALSE;
+}
+
+BOOL WINAPI tellAnotherDefault(UINT codePage, CPINFO* info)
+{
+    const BOOL result = GetCPInfo(codePage, info);
+    info->DefaultChar[0] = '_';
+    return result;
+}
+
+BOOL WINAPI tellADefaultOfTwoBytes(UINT codePage, CPINFO* info)
+{
+    const BOOL result = GetCPInfo(codePage, info);
+    info->DefaultChar[1] = '?';
+    return result;
+}
+
+TEST(qelStringNarrow, PutsQuestionMarksWhateverTheSystemTellsOfTheCodePage)
+{
+    for (BOOL(WINAPI * tell)(UINT, CPINFO*) : {&tellNoCodePage, &tellAnotherDefault, &tellADefaultOfTwoBytes})
+    {
+        const qelTest::ImportHook hook("GetCPInfo", tell);
+        EXPECT_STREQ(qelString(L"a\x0B85z").getStringA(), byCodePage("a?z", "a?z", "a\xE0\xAE\x85z"));
+    }
+}
+
+TEST(qelStringConstruct, TakesOneByteForEachUnitWhereTheSystemTellsNothingOfTheCodePage)
+{
+    const std::string longest(524288, 'x');
+    const qelTest::ImportHook hook("GetCPInfo", &tellNoCodePage);
+    EXPECT_EQ(qelString((longest + "y").c_str()).length(), 524288);
+}
+
+int WINAPI convertNothing(UINT, DWORD, const char*, int, wchar_t*, int)
+{
+    return 0;
+}
+
+TEST(qelStringConstruct, IsEmptyWhenTheSystemConvertsNothing)
+{
+    const qelTest::ImportHook hook("MultiByteToWideChar", &convertNothing);
+    const qelString made("abc");
+    EXPECT_EQ(made.isEmpty(), 1);
+    qelString assigned(L"old");
+    assigned = "abc";
+    EXPECT_EQ(assigned.isEmpty(), 1);
+    EXPECT_EQ(assigned.getStringW(), qelString().getStringW());
+}
+
 TEST(qelStringNarrow, PutsQuestionMarksForWhatTheCodePageLacks)
 {
-    ASSERT_NE(GetACP(), static_cast<UINT>(CP_UTF8)) << "the tests need a code page that lacks something";
-    EXPECT_STREQ(qelString(L"a\x0B85z").getStringA(), "a?z");
-    EXPECT_STREQ(qelString(L"\x0B85").getStringA(), "?");
+    // UTF-8 lacks nothing.
+    EXPECT_STREQ(qelString(L"a\x0B85z").getStringA(), byCodePage("a?z", "a?z", "a\xE0\xAE\x85z"));
+    EXPECT_STREQ(qelString(L"\x0B85").getStringA(), byCodePage("?", "?", "\xE0\xAE\x85"));
 }
 
 TEST(qelStringNarrow, IsTheSamePointerUntilTheStringChanges)
