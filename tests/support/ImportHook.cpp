@@ -47,12 +47,17 @@ void write(void** entry, void* function)
 } // namespace
 
 qelTest::ImportHook::ImportHook(const char* name, void* replacement)
-    : m_entry(importEntry(GetModuleHandleW(L"VarnelQELRoots.dll"), name))
+    : ImportHook(GetModuleHandleW(L"VarnelQELRoots.dll"), name, replacement)
+{
+}
+
+qelTest::ImportHook::ImportHook(void* module, const char* name, void* replacement)
+    : m_entry(importEntry(static_cast<HMODULE>(module), name))
     , m_original(nullptr)
 {
     if (m_entry == nullptr)
     {
-        throw std::runtime_error(std::string("the DLL does not import ") + name);
+        throw std::runtime_error(std::string("the module does not import ") + name);
     }
     m_original = *m_entry;
     write(m_entry, replacement);
