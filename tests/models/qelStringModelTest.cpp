@@ -3,6 +3,7 @@
 #include "qelString.h"
 #include "support/SeededRun.h"
 #include "support/StringInternals.h"
+#include "support/StringRules.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -98,131 +99,6 @@ int signOf(int value)
 int ordinal(const wstring& a, const wstring& b)
 {
     return signOf(a.compare(b));
-}
-
-bool isDigit(wchar_t c)
-{
-    return c >= L'0' && c <= L'9';
-}
-
-/// The stated steps of the natural order.
-int natural(const wstring& a, const wstring& b)
-{
-    if (a.empty() || b.empty())
-    {
-        return a.empty() ? (b.empty() ? 0 : -1) : 1;
-    }
-    if (a == b)
-    {
-        return 0;
-    }
-    for (size_t i = 0; i < a.size(); ++i)
-    {
-        if (i >= b.size())
-        {
-            return 1;
-        }
-        if (!isDigit(a[i]))
-        {
-            if (a[i] != b[i])
-            {
-                return a[i] < b[i] ? -1 : 1;
-            }
-            continue;
-        }
-        if (!isDigit(b[i]))
-        {
-            return -1;
-        }
-        const int left = _wtoi(a.c_str() + i);
-        const int right = _wtoi(b.c_str() + i);
-        if (left != right)
-        {
-            return left < right ? -1 : 1;
-        }
-        if (std::all_of(a.begin() + static_cast<ptrdiff_t>(i), a.end(), isDigit) &&
-            std::all_of(b.begin() + static_cast<ptrdiff_t>(i), b.end(), isDigit))
-        {
-            return 0;
-        }
-    }
-    return 0;
-}
-
-std::vector<wstring> tokensOf(const wstring& text, const wstring& separators, const wstring& quotes)
-{
-    std::vector<wstring> tokens;
-    wstring token;
-    wchar_t quote = 0;
-    for (size_t i = 0; i < text.size(); ++i)
-    {
-        const wchar_t c = text[i];
-        if (quote != 0)
-        {
-            token += c;
-            if (c == quote && i + 1 < text.size() && text[i + 1] == quote)
-            {
-                token += text[++i];
-            }
-            else if (c == quote)
-            {
-                quote = 0;
-            }
-        }
-        else if (quotes.find(c) != wstring::npos)
-        {
-            token += c;
-            quote = c;
-        }
-        else if (separators.find(c) == wstring::npos)
-        {
-            token += c;
-        }
-        else if (!token.empty())
-        {
-            tokens.push_back(token);
-            token.clear();
-        }
-    }
-    if (!token.empty())
-    {
-        tokens.push_back(token);
-    }
-    return tokens;
-}
-
-/// Length of the escape at `at`, or 0 when there is none there.
-size_t escapeLength(const std::string& text, size_t at)
-{
-    const auto byte = [&text](size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U; };
-    if ((byte(at) & 0x5C) != 0x5C || (byte(at + 1) & 0x4D) != 0x4D || (byte(at + 2) & 0x2B) != 0x2B)
-    {
-        return 0;
-    }
-    return at + 8 <= text.size() ? 8 : 5;
-}
-
-/// MIF escapes whose pairs are below 0x80, which are the same in every code page here. What is no hexadecimal number
-/// gives a zero, which ends the text.
-wstring decoded(const std::string& text)
-{
-    std::string bytes;
-    for (size_t i = 0; i < text.size();)
-    {
-        const size_t length = escapeLength(text, i);
-        if (length == 0)
-        {
-            bytes += text[i++];
-            continue;
-        }
-        if (length == 8)
-        {
-            bytes += static_cast<char>(std::strtol(text.substr(i + 4, 2).c_str(), nullptr, 16));
-            bytes += static_cast<char>(std::strtol(text.substr(i + 6, 2).c_str(), nullptr, 16));
-        }
-        i += length;
-    }
-    return wideOf(bytes.c_str());
 }
 
 /// The strings under test beside their models, and one operation at a time on both.
@@ -754,7 +630,7 @@ private:
         EXPECT_EQ(ordinal(a, b), qelString::strCompare(&left, &right));
         EXPECT_EQ(signOf(_wcsicmp(a.c_str(), b.c_str())), signOf(qelString::compareNoCase(left, right)));
         EXPECT_EQ(signOf(_wcsicmp(a.c_str(), b.c_str())), signOf(qelString::strCompareNoCase(&left, &right)));
-        EXPECT_EQ(natural(a, b), qelString::compareWithNumbers(left, right));
+        EXPECT_EQ(qelTest::naturalOrder(a, b), qelString::compareWithNumbers(left, right));
     }
 
     void comparePrefixes()
@@ -767,7 +643,8 @@ private:
         // Numbers at the same place, which random text seldom has.
         const wstring c = L"p" + std::to_wstring(m_run.below(120)) + set();
         const wstring d = (m_run.oneIn(2) ? L"p" : L"p0") + std::to_wstring(m_run.below(120)) + set();
-        EXPECT_EQ(natural(c, d), qelString::compareWithNumbers(c.c_str(), d.c_str())) << c.c_str() << ' ' << d.c_str();
+        EXPECT_EQ(qelTest::naturalOrder(c, d), qelString::compareWithNumbers(c.c_str(), d.c_str()))
+            << c.c_str() << ' ' << d.c_str();
     }
 
     void tokenize()
@@ -784,7 +661,7 @@ private:
         {
             qelString::getTokens(string(), tokens, separators.c_str(), quotes.c_str());
         }
-        const std::vector<wstring> expected = tokensOf(text(), separators, quotes);
+        const std::vector<wstring> expected = qelTest::tokensOf(text(), separators, quotes);
         ASSERT_EQ(expected.size(), static_cast<size_t>(tokens.length()));
         for (long i = 0; i < tokens.length(); ++i)
         {
@@ -854,7 +731,7 @@ private:
             const qelString result = string().setFromMIFString(text.c_str());
             EXPECT_EQ(representationOf(result), representationOf(string()));
         }
-        becomes(decoded(text));
+        becomes(wideOf(qelTest::withoutMifEscapes(text).bytes));
     }
 
     SeededRun& m_run;

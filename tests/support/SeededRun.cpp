@@ -34,7 +34,7 @@ LONG WINAPI printRunUnderWay(EXCEPTION_POINTERS* exception)
         runUnderWay->print();
     }
     std::fflush(stdout);
-    return EXCEPTION_CONTINUE_SEARCH;
+    return EXCEPTION_EXECUTE_HANDLER; // ends the process, without a debugger
 }
 } // namespace
 
@@ -64,9 +64,10 @@ bool qelTest::SeededRun::readOptions(int argc, char** argv, const char* countOpt
     return true;
 }
 
-qelTest::SeededRun::SeededRun(int count)
+qelTest::SeededRun::SeededRun(int divisor)
     : m_random(options().seed)
-    , m_count(count < 0 ? options().count : count)
+    , m_divisor(divisor)
+    , m_count(options().count / divisor)
     , m_step(0)
     , m_outer(runUnderWay)
 {
@@ -98,7 +99,7 @@ void qelTest::SeededRun::print() const
     const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
     std::printf("step %d of seed %u; again: %s --gtest_filter=%s.%s --seed %u %s %d\n", m_step, options().seed,
                 options().program.c_str(), test->test_suite_name(), test->name(), options().seed,
-                options().countName.c_str(), m_step);
+                options().countName.c_str(), m_step * m_divisor);
 }
 
 std::wstring qelTest::randomText(SeededRun& run, const std::wstring& alphabet, int longest)

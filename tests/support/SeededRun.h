@@ -28,8 +28,8 @@ public:
     /// from the command line. False, after a message, when there is anything else on it.
     static bool readOptions(int argc, char** argv, const char* countOption, int defaultCount);
 
-    /// A run of `count` steps; as many as the command line says when it is negative.
-    explicit SeededRun(int count = -1);
+    /// As many steps as the command line says, or a fraction of them.
+    explicit SeededRun(int divisor = 1);
     ~SeededRun();
 
     SeededRun(const SeededRun&) = delete;
@@ -63,6 +63,7 @@ public:
 
 private:
     std::mt19937 m_random;
+    int m_divisor;
     int m_count;
     int m_step;
     SeededRun* m_outer; ///< the run under way before this one

@@ -60,7 +60,7 @@ run_tests()
         shift 2
     fi
     rm -f "$last"
-    run_step env QEL_TEST_GUARDED_MEMORY=1 "$@" ctest --preset "$qel_preset" --no-tests=ignore -L '^testProgram$' \
+    run_step env QEL_TEST_GUARDED_MEMORY=1 "$@" ctest --preset "$qel_preset" --no-tests=ignore -L '^googletest$' \
         "${options[@]}" || result=1
     [ ! -f "$last" ] || cat "$last" >>"$log"
 }
@@ -69,7 +69,7 @@ end_everything_on_exit
 install_packages all
 lock_build
 configure -D QEL_BUILD_TESTS=ON
-build all
+build testPrograms
 start_wine "$qel_build/wine"
 
 say "Running the tests in guarded memory"
