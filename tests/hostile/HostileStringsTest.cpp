@@ -1,4 +1,4 @@
-// Mutated input for everything of the string that reads text. All memory is guarded, and what comes out is compared with
+// Mutated input for everything of the string that reads text. All memory is guarded. What comes out is compared with
 // the C runtime, with Windows, or with the stated rules on a plain string.
 #include "hostile/Mutation.h"
 #include "qelString.h"

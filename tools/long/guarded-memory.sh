@@ -83,7 +83,7 @@ for program in "${!filters[@]}"; do
     fi
 done
 programs=$(grep -c '^guarded memory: .* blocks' "$log" || true)
-printf 'figures: %s processes, %s blocks (%s more beyond the limit), %s string buffers and %s narrow forms freed, %s not wiped, %s\n' \
-    "$programs" "$(sum blocks)" "$(sum unguarded)" "$(sum 'string buffers')" "$(sum 'narrow forms')" \
-    "$(sum 'not wiped')" "$([ "$result" -eq 0 ] && echo 'no test failed' || echo 'tests FAILED')"
+printf 'figures: %s processes, %s blocks and %s beyond the limit, %s string buffers and %s narrow forms freed, ' \
+    "$programs" "$(sum blocks)" "$(sum unguarded)" "$(sum 'string buffers')" "$(sum 'narrow forms')"
+printf '%s not wiped, %s\n' "$(sum 'not wiped')" "$([ "$result" -eq 0 ] && echo 'no test failed' || echo FAILED)"
 exit "$result"

@@ -55,7 +55,7 @@ passed()
 {
     grep -c "^\[       OK \] $1" "$log" || true
 }
-printf 'figures: %s readers in memory, %s cases each; regular expressions and %s readers of files, %s each; seed %s, %s findings\n' \
-    "$(passed HostileStrings)" "$cases" "$(passed 'Hostile[FC]')" "$((cases / 20))" "$seed" \
+printf 'figures: %s readers in memory, %s cases each, %s of other kinds, %s each, seed %s, %s findings\n' \
+    "$(passed HostileStrings)" "$cases" "$(passed 'Hostile[PFC]')" "$((cases / 20))" "$seed" \
     "$(grep -c '^step ' "$log" || true)"
 exit "$result"
