@@ -70,7 +70,7 @@ void lookingFree(void* block)
     if (block != nullptr)
     {
         ++releases;
-        const size_t size = _msize(block);
+        const size_t size = qelTest::sizeOfBlock(block);
         // From the fourth unit on, so that a start overwritten by chance does not hide the rest.
         secretsFreed += qelTest::occurrences(block, size, kSecretWide + 4, sizeof kSecretWide - 5 * sizeof(wchar_t));
         secretsFreed += qelTest::occurrences(block, size, kSecretNarrow + 4, sizeof kSecretNarrow - 5);

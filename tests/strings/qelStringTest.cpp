@@ -478,8 +478,10 @@ TEST(qelStringLength, IsMeasuredOnEveryCall)
 {
     // The reversing operation is the one that writes into a text; nothing remembers a length.
     const qelString text(L"abcdef");
-    (representationOf(text)->*member(RepresentationData()))[3] = 0;
+    wchar_t* const units = representationOf(text)->*member(RepresentationData());
+    units[3] = 0;
     EXPECT_EQ(text.length(), 3);
+    units[3] = L'd'; // else what follows would not be wiped
 }
 
 TEST(qelStringLength, CountsUnitsThatOnlyLookLikeZeroInPart)

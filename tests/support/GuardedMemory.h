@@ -31,15 +31,35 @@ private:
     T* m_items;
 };
 
-/// While it lives, every block that the library allocates is guarded, and touching a freed one is an access violation.
+/// Size of a block that the library has allocated, in a guarded heap or not.
+size_t sizeOfBlock(void* block);
+
+/// What the guarded heaps of this process have seen.
+struct GuardedHeapCounts
+{
+    long long blocks = 0;        ///< allocated
+    long long unguarded = 0;     ///< allocated beyond the number of blocks that can be guarded at a time
+    long long stringBuffers = 0; ///< of qelString, freed
+    long long narrowForms = 0;   ///< likewise
+    long long notWiped = 0;      ///< of these two, how many held anything but zeros
+};
+
+/**
+ * While it lives, every block that the library allocates ends right before a closed page and is filled with anything
+ * but zeros; it is closed when it is freed, and stays so until 16 GB of others have followed. A write before a block
+ * ends the program when that is freed. One may live inside another.
+ */
 class GuardedHeap
 {
 public:
     GuardedHeap();
 
+    static GuardedHeapCounts counts();
+
 private:
     ImportHook m_malloc;
     ImportHook m_free;
+    ImportHook m_freeOfProgram; ///< callers free some of the library's blocks, and so do hooks within this one
 };
 } // namespace qelTest
 

@@ -2,26 +2,33 @@
 
 #include "support/ImportTable.h"
 
+#include <windows.h>
+
 #include <stdexcept>
 #include <string>
 
 namespace
 {
-void** entryOf(const std::string& name)
+void** entryOf(void* module, const std::string& name)
 {
-    for (const qelTest::Import& import : qelTest::importsOfLibrary())
+    for (const qelTest::Import& import : qelTest::importsOf(module))
     {
         if (import.name == name)
         {
             return import.entry;
         }
     }
-    throw std::runtime_error("the DLL does not import " + name);
+    throw std::runtime_error("the module does not import " + name);
 }
 } // namespace
 
 qelTest::ImportHook::ImportHook(const char* name, void* replacement)
-    : m_entry(entryOf(name))
+    : ImportHook(GetModuleHandleW(L"VarnelQELRoots.dll"), name, replacement)
+{
+}
+
+qelTest::ImportHook::ImportHook(void* module, const char* name, void* replacement)
+    : m_entry(entryOf(module, name))
     , m_original(*m_entry)
 {
     setImport(m_entry, replacement);

@@ -19,10 +19,17 @@ public:
     }
 
     ImportHook(const char* name, void* replacement);
+
+    /// The same for another module.
+    ImportHook(void* module, const char* name, void* replacement);
+
     ~ImportHook();
 
     ImportHook(const ImportHook&) = delete;
     ImportHook& operator=(const ImportHook&) = delete;
+
+    /// The function that the module would call without this hook.
+    void* original() const { return m_original; }
 
 private:
     void** m_entry;   ///< the function's place in the import table

@@ -12,9 +12,9 @@ template <class T> T* at(HMODULE module, size_t offset)
 }
 } // namespace
 
-std::vector<qelTest::Import> qelTest::importsOfLibrary()
+std::vector<qelTest::Import> qelTest::importsOf(void* handle)
 {
-    HMODULE module = GetModuleHandleW(L"VarnelQELRoots.dll");
+    auto* module = static_cast<HMODULE>(handle);
     const auto* dos = at<IMAGE_DOS_HEADER>(module, 0);
     const auto* headers = at<IMAGE_NT_HEADERS>(module, static_cast<size_t>(dos->e_lfanew));
     const DWORD imports = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
@@ -32,6 +32,11 @@ std::vector<qelTest::Import> qelTest::importsOfLibrary()
         }
     }
     return found;
+}
+
+std::vector<qelTest::Import> qelTest::importsOfLibrary()
+{
+    return importsOf(GetModuleHandleW(L"VarnelQELRoots.dll"));
 }
 
 void qelTest::setImport(void** entry, void* function)

@@ -1,4 +1,4 @@
-// The functions that the DLL under test imports.
+// The functions that a module imports.
 #ifndef QEL_TEST_IMPORT_TABLE_H
 #define QEL_TEST_IMPORT_TABLE_H
 
@@ -7,14 +7,17 @@
 
 namespace qelTest
 {
-/// A function that the DLL imports by name.
+/// A function that is imported by name.
 struct Import
 {
     std::string name;
     void** entry; ///< its place in the import table, which holds its address
 };
 
-/// All of them.
+/// All of a module, given by its handle.
+std::vector<Import> importsOf(void* module);
+
+/// Those of the DLL under test.
 std::vector<Import> importsOfLibrary();
 
 /// Puts a function into a place of the import table. Throws std::runtime_error when it cannot be written.

@@ -1,0 +1,9 @@
+#include "support/SeededRun.h"
+
+#include <gtest/gtest.h>
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleTest(&argc, argv);
+    return qelTest::SeededRun::readOptions(argc, argv, "--cases", 10000) ? RUN_ALL_TESTS() : 2;
+}
