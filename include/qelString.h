@@ -480,7 +480,8 @@ public:
 
     /// @name Tokens
     /// Both tokenize `text`, leave it as it is, and replace the contents of `tokens`. Every unit of `separators`
-    /// separates; runs of separators count as one, so no token is empty.
+    /// separates; runs of separators count as one, so no token is empty. When memory runs out, `tokens` holds those
+    /// made by then.
     /// @{
 
     /// The tokens between separators.

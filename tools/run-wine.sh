@@ -6,7 +6,7 @@ if [ "${1:-}" = --help ] || [ $# -eq 0 ]; then
     echo "usage: run-wine.sh PROGRAM.exe [ARGUMENT ...]"
     echo
     echo "Runs a program of a build folder (BUILD/bin/PROGRAM.exe) under Wine, in the prefix BUILD/wine or, where it is"
-    echo "set, in WINEPREFIX. Windows need a display: see tools/test.sh. With QEL_MEMORY_KB the program has no more than"
+    echo "set, in WINEPREFIX. Windows need a display: see tools/test.sh. With QEL_MEMORY_KB the program gets at most"
     echo "that many kilobytes of addresses."
     exit 0
 fi

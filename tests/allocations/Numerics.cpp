@@ -90,6 +90,7 @@ void addPool(Operations& table)
 }
 } // namespace
 
+// NOLINTBEGIN(bugprone-suspicious-missing-comma): names that take two lines
 void qelTest::addNumerics(Operations& table)
 {
     addPool(table);
@@ -164,3 +165,4 @@ void qelTest::addNumerics(Operations& table)
                 [] { return std::wstring(); });
         });
 }
+// NOLINTEND(bugprone-suspicious-missing-comma)

@@ -228,7 +228,8 @@ int runCold(size_t index, int number, Failing failing)
     const std::string fault = run.fault(reference);
     if (!fault.empty())
     {
-        printf("[ COLD     ] %s, allocation %d %s: %s\n", operation.name().c_str(), number, named(failing), fault.c_str());
+        printf("[ COLD     ] %s, allocation %d %s: %s\n", operation.name().c_str(), number, named(failing),
+               fault.c_str());
         return eWrong;
     }
     return static_cast<int>(eRight | static_cast<DWORD>(kept) << 8);

@@ -20,13 +20,13 @@ namespace
 // That of the C runtime comes with the first error.
 void readyOwnRuntime()
 {
-    errno = 0;
     try
     {
         throw std::bad_alloc();
     }
     catch (const std::bad_alloc&)
     {
+        errno = 0;
     }
 }
 
