@@ -454,15 +454,17 @@ TEST(qelFileAccessPuts, AddsNoLineEnd)
 
 TEST(qelFileAccessPuts, WritesLongTextWhole)
 {
-    const std::wstring text(524288, L'\x00E9');
-    std::string narrow = "\xEF\xBB\xBF";
+    const std::wstring text(524288, byCodePage(L'\x00E9', L'\xFF71', L'\x00E9'));
+    std::string inUtf8;
+    std::string inAnsi;
     for (size_t i = 0; i < text.size(); ++i)
     {
-        narrow += "\xC3\xA9";
+        inUtf8 += byCodePage("\xC3\xA9", "\xEF\xBD\xB1", "\xC3\xA9");
+        inAnsi += byCodePage("\xE9", "\xB1", "\xC3\xA9");
     }
-    EXPECT_TRUE(afterPuts(qelFileAccess::UTF8, text.c_str()) == narrow);
+    EXPECT_TRUE(afterPuts(qelFileAccess::UTF8, text.c_str()) == "\xEF\xBB\xBF" + inUtf8);
     EXPECT_TRUE(afterPuts(qelFileAccess::UTF16LE, text.c_str()) == utf16(L"\xFEFF" + text));
-    EXPECT_TRUE(afterPuts(qelFileAccess::ANSI, text.c_str()) == std::string(524288, '\xE9'));
+    EXPECT_TRUE(afterPuts(qelFileAccess::ANSI, text.c_str()) == inAnsi);
 }
 
 TEST(qelFileAccessFullDisk, ReportsWhatCouldNotBeWritten)

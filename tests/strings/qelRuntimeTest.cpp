@@ -1407,4 +1407,29 @@ TEST(qelFclose, LeavesNoHandleOpen)
     }
     EXPECT_EQ(openHandles(), before);
 }
+struct Filling
+{
+    char* buffer;
+    size_t capacity;
+    int character;
+};
+Filling filling;
+
+errno_t noteFilling(char* buffer, size_t capacity, int character)
+{
+    filling = {buffer, capacity, character};
+    return ERANGE;
+}
+
+// Beside the tests of what comes of it, which need a runtime that has the function.
+TEST(qelStrset, HandsEverythingToTheRuntime)
+{
+    const qelTest::ImportHook hook("_strset_s", &noteFilling);
+    char buffer[] = "abc";
+    EXPECT_EQ(qelstrset(buffer, sizeof buffer, 'x'), ERANGE);
+    EXPECT_EQ(filling.buffer, buffer);
+    EXPECT_EQ(filling.capacity, sizeof buffer);
+    EXPECT_EQ(filling.character, 'x');
+    EXPECT_STREQ(buffer, "abc");
+}
 } // namespace

@@ -138,8 +138,9 @@ TEST(qelStringConstruct, ConvertsNarrowTextFromTheAnsiCodePage)
         {
             continue;
         }
-        const char source[] = {'a', byte, 'z', 0};
-        const wchar_t expected[] = {L'a', ansiUnit(byte), L'z', 0};
+        // So far from the end that no character can reach beyond it.
+        const char source[] = {'a', byte, 'x', 'y', 'z', 0};
+        const wchar_t expected[] = {L'a', ansiUnit(byte), L'x', L'y', L'z', 0};
         EXPECT_STREQ(qelString(source).getStringW(), expected) << value;
     }
 }

@@ -49,8 +49,8 @@ for QEL_CODE_PAGE in "${pages[@]}"; do
     say "Running the tests ($qel_preset, code page $QEL_CODE_PAGE)"
     cd "$qel_source"
     # What fails is told at the end.
-    run_step ctest --preset "$qel_preset" -L googletest "${filter[@]}" --no-tests=error --quiet \
-        --output-log "$folder/$QEL_CODE_PAGE.log" || true
+    run_step ctest --preset "$qel_preset" -L googletest "${filter[@]}" --no-tests=error --quiet || true
+    cp "$qel_build/Testing/Temporary/LastTest.log" "$folder/$QEL_CODE_PAGE.log"
     logs+=("$QEL_CODE_PAGE=$folder/$QEL_CODE_PAGE.log")
     end_wine
 done
