@@ -242,6 +242,30 @@ start_server()
         fail "Wine does not start: see $qel_build/wine.log"
 }
 
+# Runs the programs of GoogleTest, save those of the list left_out, and writes what they print to the file $1. For those
+# in the list filters it passes that filter on to GoogleTest. $2 may be an expression that names have to match.
+# shellcheck disable=SC2154
+run_test_programs()
+{
+    local log=$1 wanted=${2:-.} last=$qel_build/Testing/Temporary/LastTest.log result=0 program names
+    names="^($(IFS='|'; echo "${left_out[*]} ${!filters[*]}" | tr ' ' '|'))\$"
+    run_tests()
+    {
+        rm -f "$last"
+        run_step "${@:3}" ctest --preset "$qel_preset" --no-tests=ignore -L '^googletest$' -R "$1" -E "$2" || result=1
+        [ ! -f "$last" ] || cat "$last" >>"$log"
+    }
+    cd "$qel_source" || fail "there is no folder $qel_source"
+    : >"$log"
+    run_tests "$wanted" "$names"
+    for program in "${!filters[@]}"; do
+        if [[ $program =~ $wanted ]]; then
+            run_tests "^$program\$" '^$' env GTEST_FILTER="${filters[$program]}"
+        fi
+    done
+    return "$result"
+}
+
 # Ends the server, where one runs, and removes its folder, the one thing outside the build folder: Debian's Wine makes
 # it in /tmp, writes its name down in the prefix, and leaves it there.
 end_server()

@@ -1,10 +1,9 @@
-// Every test program has this: with QEL_TEST_GUARDED_MEMORY in its environment, all its tests run under a GuardedHeap,
-// and it fails when a string was not wiped. tools/long/guarded-memory.sh reads the line it prints.
+// Every test program that is linked to the library has this: with QEL_TEST_GUARDED_MEMORY in its environment, all its
+// tests run under a GuardedHeap, and it fails when a string was not wiped. tools/long/guarded-memory.sh reads the line
+// it prints.
 #include "support/GuardedMemory.h"
 
 #include <gtest/gtest.h>
-
-#include <windows.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -15,21 +14,10 @@ namespace
 class GuardedProgram : public testing::Environment
 {
 public:
-    void SetUp() override
-    {
-        // Some programs load the library themselves, as often as they like.
-        if (GetModuleHandleW(L"VarnelQELRoots.dll") != nullptr)
-        {
-            m_heap = std::make_unique<qelTest::GuardedHeap>();
-        }
-    }
+    void SetUp() override { m_heap = std::make_unique<qelTest::GuardedHeap>(); }
 
     void TearDown() override
     {
-        if (m_heap == nullptr)
-        {
-            return;
-        }
         const qelTest::GuardedHeapCounts counts = qelTest::GuardedHeap::counts();
         std::printf("guarded memory: %lld blocks, %lld unguarded, %lld string buffers, %lld narrow forms, %lld not "
                     "wiped\n",

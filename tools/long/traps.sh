@@ -6,8 +6,18 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/../lib.sh"
 
 # What cannot be run this way, and why.
+# shellcheck disable=SC2034
 left_out=(
-    qelModuleTest # looks at the size and the imports of the image
+    qelTestKitTest # runs no code of the DLL
+)
+
+# Tests that cannot be run this way: program, and GoogleTest's filter for it. The first gives the DLL text at odd
+# addresses, which it reads as the machine does and C++ does not allow; the second needs frames on the stack as small as
+# those of the product.
+# shellcheck disable=SC2034
+declare -A filters=(
+    [qelStringsTest]='-qelStringGuard.ForeignTextIsMeasuredAtAnyAddress'
+    [qelPatternTest]='-qelRegExWrapperLimits.LeaveRoomForARepeatedGroupOnTheLongestText'
 )
 
 usage()
@@ -16,7 +26,8 @@ usage()
 usage: traps.sh [-R REGEX]
 
 Builds the DLL so that it stops at undefined behaviour, an overflow or a misaligned access say, and runs the test
-programs with it. The tests themselves are built as usual. What is left out: ${left_out[*]}.
+programs with it. The tests themselves are built as usual. What is left out: ${left_out[*]}, and of two programs one
+test each, for the reasons that are given in this script.
 
   -R REGEX  only the programs whose names match
   --help    show this text
@@ -26,11 +37,11 @@ Needs a build folder of its own, build/linux-mingw-traps (2 GB). Takes ten minut
 END
 }
 
-filter=()
+filter=
 while [ $# -gt 0 ]; do
     case $1 in
         --help) usage; exit 0 ;;
-        -R) [ $# -ge 2 ] || { usage >&2; exit 2; }; filter=(-R "$2"); shift 2 ;;
+        -R) [ $# -ge 2 ] || { usage >&2; exit 2; }; filter=$2; shift 2 ;;
         *) usage >&2; exit 2 ;;
     esac
 done
@@ -44,13 +55,12 @@ build testPrograms
 start_wine "$qel_build/wine"
 
 say "Running the tests with traps"
-log=$qel_build/Testing/Temporary/LastTest.log
-rm -f "$log"
+log=$qel_build/traps.log
 result=0
-run_step ctest --preset "$qel_preset" --no-tests=error -L '^googletest$' \
-    -E "^($(IFS='|'; echo "${left_out[*]}"))\$" "${filter[@]}" || result=1
-# An undefined instruction is what a trap is made of.
-traps=$(grep -ciE 'c000001d|illegal instruction' "$log" || true)
+run_test_programs "$log" "$filter" || result=1
+# An illegal instruction is what a trap is made of. Death tests want theirs.
+traps=$(awk '/^\[ RUN/ { wanted = /DeathTest/ } /illegal instruction|c000001d/ && !wanted { found++ }
+    END { print found + 0 }' "$log")
 printf 'figures: %s programs, %s tests passed, %s traps, %s\n' "$(grep -c '^".*" end time:' "$log" || true)" \
     "$(grep -c '^\[       OK \]' "$log" || true)" "$traps" \
     "$([ "$result" -eq 0 ] && echo 'no program failed' || echo 'programs FAILED')"
