@@ -27,9 +27,5 @@ function(qel_reproducible_image target base)
       -Wl,--no-insert-timestamp,--image-base=${base}
       # Tells which archives went in, for the notices of their makers.
       -Wl,-Map=${CMAKE_BINARY_DIR}/${target}.map)
-    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-      # For src/module/exceptions.cpp.
-      target_link_options(${target} PRIVATE -Wl,--wrap=pthread_mutex_init,--wrap=pthread_once)
-    endif()
   endif()
 endfunction()

@@ -108,7 +108,11 @@ class Outcome:
         return self.how == "passed"
 
 
-def limit_process():
+def limit_process(program):
+    # As run-wine.sh does.
+    if "QEL_MEMORY_KB" in program.environment:
+        most = int(program.environment["QEL_MEMORY_KB"]) << 10
+        resource.setrlimit(resource.RLIMIT_AS, (most, most))
     resource.setrlimit(resource.RLIMIT_DATA, (MOST_MEMORY, MOST_MEMORY))
     resource.setrlimit(resource.RLIMIT_FSIZE, (MOST_BYTES_OF_A_FILE, MOST_BYTES_OF_A_FILE))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
@@ -154,7 +158,7 @@ def run(program, side, environment, test=""):
     with tempfile.TemporaryFile(dir=environment["HOME"]) as output:
         process = subprocess.Popen(
             command, cwd=directory, env={**environment, **program.environment}, stdin=subprocess.DEVNULL,
-            stdout=output, stderr=subprocess.STDOUT, start_new_session=True, preexec_fn=limit_process)
+            stdout=output, stderr=subprocess.STDOUT, start_new_session=True, preexec_fn=lambda: limit_process(program))
         try:
             code, silence = watch(process, output, PATIENCE + MULTIPLE * program.silence)
         finally:

@@ -144,12 +144,13 @@ class Worker:
                 return outcome
             self.clean_up(program, outcome)
             # The first alone: some programs run each of their tests in a process of its own.
-            first = (outcome.tests or [""])[0]
-            again = self.run(program, "mutant", first)
+            test = (outcome.tests or [""])[0]
+            again = self.run(program, "mutant", test)
             if again.passed():
+                test = ""
                 again = self.run(program, "mutant")
             self.clean_up(program, again)
-            if not again.passed() and self.run(program, "control", first).passed():
+            if not again.passed() and self.run(program, "control", test).passed():
                 return outcome
             self.wine(program).renew()
             self.run_control(program)
