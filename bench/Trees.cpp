@@ -1,5 +1,6 @@
-// The balanced tree beside an intrusive AVL tree and std::set, whose records compare by the same virtual call. This file
-// is compiled without devirtualization: the compiler sees all records of the peers, and would compare keys in place.
+// The balanced tree beside an intrusive AVL tree and std::set, whose records compare by the same virtual call. This
+// file is compiled without devirtualization: the compiler sees all records of the peers, and would compare keys in
+// place.
 
 #include "Families.h"
 #include "Plain.h"
@@ -270,8 +271,8 @@ const Peer kIntrusive = {
     "",
     "",
     "Each record is a call of the caller's function, which takes half of the time.",
-    "Records are created and destroyed by calls into the DLL. A shorter way to destroy those without sides gave 1.06 at "
-    "1 k records, sorted.",
+    "Records are created and destroyed by calls into the DLL. A shorter way to destroy those without sides gave 1.06 "
+    "at 1 k records, sorted.",
 };
 
 const Peer kStandard = {
@@ -281,8 +282,8 @@ const Peer kStandard = {
     "forms gave 0.86 and 0.95.",
     "Both sides compare by the same virtual call; choosing the side without a jump gave 0.57 to 0.72.",
     "Each record is a call of the caller's function, which takes half of the time.",
-    "Both sides find and free each record, the latter in 25 of 42 (sorted) to 90 ns (random) at 1 k records. The best of "
-    "ten forms gave 0.75 and 0.87.",
+    "Both sides find and free each record, the latter in 25 of 42 (sorted) to 90 ns (random) at 1 k records. The best "
+    "of ten forms gave 0.75 and 0.87.",
 };
 
 template <class PeerTree> void addRows(Table& table, long count, bool sorted, const Peer& peer)

@@ -20,6 +20,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("name", help="the long test, as the first column of the table has it")
     parser.add_argument("figures", help="what came out of it")
+    parser.add_argument("--tree", help="the commit that was tested, where it is not the one checked out")
     arguments = parser.parse_args()
 
     lines = PAGE.read_text(encoding="utf-8").splitlines(keepends=True)
@@ -28,7 +29,7 @@ def main():
     if len(rows) != 1:
         sys.exit(f"{PAGE.name} has {len(rows)} rows of the name {arguments.name}")
     cells = lines[rows[0]].split(" | ")
-    tree = f"{commit()}, {datetime.date.today()}"
+    tree = f"{arguments.tree or commit()}, {datetime.date.today()}"
     lines[rows[0]] = " | ".join(cells[:3] + [arguments.figures.replace("|", "/"), tree]) + " |\n"
     PAGE.write_text("".join(lines), encoding="utf-8", newline="\n")
 

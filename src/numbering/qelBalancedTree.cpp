@@ -67,8 +67,8 @@ const qelBalancedTreeEntry* chosen(int side, const qelBalancedTreeEntry* left, c
 class qelBalancedTreeEntry::Descent
 {
 public:
-    /// A change of height at the end of the path passes up until an entry stops it: growth stops at an entry that is not
-    /// balanced, shrinking at one that is.
+    /// A change of height at the end of the path passes up until an entry stops it: growth stops at an entry that is
+    /// not balanced, shrinking at one that is.
     enum Change
     {
         eGrowth,

@@ -100,7 +100,6 @@ Area qelTest::dataSourceOperations()
                 .fails("GetFileType", kNone)
                 .fails("ReadFile", kNone)
                 .fails("SetFilePointerEx", kNone)
-                .fails("MultiByteToWideChar", kNone)
                 .fails("ftell", kNone)
                 .fails("fseek", kNone, "1,3,all")
                 .ignores({"RegOpenKeyExW", "RegQueryValueExW", "RegCloseKey", "GetCPInfo", "fseek", "fsetpos",

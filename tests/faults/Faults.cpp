@@ -247,7 +247,7 @@ const std::vector<Spared>& qelTest::spared()
          {"DeleteCriticalSection", "DeleteFiber", "EnterCriticalSection", "InitializeCriticalSection",
           "LeaveCriticalSection", "FreeLibraryAndExitThread", "GetLocalTime", "GetSystemTime", "OutputDebugStringW",
           "ShowWindow", "Sleep", "SwitchToFiber", "ConvertFiberToThread", "_set_thread_local_invalid_parameter_handler",
-          "TryEnterCriticalSection"}},
+          "SwitchToThread", "TryEnterCriticalSection"}},
         {"fail for a handle that is none only, and this one is the pool's own: who waited for it would wait forever",
          {"SetEvent"}},
         {"belong to the runtime of the compiler, which ends the process where it cannot go on",

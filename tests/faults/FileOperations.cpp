@@ -112,7 +112,6 @@ std::vector<Operation> writers()
             "write, narrow format", "7, 3 parts",
             [] { return writing(qelFileAccess::ANSI, [](const qelFileAccess& f) { return f.write("%d parts", 3); }); })
             .fails("_wfopen_s", "0, no such file")
-            .fails("MultiByteToWideChar", "0, empty file")
             .fails("vfwprintf_s", "-1, empty file")
             .ignores({"fclose"}),
         Operation(
@@ -169,7 +168,6 @@ std::vector<Operation> readers()
         Operation("getStringW", "line text", [] { return readingLine(qelFileAccess::ANSI, "text"); })
             .fails("_wfopen_s", "not open")
             .fails("fgets", "line no text")
-            .fails("MultiByteToWideChar", "line no text")
             .ignores({"fclose"}),
         Operation("getStringW, UTF-16", "line text",
                   [] { return readingLine(qelFileAccess::UTF16LE, utf16Mark() + utf16(L"text")); })
@@ -180,7 +178,6 @@ std::vector<Operation> readers()
             .fails("_wfopen_s", "not open")
             .fails("fgetws", "line no text")
             .fails("WideCharToMultiByte", "line no text", "all")
-            .fails("MultiByteToWideChar", "line no text")
             .ignores({"fclose", "GetCPInfo", "WideCharToMultiByte"}),
         Operation("readString", "1, 42",
                   [] {
@@ -232,7 +229,6 @@ std::vector<Operation> readers()
             .ignores({"fclose"}),
         Operation("readFile", "4, text", [] { return readingWhole(qelFileAccess::ANSI, "text"); })
             .fails("_wfopen_s", "not open")
-            .fails("MultiByteToWideChar", "4, no text")
             .fails("fread", "0, no text or 4, text")
             .fails("fseek", "0, no text")
             .ignores({"fclose", "GetCPInfo"}),

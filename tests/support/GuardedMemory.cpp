@@ -296,24 +296,6 @@ void guardedFree(void* block)
 }
 } // namespace
 
-void* qelTest::allocateGuarded(size_t bytes)
-{
-    const size_t pages = pagesFor(bytes);
-    auto* base = static_cast<unsigned char*>(VirtualAlloc(nullptr, (pages + 2) * kPage, MEM_RESERVE, PAGE_NOACCESS));
-    if (pages > 0)
-    {
-        VirtualAlloc(base + kPage, pages * kPage, MEM_COMMIT, PAGE_READWRITE);
-    }
-    return base + (pages + 1) * kPage - bytes;
-}
-
-void qelTest::releaseGuarded(void* block)
-{
-    MEMORY_BASIC_INFORMATION memory;
-    VirtualQuery(block, &memory, sizeof memory);
-    VirtualFree(memory.AllocationBase, 0, MEM_RELEASE);
-}
-
 qelTest::GuardedHeap::GuardedHeap()
     : m_malloc("malloc", &guardedMalloc)
     , m_free("free", &guardedFree)

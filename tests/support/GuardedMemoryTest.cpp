@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <string>
 
 namespace
 {
@@ -38,7 +39,7 @@ TEST(GuardedHeap, SeesWhatIsLeftInAFreedBuffer)
     const GuardedHeapCounts before = GuardedHeap::counts();
     {
         // Only the text up to the terminator is wiped.
-        const qelString text(L"a secret");
+        const qelString text(std::wstring(200, L's').c_str());
         (representationOf(text)->*member(RepresentationData()))[1] = 0;
     }
     EXPECT_EQ(before.notWiped + 1, GuardedHeap::counts().notWiped);
