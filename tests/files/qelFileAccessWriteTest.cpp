@@ -257,6 +257,20 @@ TEST(qelFileAccessWrite, KeepsSurrogatePairsThatComeInTwoCalls)
     }
 }
 
+TEST(qelFileAccessWrite, KeepsSurrogatePairsWhoseHalvesComeAlone)
+{
+    for (size_t before = 0; before < 600; ++before)
+    {
+        const std::wstring first(before, L'x');
+        const std::string inFile = written(qelFileAccess::UTF8, [&](const qelFileAccess& file) {
+            EXPECT_EQ(file.write(first.c_str()), static_cast<int>(before));
+            EXPECT_EQ(file.write(L"\xD83D"), 1);
+            EXPECT_EQ(file.write(L"\xDE00"), 1);
+        });
+        EXPECT_EQ(inFile.substr(3 + before), "\xF0\x9F\x98\x80") << before;
+    }
+}
+
 TEST(qelFileAccessPuts, KeepsSurrogatePairsInUtf8)
 {
     // Written by puts(), whole text gets into a UTF-8 file when the file's mark overrules the key.

@@ -14,7 +14,7 @@ sys.dont_write_bytecode = True
 SOURCE, BUILD, FOLDER = (pathlib.Path(argument).resolve() for argument in sys.argv[1:4])
 sys.path.insert(0, str(SOURCE / "tools"))
 
-from mutation import places  # noqa: E402
+from mutation import places, programs  # noqa: E402
 
 # Mutants of qelDouble: the tests find all of them but the last.
 SAMPLE = (
@@ -76,6 +76,12 @@ class Places(unittest.TestCase):
         first = {mutant.identity() for mutant in places.mutants_of("file.cpp", text)}
         moved = {mutant.identity() for mutant in places.mutants_of("file.cpp", "int g();\n\n" + text)}
         self.assertEqual(first, moved)
+
+
+class Programs(unittest.TestCase):
+    def test_those_for_other_code_pages_are_run_with_them(self):
+        pages = {program.code_page: program.path for program in programs.read_programs(BUILD) if program.code_page}
+        self.assertEqual(pages, {"932": "bin/qelCodePageTest.exe", "65001": "bin/qelCodePageTest.exe"})
 
 
 class Runs(unittest.TestCase):

@@ -1209,6 +1209,18 @@ TEST_F(qelArrayStorage, ControllerAllocatesCountTimesSize)
     EXPECT_EQ(freedBlocks, 1U);
 }
 
+TEST_F(qelArrayStorage, ControllerHasABlockForNoElementsOfWhateverSize)
+{
+    const long none = 0;
+    for (const unsigned long long size : {1ULL, 8ULL, ULLONG_MAX})
+    {
+        unsigned char* block = qelMemoryControllerController::allocateArray(none, size);
+        EXPECT_NE(block, nullptr) << size;
+        qelMemoryControllerController::deallocateArray(block);
+    }
+    EXPECT_EQ(freedBlocks, 3U);
+}
+
 TEST_F(qelArrayStorage, ControllerLeavesANullBlockAlone)
 {
     unsigned char* block = nullptr;

@@ -32,6 +32,7 @@ class Program:
     environment: dict
     locks: tuple
     expected: str  # what the output has to match; empty where the exit code tells
+    code_page: str = ""  # ANSI code page that it needs, empty for the usual one
     reaches: set = None  # objects
     seconds: float = UNKNOWN_SILENCE
     silence: float = UNKNOWN_SILENCE
@@ -46,8 +47,10 @@ def read_programs(build):
     found = []
     tests = json.loads(output_of(["ctest", "--show-only=json-v1"], cwd=build))["tests"]
     for test in tests:
-        at = next((i for i, word in enumerate(test.get("command", ())[:2]) if word.endswith(".exe")), None)
-        path = os.path.relpath(test["command"][at], build) if at is not None else ""
+        command = test.get("command", ("",))
+        code_page = command[1] if command[0].endswith("/with-code-page.sh") else ""
+        at = next((i for i, word in enumerate(command[: 4 if code_page else 2]) if word.endswith(".exe")), None)
+        path = os.path.relpath(command[at], build) if at is not None else ""
         if path.split("/")[0] not in ("bin", "debug-output") or not path.endswith(
                 ("Test.exe", "documentationExamples.exe", "printDialogPlaces.exe")) or "qelTestKitTest" in path:
             continue
@@ -61,7 +64,7 @@ def read_programs(build):
         folder = pathlib.PurePath(properties["WORKING_DIRECTORY"]).name
         expected = properties.get("PASS_REGULAR_EXPRESSION", [""])[0]
         locks = tuple(sorted(properties.get("RESOURCE_LOCK", ())))
-        found.append(Program(test["name"], path, test["command"][at + 1 :], folder, environment, locks, expected))
+        found.append(Program(test["name"], path, command[at + 1 :], folder, environment, locks, expected, code_page))
     return found
 
 
@@ -105,7 +108,11 @@ class Outcome:
         return self.how == "passed"
 
 
-def limit_process():
+def limit_process(program):
+    # As run-wine.sh does.
+    if "QEL_MEMORY_KB" in program.environment:
+        most = int(program.environment["QEL_MEMORY_KB"]) << 10
+        resource.setrlimit(resource.RLIMIT_AS, (most, most))
     resource.setrlimit(resource.RLIMIT_DATA, (MOST_MEMORY, MOST_MEMORY))
     resource.setrlimit(resource.RLIMIT_FSIZE, (MOST_BYTES_OF_A_FILE, MOST_BYTES_OF_A_FILE))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
@@ -151,7 +158,7 @@ def run(program, side, environment, test=""):
     with tempfile.TemporaryFile(dir=environment["HOME"]) as output:
         process = subprocess.Popen(
             command, cwd=directory, env={**environment, **program.environment}, stdin=subprocess.DEVNULL,
-            stdout=output, stderr=subprocess.STDOUT, start_new_session=True, preexec_fn=limit_process)
+            stdout=output, stderr=subprocess.STDOUT, start_new_session=True, preexec_fn=lambda: limit_process(program))
         try:
             code, silence = watch(process, output, PATIENCE + MULTIPLE * program.silence)
         finally:

@@ -1,6 +1,7 @@
 """Judges mutants, one after the other: builds each and runs the test programs that can reach it."""
 import contextlib
 import json
+import os
 import pathlib
 import shutil
 import signal
@@ -16,8 +17,9 @@ HIVES = ("system.reg", "user.reg", "userdef.reg")
 class Wine:
     """A Wine of its own: prefix, server and display."""
 
-    def __init__(self, folder):
+    def __init__(self, folder, code_page=""):
         self.folder = folder
+        self.settings = {**os.environ, "QEL_CODE_PAGE": code_page} if code_page else None
         self.keeper = None
         self.environment = {}
         self.start()
@@ -25,7 +27,7 @@ class Wine:
     def start(self):
         # Ctrl-C reaches it through its input, which ends with this process.
         self.keeper = subprocess.Popen([KEEPER, self.folder], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                       stderr=subprocess.PIPE, start_new_session=True)
+                                       stderr=subprocess.PIPE, start_new_session=True, env=self.settings)
         said = self.keeper.stdout.read().decode()
         if not said.endswith("ready=1\0"):
             raise RuntimeError(f"Wine did not start in {self.folder}: {self.keeper.stderr.read().decode()}")
@@ -76,11 +78,20 @@ class Worker:
     def __init__(self, base, folder, all_programs, usual, locks, seen):
         self.programs, self.usual, self.locks, self.seen = all_programs, usual, locks, seen
         self.workshop = library.Workshop(base, folder)
-        self.wine = Wine(folder)
+        self.folder = folder
+        self.wines = {}  # by code page
         self.last_killer = {}  # by file: what found its last mutant is likely to find the next one
 
     def end(self):
-        self.wine.end()
+        for wine in self.wines.values():
+            wine.end()
+
+    def wine(self, program):
+        """The Wine for a program, which is started when it is first needed."""
+        page = program.code_page
+        if page not in self.wines:
+            self.wines[page] = Wine(self.folder / f"code-page-{page}" if page else self.folder, page)
+        return self.wines[page]
 
     def judge(self, mutant, text):
         """What became of a mutant: its verdict, and which tests found it in what way."""
@@ -106,19 +117,21 @@ class Worker:
         return {"verdict": "survived"}
 
     def order(self, mutant, changed):
-        """The programs that can reach the change, the likely ones first, then the subsystem's own, fast ones first."""
+        """The programs that can reach the change: the likely ones first, then the subsystem's own, fast ones first, and
+        at last those that need another code page."""
         folder = mutant.file.split("/")[1]
         can = [program for program in self.programs
                if folder == "module" or not program.reaches.isdisjoint(changed)
                or program.path.startswith(library.VARIANT)]
         likely = self.last_killer.get(mutant.file)
-        return sorted(can, key=lambda program: (program.name != likely, program.folder != folder, program.seconds))
+        return sorted(can, key=lambda program: (program.name != likely, program.code_page != "",
+                                                program.folder != folder, program.seconds))
 
     def run(self, program, side, test=""):
         with contextlib.ExitStack() as held:
             for name in program.locks:
                 held.enter_context(self.locks.setdefault(name, threading.Lock()))
-            return programs.run(program, self.workshop.folder / side, self.wine.environment, test)
+            return programs.run(program, self.workshop.folder / side, self.wine(program).environment, test)
 
     def examine(self, program):
         """Runs a program with the mutant. Only what fails again, and does not fail without the mutant, counts."""
@@ -131,21 +144,22 @@ class Worker:
                 return outcome
             self.clean_up(program, outcome)
             # The first alone: some programs run each of their tests in a process of its own.
-            first = (outcome.tests or [""])[0]
-            again = self.run(program, "mutant", first)
+            test = (outcome.tests or [""])[0]
+            again = self.run(program, "mutant", test)
             if again.passed():
+                test = ""
                 again = self.run(program, "mutant")
             self.clean_up(program, again)
-            if not again.passed() and self.run(program, "control", first).passed():
+            if not again.passed() and self.run(program, "control", test).passed():
                 return outcome
-            self.wine.renew()
+            self.wine(program).renew()
             self.run_control(program)
         raise RuntimeError(f"{program.name} passes at one time and fails at another")
 
     def clean_up(self, program, outcome):
         """Of a test that was cut off, processes and registry values may be left."""
         if outcome.how == "hang" or (outcome.how == "crash" and program.locks):
-            self.wine.renew()
+            self.wine(program).renew()
 
     def run_control(self, program):
         """Runs a program with the library as it is, which has to pass."""
@@ -154,5 +168,5 @@ class Worker:
             if outcome.passed():
                 self.usual.note(program, outcome)
                 return
-            self.wine.renew()
+            self.wine(program).renew()
         raise RuntimeError(f"{program.name} fails without a mutant: {outcome.how} {outcome.tests}")
