@@ -265,6 +265,7 @@ bool isTextMode(FILE* stream, Form form)
     }
     return before != _O_BINARY;
 }
+
 /// What a file gives that cannot be read to its end: nothing, rather than a part.
 size_t refuse(FILE* stream, qelString& contents)
 {
