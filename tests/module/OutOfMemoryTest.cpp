@@ -182,7 +182,11 @@ DWORD WINAPI makeStringLater(void* argument)
     readyOwnRuntime();
     thread.ready.set();
     thread.full.await();
-    thread.outcome = makeString();
+    {
+        // Heaps may keep blocks for each thread.
+        const FullHeap hereAsWell;
+        thread.outcome = makeString();
+    }
     thread.tried.set();
     // Ending takes memory of Wine's DLLs.
     thread.over.await();
