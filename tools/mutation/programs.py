@@ -8,6 +8,7 @@ import resource
 import signal
 import subprocess
 import tempfile
+import tempfile
 import time
 
 from mutation.library import LIBRARY, closure, output_of
@@ -45,7 +46,10 @@ def properties_of(test):
 def read_programs(build):
     """All tests of CTest that run one program of GoogleTest or one that uses the DLL and prints what it sees."""
     found = []
-    tests = json.loads(output_of(["ctest", "--show-only=json-v1"], cwd=build))["tests"]
+    # From a folder of its own: CTest would begin the log of the build folder anew, under a run that writes it.
+    with tempfile.TemporaryDirectory(dir=build) as folder:
+        pathlib.Path(folder, "CTestTestfile.cmake").write_text(f'subdirs("{build}")\n', encoding="utf-8")
+        tests = json.loads(output_of(["ctest", "--show-only=json-v1"], cwd=folder))["tests"]
     for test in tests:
         command = test.get("command", ("",))
         code_page = command[1] if command[0].endswith("/with-code-page.sh") else ""
