@@ -134,13 +134,16 @@ void addSorts(Table& table, long count)
             copiesOf(ours), [](qelStringClassArray& l) { l.sort(qelString::strCompare); }, copiesOf(theirs),
             [](std::vector<wstring>& l) { std::sort(l.begin(), l.end()); });
     });
-    table.add(Row{"sort, ignoring case", sizeText(count, "strings"), "std::sort", 0.95}, [count] {
-        const std::vector<wstring> theirs = names(count);
-        const qelStringClassArray ours = listOf(theirs);
-        return preparedSides(
-            copiesOf(ours), [](qelStringClassArray& l) { l.sort(qelString::strCompareNoCase); }, copiesOf(theirs),
-            [](std::vector<wstring>& l) { std::sort(l.begin(), l.end(), comesBeforeIgnoringCase); });
-    });
+    table.add(
+        Row{"sort, ignoring case", sizeText(count, "strings"), "std::sort", 0.95,
+            "Both sides compare by the same call of the runtime, which takes nearly all the time. 0.94 was the best."},
+        [count] {
+            const std::vector<wstring> theirs = names(count);
+            const qelStringClassArray ours = listOf(theirs);
+            return preparedSides(
+                copiesOf(ours), [](qelStringClassArray& l) { l.sort(qelString::strCompareNoCase); }, copiesOf(theirs),
+                [](std::vector<wstring>& l) { std::sort(l.begin(), l.end(), comesBeforeIgnoringCase); });
+        });
 }
 
 /// A sorted list for either side, and names to look for.

@@ -178,7 +178,8 @@ void addEmptyTasks(Table& table, int workers)
 {
     const std::string name = "50 k empty tasks, " + std::to_string(workers) + (workers == 1 ? " worker" : " workers");
     const auto add = [&](const char* peer, int (*count)(int)) {
-        Row row{name, sizeText(kTasks, "tasks"), peer, 1.2};
+        Row row{name, sizeText(kTasks, "tasks"), peer, 1.2,
+                "With more threads than processors, order is chance: 0.5 to 2.9."};
         row.clock = Clock::wall;
         table.add(row, [workers, count] {
             return sides([workers] { return countByUs(workers); }, [workers, count] { return count(workers); });

@@ -8,7 +8,6 @@ import resource
 import signal
 import subprocess
 import tempfile
-import tempfile
 import time
 
 from mutation.library import LIBRARY, closure, output_of
