@@ -314,12 +314,11 @@ TEST_F(HostileStrings, FormatsOfAnyWidthAreWrittenOrRefused)
     {
         // Wide results take long; most are short.
         const int highest = m_run.oneIn(50) ? 8 : 5;
-        const auto specification = [&](wchar_t kind) {
+        const auto conversion = [&](wchar_t kind) {
             return wstring(L"%") + m_run.pick(flags) + widths[m_run.below(highest)] + m_run.pick(precisions) + kind;
         };
         const wstring what = mutated(m_run, texts());
-        const wstring format =
-            L"<" + specification(L'd') + L"|" + specification(L's') + L"|" + specification(L'X') + L">%%";
+        const wstring format = L"<" + conversion(L'd') + L"|" + conversion(L's') + L"|" + conversion(L'X') + L">%%";
         const int number = m_run.between(INT_MIN / 2, INT_MAX / 2);
         std::vector<wchar_t> buffer(600);
         const int length = _scwprintf(format.c_str(), number, what.c_str(), number);
