@@ -4,7 +4,13 @@
 
 #include <windows.h>
 
+#include <string.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
 #include <new>
+#include <set>
 
 namespace
 {
@@ -48,6 +54,53 @@ TEST(qelUnload, GivesTheMemoryBack)
     EXPECT_LT(committedMemory(), before + 1024 * 1024);
     FreeLibrary(commonControls);
 }
+
+#if defined(__MINGW32__)
+/// The words of the library's data that are nobody's address and end with the zero byte of a stack guard.
+std::set<std::uint64_t> possibleGuards(HMODULE module)
+{
+    const auto* image = reinterpret_cast<const char*>(module);
+    const auto* headers =
+        reinterpret_cast<const IMAGE_NT_HEADERS*>(image + reinterpret_cast<const IMAGE_DOS_HEADER*>(image)->e_lfanew);
+    const IMAGE_SECTION_HEADER* section = reinterpret_cast<const IMAGE_SECTION_HEADER*>(headers + 1);
+    std::set<std::uint64_t> words;
+    for (int i = 0; i < headers->FileHeader.NumberOfSections; ++i, ++section)
+    {
+        if ((section->Characteristics & IMAGE_SCN_MEM_WRITE) == 0)
+        {
+            continue;
+        }
+        const DWORD end = section->VirtualAddress + section->Misc.VirtualSize;
+        for (DWORD at = section->VirtualAddress; at + sizeof(std::uint64_t) <= end; at += sizeof(std::uint64_t))
+        {
+            std::uint64_t word = 0;
+            memcpy(&word, image + at, sizeof word);
+            if ((word & 0xFF) == 0 && word >> 48 != 0)
+            {
+                words.insert(word);
+            }
+        }
+    }
+    return words;
+}
+
+TEST(qelUnload, EachLoadChoosesAnotherStackGuard)
+{
+    std::set<std::uint64_t> before;
+    for (int round = 0; round < 3; ++round)
+    {
+        const HMODULE module = LoadLibraryW(L"VarnelQELRoots.dll");
+        ASSERT_NE(module, nullptr);
+        std::set<std::uint64_t> changed;
+        const std::set<std::uint64_t> now = possibleGuards(module);
+        std::set_difference(now.begin(), now.end(), before.begin(), before.end(),
+                            std::inserter(changed, changed.end()));
+        EXPECT_FALSE(changed.empty());
+        before = now;
+        EXPECT_TRUE(FreeLibrary(module));
+    }
+}
+#endif
 
 size_t blocksInUse(HANDLE heap)
 {

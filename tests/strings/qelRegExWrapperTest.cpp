@@ -905,6 +905,19 @@ TEST(qelRegExWrapperLimits, TakeALargeStackForLongTextsOnly)
     });
 }
 
+TEST(qelRegExWrapperLimits, TryNoSmallStackForARepeatedGroupOnALongText)
+{
+    size_t untouched = 0;
+    inThread(kSmallStack, [&] {
+        const std::wstring text = times(4000, L"xy");
+        UntouchedStack stack;
+        stack.fill();
+        EXPECT_TRUE(matched(L"(x|y)*", text).matched);
+        untouched = stack.measure();
+    });
+    EXPECT_GT(untouched, kSmallStack / 2) << "most of it was used first";
+}
+
 TEST(qelRegExWrapperLimits, PutMoreOfTheStackInUseWhereThatIsNeeded)
 {
     const qelTest::ImportHook hook("CreateFiberEx", countingFiber);
