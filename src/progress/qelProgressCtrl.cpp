@@ -44,7 +44,6 @@ const qelProgressCtrlWindow* firstWindow()
 
 qelProgressCtrlWindowController::qelProgressCtrlWindowController()
 {
-    m_defaultWindow.switchOn();
     append(&m_defaultWindow);
 }
 

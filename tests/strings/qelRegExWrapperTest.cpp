@@ -1037,6 +1037,13 @@ TEST(qelRegExWrapperMemory, RunningOutForBecomingAFiberIsFalse)
     });
 }
 
+TEST(qelRegExWrapperMemory, RunningOutForBecomingAFiberLeavesTheCallersStack)
+{
+    const std::wstring text = times(20000, L"ab");
+    const qelTest::ImportHook hook("ConvertThreadToFiberEx", refusingToConvert);
+    inThread(kSmallStack, [&] { EXPECT_TRUE(matched(L"(x|y)*[ab]*", text).matched); });
+}
+
 TEST(qelRegExWrapperMemory, RunningOutForTheLargeStackIsFalse)
 {
     const std::wstring text = times(20000, L"ab");

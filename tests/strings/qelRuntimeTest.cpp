@@ -1292,6 +1292,32 @@ TEST(qelFgets, ReadsALineOrAsMuchAsFits)
     EXPECT_EQ(qelfclose(file), 0);
 }
 
+int readByTheRuntime = 0;
+
+char* emptyLine(char* buffer, int size, FILE*)
+{
+    readByTheRuntime += size;
+    *buffer = 0;
+    return buffer;
+}
+
+// Wine's runtime gives null for it, others an empty text.
+TEST(qelFgets, LeavesRoomForOneByteToTheRuntime)
+{
+    const TemporaryFolder folder;
+    FILE* file = open(folder.write(L"line.txt", "abc"), L"rb");
+    ASSERT_NE(file, nullptr);
+    char buffer[2] = "?";
+    {
+        const qelTest::ImportHook hook("fgets", emptyLine);
+        readByTheRuntime = 0;
+        EXPECT_EQ(qelfgets(buffer, 1, file), buffer);
+        EXPECT_EQ(readByTheRuntime, 1);
+    }
+    EXPECT_STREQ(buffer, "");
+    EXPECT_EQ(qelfclose(file), 0);
+}
+
 TEST(qelFputs, WritesTextWithoutAddingALineEnd)
 {
     const TemporaryFolder folder;

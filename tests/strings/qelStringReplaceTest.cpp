@@ -1,5 +1,6 @@
 #include "strings/TextSupport.h"
 #include "support/AnsiCodePage.h"
+#include "support/ImportHook.h"
 
 #include <gtest/gtest.h>
 
@@ -221,6 +222,26 @@ TEST(qelStringReplaceText, StaysQuickWhenTheTextNearlyFitsEverywhere)
     EXPECT_LT(watch.seconds(), 2);
     EXPECT_EQ(text.length(), static_cast<int>(expected.size()));
     EXPECT_EQ(text, qelString(expected.c_str()));
+}
+
+int boundedCopies = 0;
+
+errno_t countingCopy(wchar_t* to, size_t room, const wchar_t* from)
+{
+    ++boundedCopies;
+    return wcscpy_s(to, room, from);
+}
+
+// The runtimes call their handler of invalid parameters for it, Wine's does not.
+TEST(qelStringReplaceText, RefusesALongerResultAsABoundedCopyOfTheRuntimeDoes)
+{
+    const LenientRuntime lenient;
+    const ImportHook hook("wcscpy_s", countingCopy);
+    qelString text = repeated(kLongestResult, L'x');
+    boundedCopies = 0;
+    text.replace(L"x", L"yz");
+    EXPECT_EQ(text.length(), 0);
+    EXPECT_EQ(boundedCopies, 1);
 }
 
 TEST(qelStringReplaceText, WorksUpToTheLongestResultAndGivesTheEmptyTextBeyond)

@@ -171,6 +171,17 @@ TEST(qelThreadsPoolCopy, TakesTheMemoryOfItsTasksAndNoMore)
     EXPECT_EQ(HeapCount::allocated(), 1);
 }
 
+TEST(qelThreadsPoolAssignment, LeavesTheMemoryOfItsOldTasksToTheirOwner)
+{
+    const qelThreadsPool other(0);
+    qelThreadsPool pool(0);
+    pool.QueueTask(&increment, nullptr);
+    pool = other;
+    const HeapCount heap;
+    pool.QueueTask(&increment, nullptr);
+    EXPECT_EQ(HeapCount::allocated(), 1) << "room of a pool that is gone was used";
+}
+
 TEST(qelThreadsPoolCopy, LeavesItsMemoryToTheNextOne)
 {
     qelThreadsPool pool(0);
