@@ -129,14 +129,18 @@ TEST(qelStringNumbers, AreTheRuntimesTextOfADouble)
     }
 }
 
-TEST(qelStringNumbers, AreTheRuntimesTextOfADoubleWithTheMostDigits)
+TEST(qelStringNumbers, AreTheRuntimesTextOfADoubleWithTheFewestAndTheMostDigits)
 {
     const LenientRuntime lenient;
-    for (const double value : {1.0, 0.5, -123456.75})
+    for (const int digits : {0, 1, 1023})
     {
-        char expected[1024] = {};
-        const bool fits = _gcvt_s(expected, sizeof expected, value, 1023) == 0;
-        EXPECT_STREQ(qelString::doubleToString(value, 1023).getStringA(), fits ? expected : "") << value;
+        for (const double value : {1.0, 0.5, -123456.75})
+        {
+            char expected[1024] = {};
+            const bool fits = _gcvt_s(expected, sizeof expected, value, digits) == 0;
+            EXPECT_STREQ(qelString::doubleToString(value, digits).getStringA(), fits ? expected : "")
+                << value << ", " << digits;
+        }
     }
 }
 
