@@ -26,18 +26,24 @@ END
 # Counts single tests in the folder $1 of CTest's logs: those of GoogleTest one by one, a program of another kind as one
 # test. A test that was begun and has no end took its program down, even if the exit code says that all went well: under
 # Wine a program that runs out of stack ends with 0. Fails when there is such a test. A name counts once in a program:
-# some tests run themselves again in a process of their own.
+# some tests run themselves again in a process of their own. There may be words in front of GoogleTest's, from a program
+# that does not end its lines or from Wine.
 count_tests()
 {
     local failed_programs=/dev/null
     [ ! -f "$1/LastTestsFailed.log" ] || failed_programs=$1/LastTestsFailed.log
     awk '
         { sub(/\r$/, "") }
-        FILENAME != log_file            { sub(/^[0-9]+:/, ""); failed_program["\"" $0 "\""] = 1; next }
-        /^\[ RUN      \] /              { if (!($4 in state)) { state[$4] = "begun" } }
-        /^\[       OK \] .*\([0-9]+ ms/ { state[$4] = "passed" }
-        /^\[  SKIPPED \] .*\([0-9]+ ms/ { state[$4] = "skipped" }
-        /^\[  FAILED  \] .*\([0-9]+ ms/ { state[$4] = "failed" }
+        FILENAME != log_file { sub(/^[0-9]+:/, ""); failed_program["\"" $0 "\""] = 1; next }
+        match($0, /\[ (RUN     |      OK| SKIPPED| FAILED ) \] /) {
+            $0 = substr($0, RSTART)
+            test = $4
+            sub(/,$/, "", test)
+        }
+        /^\[ RUN      \] /              { if (!(test in state)) { state[test] = "begun" } }
+        /^\[       OK \] .*\([0-9]+ ms/ { state[test] = "passed" }
+        /^\[  SKIPPED \] .*\([0-9]+ ms/ { state[test] = "skipped" }
+        /^\[  FAILED  \] .*\([0-9]+ ms/ { state[test] = "failed" }
         /^"[^"]+" end time: /           { end_of_program(!($1 in failed_program)) }
         function end_of_program(program_passed,    name, seen, good, bad)
         {

@@ -251,7 +251,9 @@ private:
 #if !defined(_UCRT) && !defined(_MSC_VER)
         for (const Outcome& outcome : m_operation.outcomes())
         {
-            if (!outcome.certain || !isImported(outcome.call.substr(0, outcome.call.find(':'))))
+            // What text takes in UTF-8 is known without a call.
+            const bool spared = outcome.call == "GetCPInfo" && GetACP() == CP_UTF8;
+            if (!outcome.certain || spared || !isImported(outcome.call.substr(0, outcome.call.find(':'))))
             {
                 continue;
             }
