@@ -1,5 +1,7 @@
 // The DLL loaded and unloaded while the process runs.
 
+#include "qelRegExWrapper.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -175,10 +177,56 @@ void loadThrowAndRelease()
     FreeLibrary(module);
 }
 
+// With the runtime of GCC 14; nothing more with that of GCC 12.
+const double kMoreAfterAnException = 180;
+
 TEST(qelUnload, LeavesHardlyMoreAfterAnException)
 {
-    // With the runtime of GCC 14; nothing more with that of GCC 12.
-    const double kMoreAfterAnException = 180;
     EXPECT_LT(keptByARound(&loadThrowAndRelease), kOfAList + kMoreAfterAnException);
+}
+
+// Importing functions would keep the library loaded.
+#if defined(_MSC_VER)
+const char* const kMakeText = "??0qelString@@QEAA@PEB_W@Z";
+const char* const kDestroyText = "??1qelString@@QEAA@XZ";
+const char* const kMakeExpression = "??0qelRegExWrapper@@QEAA@XZ";
+const char* const kSetExpression = "?setRegularExpression@qelRegExWrapper@@QEAAXAEBVqelString@@@Z";
+const char* const kMatch =
+    "?match@qelRegExWrapper@@QEAA_NAEBVqelString@@AEAV?$qelArray@VqelString@@"
+    "V?$qelArrayObjectCopyReallocator@VqelString@@@@V?$qelArrayMemoryController@VqelString@@@@@@@Z";
+const char* const kDestroyExpression = "??1qelRegExWrapper@@QEAA@XZ";
+#else
+const char* const kMakeText = "_ZN9qelStringC1EPKw";
+const char* const kDestroyText = "_ZN9qelStringD1Ev";
+const char* const kMakeExpression = "_ZN15qelRegExWrapperC1Ev";
+const char* const kSetExpression = "_ZN15qelRegExWrapper20setRegularExpressionERK9qelString";
+const char* const kMatch = "_ZN15qelRegExWrapper5matchERK9qelStringR8qelArrayIS0_29qelArrayObjectCopyReallocatorIS0_E"
+                           "24qelArrayMemoryControllerIS0_EE";
+const char* const kDestroyExpression = "_ZN15qelRegExWrapperD1Ev";
+#endif
+
+template <class Function> Function* exported(HMODULE module, const char* name)
+{
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
+void loadFailInAPatternAndRelease()
+{
+    const HMODULE module = LoadLibraryW(L"VarnelQELRoots.dll");
+    alignas(8) unsigned char text[sizeof(qelString)];
+    alignas(8) unsigned char expression[sizeof(qelRegExWrapper)];
+    alignas(8) unsigned char results[sizeof(qelArray<qelString>)] = {}; // remain as they are
+    exported<void(void*, const wchar_t*)>(module, kMakeText)(text, L"(a");
+    exported<void(void*)>(module, kMakeExpression)(expression);
+    exported<void(void*, const void*)>(module, kSetExpression)(expression, text);
+    EXPECT_FALSE(exported<bool(void*, const void*, void*)>(module, kMatch)(expression, text, results));
+    exported<void(void*)>(module, kDestroyExpression)(expression);
+    exported<void(void*)>(module, kDestroyText)(text);
+    FreeLibrary(module);
+}
+
+TEST(qelUnload, LeavesHardlyMoreAfterARegularExpressionThatFails)
+{
+    EXPECT_LT(keptByARound(&loadFailInAPatternAndRelease), kOfAList + kMoreAfterAnException);
 }
 } // namespace

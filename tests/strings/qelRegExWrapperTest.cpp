@@ -873,6 +873,26 @@ TEST(qelRegExWrapperLimits, NestTwentyThousandGroupsButNotTwoHundredThousand)
     EXPECT_TRUE(matched(times(20000, L"(?:") + L"a" + times(20000, L")"), L"a").matched);
 }
 
+TEST(qelRegExWrapperLimits, AdmitSome349000SpecialCharacters)
+{
+    // Where all of them take part in the match, it needs some stack as well.
+    EXPECT_TRUE(matched(times(300000, L"."), times(300000, L"a")).matched);
+    EXPECT_TRUE(matched(L"x|" + times(345000, L"."), L"x").matched);
+    EXPECT_FALSE(matched(L"x|" + times(355000, L"."), L"x").matched);
+}
+
+TEST(qelRegExWrapperLimits, TakeTimeForNestedGroupsByTheirNumber)
+{
+    const auto secondsFor = [](size_t count) {
+        const std::wstring nested = times(count, L"(") + L"a" + times(count, L")");
+        const qelTest::Stopwatch watch;
+        EXPECT_TRUE(matched(nested, L"a").matched);
+        return watch.seconds();
+    };
+    const double few = std::min({secondsFor(2500), secondsFor(2500), secondsFor(2500)});
+    EXPECT_LT(std::min(secondsFor(20000), secondsFor(20000)), 20 * few + 0.05) << "eight times as many";
+}
+
 TEST(qelRegExWrapperLimits, LeaveTheLastPartOfTheCallersStackAlone)
 {
     size_t untouched = 0;
