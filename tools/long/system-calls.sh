@@ -45,7 +45,7 @@ try_without_rights()
             fail "the user nobody cannot reach $programs: clone the repository where all may read"
     fi
     cd "$home"
-    export HOME=$home WINEPREFIX=$home/prefix
+    local -x HOME=$home WINEPREFIX=$home/prefix
     local result=0
     QEL_READ_ONLY_FOLDER="Z:${folder//\//\\}" run_step "${user[@]}" \
         wine "$programs/qelRealFailuresTest.exe" --gtest_filter='*MayOnlyBeRead*:ReadOnly.*' >"$long/nobody.log" 2>&1 ||
