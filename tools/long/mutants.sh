@@ -10,8 +10,8 @@ usage()
     cat <<'END'
 usage: mutants.sh [OPTION...]
 
-Builds the library with its tests, then runs tools/mutants.py with the options: 500 mutants on both cores take some two
-hours, a sample (--count 40) ten minutes. A run that was broken off goes on where it was.
+Builds the library with its tests, then runs tools/mutants.py with the options: 500 mutants on both cores take about an
+hour, a sample (--count 40) six minutes. A run that was broken off goes on where it was.
 
 END
     "$qel_source/tools/mutants.py" --help
