@@ -47,6 +47,10 @@ class Coverage:
             for number, count in enumerate(choices):
                 # Instantiations that differ in their branches are kept apart.
                 self.branches[(*place, len(choices), number)] += count
+        # Of a function of a template on one line gcov may know the line alone.
+        for place in self.functions:
+            if place[0] == name:
+                self.functions[place] += self.lines.get(place, 0)
 
 
 def choices_of(branches):

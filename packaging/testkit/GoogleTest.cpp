@@ -132,9 +132,13 @@ testkit::Results testkit::runTests(const std::wstring& program, const std::wstri
     const std::wstring list = output + L".list";
     const std::wstring filter = output + L".filter";
     Results results;
-    run(quoted + L" --gtest_list_tests", folder, list, seconds);
-    results.tests = listedTests(contentOf(list));
-    DeleteFileW(list.c_str());
+    // On a busy machine Wine fails now and then to start a program.
+    for (int attempt = 0; attempt < 3 && results.tests.empty(); ++attempt)
+    {
+        run(quoted + L" --gtest_list_tests", folder, list, seconds);
+        results.tests = listedTests(contentOf(list));
+        DeleteFileW(list.c_str());
+    }
     if (results.tests.empty())
     {
         results.trouble = "it lists no tests";

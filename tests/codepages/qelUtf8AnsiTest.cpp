@@ -124,6 +124,16 @@ TEST_F(Utf8Ansi, FilesWithoutAMarkAreReadWhole)
     }
 }
 
+TEST_F(Utf8Ansi, WholeFilesKeepTheLongestText)
+{
+    const std::string content = repeated("\xE2\x82\xAC", kLongest + 1);
+    const TestFile onDisk(content);
+    const qelFileAccess file(onDisk.path(), L"rb", qelFileAccess::ANSI);
+    qelString contents;
+    EXPECT_EQ(file.readFile(contents, SIZE_MAX), content.size());
+    EXPECT_TRUE(wide(contents) == std::wstring(kLongest, L'\x20AC'));
+}
+
 TEST_F(Utf8Ansi, LinesMayBeCutWithinACharacter)
 {
     const TestFile onDisk("\xE2\x82\xAC\xE2\x82\xAC\n");

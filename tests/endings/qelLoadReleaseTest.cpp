@@ -80,8 +80,8 @@ TEST(qelLoadRelease, LeavesNoHandleAndNoThread)
     const double grown = static_cast<double>(committedMemory()) - static_cast<double>(memory);
     EXPECT_EQ(qelTest::openHandles(), handles);
     EXPECT_EQ(qelTest::threads(), threads);
-    // A page now and then, for the list that each load leaves in the heap.
-    EXPECT_LT(grown / cycles, 4.0 * 1024);
+    // Each load leaves a list in the heap; a thread that the system starts meanwhile has a stack.
+    EXPECT_LT(grown, 4.0 * 1024 * cycles + 8 * 1024 * 1024);
     printf("%d cycles: %d handles before, %d after; %d threads before, %d after; %.1f KB kept a cycle\n", cycles,
            handles, qelTest::openHandles(), threads, qelTest::threads(), grown / 1024 / cycles);
     FreeLibrary(commonControls);

@@ -3,6 +3,7 @@
 #include "qelLogfile.h"
 
 #include "support/LogText.h"
+#include "support/StartProcess.h"
 #include "support/TestFile.h"
 
 #include <gtest/gtest.h>
@@ -71,11 +72,8 @@ HANDLE startProcess(const std::wstring& arguments)
 {
     wchar_t program[MAX_PATH] = {};
     GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::wstring command = L"\"" + std::wstring(program) + L"\" " + arguments;
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof startup;
     PROCESS_INFORMATION process = {};
-    if (!CreateProcessW(nullptr, &command[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
+    if (!qelTest::startProcess(L"\"" + std::wstring(program) + L"\" " + arguments, process))
     {
         return nullptr;
     }

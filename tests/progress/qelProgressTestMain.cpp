@@ -2,6 +2,7 @@
 // answer. A setting prevents that. Wine reads it when a program starts, so the tests run in a second process.
 
 #include "support/SavedRegistryKey.h"
+#include "support/StartProcess.h"
 
 #include <gtest/gtest.h>
 
@@ -27,10 +28,8 @@ int runAgain()
     driver.setText(L"Managed", L"N");
     SetEnvironmentVariableW(kSecondProcess, L"1");
 
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof(startup);
     PROCESS_INFORMATION process = {};
-    if (!CreateProcessW(nullptr, GetCommandLineW(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process))
+    if (!qelTest::startProcess(GetCommandLineW(), process))
     {
         return 1;
     }

@@ -10,6 +10,7 @@
 #include "qelThreadsPool.h"
 
 #include "soak/ProcessCounts.h"
+#include "support/StartProcess.h"
 #include "support/TemporaryFolder.h"
 #include "tasks/PoolTest.h"
 
@@ -189,12 +190,9 @@ public:
     {
         wchar_t path[MAX_PATH] = {};
         GetModuleFileNameW(nullptr, path, MAX_PATH);
-        std::wstring command =
+        const std::wstring command =
             L"\"" + std::wstring(path) + L"\" --seconds " + std::to_wstring(seconds) + L" --second \"" + folder + L"\"";
-        STARTUPINFOW startup = {};
-        startup.cb = sizeof startup;
-        EXPECT_TRUE(
-            CreateProcessW(nullptr, &command[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &m_process));
+        EXPECT_TRUE(qelTest::startProcess(command, m_process));
     }
 
     SecondProcess(const SecondProcess&) = delete;

@@ -1,5 +1,7 @@
 #include "support/FreshProcess.h"
 
+#include "support/StartProcess.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -29,20 +31,24 @@ std::vector<std::string> allTests()
     return names;
 }
 
-std::string ownPath()
+std::wstring ownPath()
 {
-    char path[MAX_PATH] = {};
-    GetModuleFileNameA(nullptr, path, MAX_PATH);
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
     return path;
+}
+
+/// Of ASCII alone.
+std::wstring wide(const std::string& text)
+{
+    return std::wstring(text.begin(), text.end());
 }
 
 bool passesAlone(const std::string& filter)
 {
-    std::string command = "\"" + ownPath() + "\" " + kAlone + " --gtest_brief=1 --gtest_filter=" + filter;
-    STARTUPINFOA startup = {};
-    startup.cb = sizeof(startup);
     PROCESS_INFORMATION process = {};
-    if (!CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process))
+    if (!qelTest::startProcess(
+            L"\"" + ownPath() + L"\" " + wide(kAlone) + L" --gtest_brief=1 --gtest_filter=" + wide(filter), process))
     {
         return false;
     }

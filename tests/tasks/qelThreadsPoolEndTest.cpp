@@ -1,5 +1,6 @@
 // The end of a pool: destruction at any time, leaks, refusals of the system, and the end of the process.
 
+#include "support/StartProcess.h"
 #include "tasks/PoolTest.h"
 
 #include <memory>
@@ -420,10 +421,8 @@ int exitCodeOf(const wchar_t* way)
     GetModuleFileNameW(nullptr, path, MAX_PATH);
     std::wstring command(path);
     command = L"\"" + command.substr(0, command.rfind(L'\\') + 1) + L"qelTasksBusyExit.exe\" " + way;
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof startup;
     PROCESS_INFORMATION process = {};
-    if (!CreateProcessW(nullptr, &command[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
+    if (!qelTest::startProcess(command, process))
     {
         return -2;
     }
