@@ -296,8 +296,7 @@ public:
     {
         machine = nullptr;
         m_machine.reset();
-        // The calls stay: the library goes on until the process ends.
-        (void)m_calls.release();
+        (void)m_calls.release(); // NOLINT(bugprone-unused-return-value): stays, the library goes on until the end
     }
 
 private:

@@ -93,7 +93,7 @@ const Corpus<string>& contents()
          "ab\xEF\xBB\xBF" + utf16("x").substr(2), "\xEF\xBB\xBF of UTF-8", "12 -7 3.5 word 1e300 99999999999",
          string(700, 'w'), "a\nb\r\rc\x1A\n"},
         {"\xFF\xFE", "\xFE\xFF", "\xEF\xBB\xBF", string(1, '\0'), string(2, '\0'), "\r\n", "\n", " ", "\t",
-         string(300, 'x'), string(260, '7'), "\x1A", "\xD8\x00"}};
+         string(300, 'x'), string(260, '7'), "\x1A", string("\xD8\0", 2)}};
     return corpus;
 }
 
