@@ -46,8 +46,15 @@ public:
     /// A documented result of failure, with the state before.
     void mayGive(const std::wstring& failure) { m_failures.push_back({failure, L""}); }
 
-    /// A documented result of failure, empty for an exception, with another state.
+    /// A documented result of failure, empty for an exception, with another state. As mayLeave(), this makes the
+    /// operation one of those that docs/testing.md lists.
     void mayGive(const std::wstring& failure, const std::wstring& state) { m_allowed.push_back({failure, state}); }
+
+    /// Judges what a failure has left by what the operation leaves otherwise.
+    using Judge = std::function<bool(const Seen& left, const Seen& otherwise)>;
+
+    /// The same for states that cannot be listed.
+    void mayLeave(Judge judge) { m_judge = std::move(judge); }
 
 private:
     friend class Attempt;
@@ -63,6 +70,7 @@ private:
     Seen m_seenAgain;
     std::vector<Seen> m_failures;
     std::vector<Seen> m_allowed;
+    Judge m_judge;
 };
 
 struct Operation
@@ -71,7 +79,7 @@ struct Operation
     {
         throws, ///< std::bad_alloc, and the state is the one before
         quiet,  ///< tells by its result
-        partly, ///< may throw; what it has done by then stays, as its documentation says
+        either, ///< throws, and the state is the one before; or tells by its result
         never   ///< allocates nothing
     };
 
@@ -106,9 +114,9 @@ inline void quiet(Operations& table, Names names, Body body)
     table.push_back({Operation::quiet, std::move(names), std::move(body)});
 }
 
-inline void partly(Operations& table, Names names, Body body)
+inline void throwingOrQuiet(Operations& table, Names names, Body body)
 {
-    table.push_back({Operation::partly, std::move(names), std::move(body)});
+    table.push_back({Operation::either, std::move(names), std::move(body)});
 }
 
 inline void withoutMemory(Operations& table, Names names, Body body)

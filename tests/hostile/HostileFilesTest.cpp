@@ -4,6 +4,7 @@
 #include "qelDataSourcesUtilities.h"
 #include "qelFileAccess.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestFile.h"
 
 #include <gtest/gtest.h>
 
@@ -92,8 +93,132 @@ const Corpus<string>& contents()
          "ab\xEF\xBB\xBF" + utf16("x").substr(2), "\xEF\xBB\xBF of UTF-8", "12 -7 3.5 word 1e300 99999999999",
          string(700, 'w'), "a\nb\r\rc\x1A\n"},
         {"\xFF\xFE", "\xFE\xFF", "\xEF\xBB\xBF", string(1, '\0'), string(2, '\0'), "\r\n", "\n", " ", "\t",
-         string(300, 'x'), string(260, '7'), "\x1A", "\xD8\x00"}};
+         string(300, 'x'), string(260, '7'), "\x1A", string("\xD8\0", 2)}};
     return corpus;
+}
+
+/// What a text mode makes of bytes or units: a line feed for each "\r\n", and nothing from an end-of-file character on.
+template <class Text> Text inTextMode(const Text& text)
+{
+    Text delivered;
+    for (size_t i = 0; i < text.size() && text[i] != 0x1A; ++i)
+    {
+        const bool isLineEnd = text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n';
+        if (!isLineEnd)
+        {
+            delivered += text[i];
+        }
+    }
+    return delivered;
+}
+
+wstring fromUtf8(const string& bytes)
+{
+    wstring wide(bytes.size(), L'\0');
+    const auto length = static_cast<int>(bytes.size());
+    wide.resize(static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), length, &wide[0], length)));
+    return wide;
+}
+
+struct Form
+{
+    bool utf16;
+    bool utf8;   ///< else ANSI
+    size_t mark; ///< its length
+};
+
+/// The mark, else the key, says what the bytes are.
+Form formOf(const string& bytes, qelFileAccess::encodeType key)
+{
+    if (bytes.compare(0, 2, "\xFF\xFE") == 0 || bytes.compare(0, 2, "\xFE\xFF") == 0)
+    {
+        return {true, false, 2};
+    }
+    if (bytes.compare(0, 3, "\xEF\xBB\xBF") == 0)
+    {
+        return {false, true, 3};
+    }
+    return {key == qelFileAccess::UTF16LE, key == qelFileAccess::UTF8, 0};
+}
+
+/// What readFile() gives of a file that is opened with a key.
+Content contentByKey(const string& bytes, qelFileAccess::encodeType key, bool textMode, size_t most)
+{
+    const Form form = formOf(bytes, key);
+    const string text = bytes.substr(form.mark);
+    if (!form.utf16 && !form.utf8)
+    {
+        const string read = (textMode ? inTextMode(text) : text).substr(0, most);
+        return {fromAnsi(read), read.size()};
+    }
+    const wstring all = form.utf16 ? unitsOf(text, string::npos) : fromUtf8(text);
+    const wstring units = (textMode ? inTextMode(all) : all).substr(0, most);
+    return {units.c_str(), units.size()};
+}
+
+bool isContinuation(char c)
+{
+    return (c & 0xC0) == 0x80;
+}
+
+/// The same text of UTF-8 with a question mark for the first byte of any character that breaks off: at the end of what
+/// it converts, Wine takes characters behind such a byte for a part of it. Other malformed text stays.
+string withoutBrokenCharacters(string text)
+{
+    for (size_t i = 0; i < text.size(); ++i)
+    {
+        const int first = static_cast<unsigned char>(text[i]);
+        const size_t more = first < 0xC2 || first > 0xF4 ? 0 : first < 0xE0 ? 1 : first < 0xF0 ? 2 : 3;
+        for (size_t k = 1; k <= more; ++k)
+        {
+            if (i + k >= text.size() || !isContinuation(text[i + k]))
+            {
+                text[i] = '?';
+            }
+        }
+    }
+    return text;
+}
+
+/// readFile() takes UTF-8 in blocks of so many bytes.
+const int kBlock = 0x10000;
+
+/// A file with or without a mark; where it `isLong`, the first block ends in its hostile part or close to it.
+string contentFor(SeededRun& run, qelFileAccess::encodeType key, bool isLong)
+{
+    static const string marks[] = {"", "", "\xFF\xFE", "\xEF\xBB\xBF", "\xEF\xBB\xBF", "\xFE\xFF"};
+    static const string fillings[] = {"x",
+                                      "x\r\n",
+                                      "\xF0\x9F\x98\x80",
+                                      "\xE2\x82\xAC\r\n",
+                                      "\x80",
+                                      qelTest::utf16(L"x"),
+                                      qelTest::utf16(L"\r\n"),
+                                      qelTest::utf16(L"\xD83D\xDE00")};
+    static const Corpus<string> corpus = {
+        {"one\r\ntwo\r\n", "<\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80>\r\n", "\xF0\x9F\x98\x80\xF0\x9F\x98\x80\r\n\r\n",
+         qelTest::utf16(L"one\r\n\x20AC\xD83D\xDE00\r\n"), qelTest::utf16(L"\r\r\n\xD83D\r\n\xDE00"),
+         "\xE9\x80\r\n\r\r\n"},
+        {"\r\n", "\r", "\n", "\x1A", "\xF0\x9F\x98\x80", "\xE2\x82\xAC", "\xC3", "\xE2\x82", "\xF0\x9F\x98",
+         "\x80\x80\x80\x80\x80", "\xEF\xBB\xBF", "\xFF\xFE", string(1, '\0'), qelTest::utf16(L"\r"),
+         qelTest::utf16(L"\n"), qelTest::utf16(L"\x1A"), qelTest::utf16(L"\xD83D")}};
+    const string mark = run.pick(marks);
+    const string text = mutated(run, corpus);
+    string filling;
+    if (isLong)
+    {
+        const string& piece = run.pick(fillings);
+        // The block ends in the text, or up to four bytes before or behind it.
+        const int before = run.below(static_cast<int>(text.size()) + 9) - 4;
+        while (static_cast<int>(filling.size()) < kBlock - before)
+        {
+            filling += piece;
+        }
+        filling.resize(static_cast<size_t>(kBlock - before));
+    }
+    const string bytes = mark + filling + text;
+    const Form form = formOf(bytes, key);
+    return form.utf8 ? bytes.substr(0, form.mark) + withoutBrokenCharacters(bytes.substr(form.mark)) : bytes;
 }
 } // namespace
 
@@ -114,6 +239,44 @@ TEST(HostileFiles, AreReadWholeByTheStatedSteps)
         const Content expected = contentOf(bytes, most);
         EXPECT_EQ(expected.units, units);
         EXPECT_EQ(expected.text, text.getStringW());
+    }
+}
+
+TEST(HostileFiles, AreReadWholeWithEveryKeyAndMode)
+{
+    static const qelFileAccess::encodeType keys[] = {qelFileAccess::UNICODE_TEXT, qelFileAccess::UTF8,
+                                                     qelFileAccess::UTF16LE};
+    const qelTest::TemporaryFolder folder;
+    const wstring path = folder.path() + L"\\content.txt";
+    SeededRun run(20);
+    const GuardedHeap heap;
+    while (run.next())
+    {
+        const qelFileAccess::encodeType key = run.pick(keys);
+        const bool isLong = run.oneIn(5);
+        const string bytes = contentFor(run, key, isLong);
+        write(path, bytes);
+        const int units = isLong ? kBlock / run.between(1, 2) + run.between(-8, 8) : run.below(40);
+        const size_t most = run.oneIn(2) ? bytes.size() : static_cast<size_t>(units);
+        for (const bool textMode : {false, true})
+        {
+            const qelFileAccess file(path.c_str(), textMode ? L"r" : L"rb", key);
+            if (file.isOpen() == 0)
+            {
+                // Some runtimes refuse this mark.
+                EXPECT_EQ("\xFE\xFF", bytes.substr(0, 2));
+                continue;
+            }
+            const Content expected = contentByKey(bytes, key, textMode, most);
+            // Each time from the start.
+            for (int reading = 0; reading < 2; ++reading)
+            {
+                qelString text = L"before";
+                EXPECT_EQ(expected.units, file.readFile(text, most));
+                EXPECT_TRUE(expected.text == text.getStringW()) << "key " << key << (textMode ? ", text" : ", binary")
+                                                                << ", " << bytes.size() << " bytes, most " << most;
+            }
+        }
     }
 }
 
