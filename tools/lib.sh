@@ -242,6 +242,75 @@ start_server()
         fail "Wine does not start: see $qel_build/wine.log"
 }
 
+# Counts single tests in the folder $1 of CTest's logs: those of GoogleTest one by one, a program of another kind as one
+# test. A test that was begun and has no end took its program down, even if the exit code says that all went well: under
+# Wine a program that runs out of stack ends with 0. Fails when there is such a test. A name counts once in a program:
+# some tests run themselves again in a process of their own. There may be words in front of GoogleTest's, from a program
+# that does not end its lines or from Wine.
+count_tests()
+{
+    local failed_programs=/dev/null
+    [ ! -f "$1/LastTestsFailed.log" ] || failed_programs=$1/LastTestsFailed.log
+    awk '
+        { sub(/\r$/, "") }
+        FILENAME != log_file { sub(/^[0-9]+:/, ""); failed_program["\"" $0 "\""] = 1; next }
+        match($0, /\[ (RUN     |      OK| SKIPPED| FAILED ) \] /) {
+            $0 = substr($0, RSTART)
+            test = $4
+            sub(/,$/, "", test)
+        }
+        /^\[ RUN      \] /              { if (!(test in state)) { state[test] = "begun" } }
+        /^\[       OK \] .*\([0-9]+ ms/ { state[test] = "passed" }
+        /^\[  SKIPPED \] .*\([0-9]+ ms/ { state[test] = "skipped" }
+        /^\[  FAILED  \] .*\([0-9]+ ms/ { state[test] = "failed" }
+        /^"[^"]+" end time: /           { end_of_program(!($1 in failed_program)) }
+        function end_of_program(program_passed,    name, seen, good, bad)
+        {
+            for (name in state)
+            {
+                seen++
+                if (state[name] == "passed") good++
+                else if (state[name] == "skipped") skipped++
+                else if (!program_passed) bad++
+                else if (state[name] == "begun") { bad++; ended_early = 1; print name " has no end" > "/dev/stderr" }
+                delete state[name]
+            }
+            passed += program_passed && !seen ? 1 : good
+            failed += !program_passed && !bad ? 1 : bad
+        }
+        END {
+            printf "%d passed, %d failed%s\n", passed, failed, skipped ? ", " skipped " skipped" : ""
+            exit ended_early
+        }
+    ' log_file="$1/LastTest.log" "$failed_programs" "$1/LastTest.log"
+}
+
+# Runs CTest with the options given and counts the single tests. Fails when CTest does, or when a test has no end.
+run_ctest()
+{
+    local logs=$qel_build/Testing/Temporary result=0
+    rm -f "$logs/LastTest.log" "$logs/LastTestsFailed.log"
+    run_step ctest --preset "$qel_preset" "$@" || result=1
+    [ ! -f "$logs/LastTest.log" ] || count_tests "$logs" || result=1
+    return "$result"
+}
+
+# Runs a program of GoogleTest with the command given, writes what it prints to the file $1, and shows that at the end.
+# Fails unless the program says that its tests have passed: the exit code alone does not tell, see count_tests.
+run_googletest()
+{
+    local log=$1 result=0
+    run_step "${@:2}" >"$log" 2>&1 || result=1
+    cat "$log"
+    # The second is what a program says that runs each test in a process of its own.
+    if ! tail -n 20 "$log" | grep -E >/dev/null \
+        '\[  PASSED  \] [1-9][0-9]* test|^[1-9][0-9]* tests, each in a process of its own: 0 failed'; then
+        printf '%s: the tests have not passed\n' "$log"
+        result=1
+    fi
+    return "$result"
+}
+
 # Runs the programs of GoogleTest, save those of the list left_out, and writes what they print to the file $1. For those
 # in the list filters it passes that filter on to GoogleTest. $2 may be an expression that names have to match.
 # shellcheck disable=SC2154
@@ -251,8 +320,7 @@ run_test_programs()
     names="^($(IFS='|'; echo "${left_out[*]} ${!filters[*]}" | tr ' ' '|'))\$"
     run_tests()
     {
-        rm -f "$last"
-        run_step "${@:3}" ctest --preset "$qel_preset" --no-tests=ignore -L '^googletest$' -R "$1" -E "$2" || result=1
+        run_ctest --no-tests=ignore -L '^googletest$' -R "$1" -E "$2" || result=1
         [ ! -f "$last" ] || cat "$last" >>"$log"
     }
     cd "$qel_source" || fail "there is no folder $qel_source"
@@ -260,7 +328,7 @@ run_test_programs()
     run_tests "$wanted" "$names"
     for program in "${!filters[@]}"; do
         if [[ $program =~ $wanted ]]; then
-            run_tests "^$program\$" '^$' env GTEST_FILTER="${filters[$program]}"
+            GTEST_FILTER=${filters[$program]} run_tests "^$program\$" '^$'
         fi
     done
     return "$result"

@@ -187,6 +187,11 @@ class Run:
         print(f"{count:4} {record['verdict']:9} {record['seconds']:6.1f} s  {mutant}{found}", flush=True)
 
 
+def percentage(part, whole):
+    """With one decimal, rounded down."""
+    return (1000 * part // whole) / 10
+
+
 def report(run):
     """Prints the table and the survivors. Returns whether enough were killed."""
     counts = {folder: {} for folder in run.quotas}
@@ -209,7 +214,7 @@ def report(run):
     for mutant in wrong:
         print(f"\nlisted as equivalent, but killed: {mutant}")
     different = total["killed"] + total["survived"]
-    share = 100.0 * total["killed"] / different if different else 100.0
+    share = percentage(total["killed"], different) if different else 100.0
     print(f"\nfigures: {different + total['equivalent']} mutants: {total['killed']} killed ({hangs} by hanging), "
           f"{total['survived']} survived, {total['equivalent']} equivalent: {share:.1f} % of those that change "
           f"behaviour are found")

@@ -3,6 +3,7 @@
 import argparse
 import datetime
 import pathlib
+import re
 import subprocess
 import sys
 
@@ -14,6 +15,11 @@ def commit():
     """The commit of the tree, marked where files differ from it."""
     command = ["git", "-C", SOURCE, "describe", "--always", "--abbrev=7", "--dirty=+"]
     return subprocess.run(command, capture_output=True, text=True, check=True).stdout.strip()
+
+
+def with_commas(figures):
+    """The figures with commas in large numbers."""
+    return re.sub(r"(?<![\d.,])\d{4,}\b", lambda number: f"{int(number[0]):,}", figures)
 
 
 def main():
@@ -30,7 +36,7 @@ def main():
         sys.exit(f"{PAGE.name} has {len(rows)} rows of the name {arguments.name}")
     cells = lines[rows[0]].split(" | ")
     tree = f"{arguments.tree or commit()}, {datetime.date.today()}"
-    lines[rows[0]] = " | ".join(cells[:3] + [arguments.figures.replace("|", "/"), tree]) + " |\n"
+    lines[rows[0]] = " | ".join(cells[:3] + [with_commas(arguments.figures.replace("|", "/")), tree]) + " |\n"
     PAGE.write_text("".join(lines), encoding="utf-8", newline="\n")
 
 

@@ -16,7 +16,7 @@ usage: test-long.sh [--record] [NAME...]
 Runs the long tests with these names, or all of them: those that take too long for tools/test.sh, which holds samples of
 them. Each is a script of its own, tools/long/NAME.sh, with a --help. Its output goes to build/long/NAME.log as well.
 
-  --record  put the figures that came out into the table of docs/testing.md, beside commit and day
+  --record  put the figures of those that have passed into the table of docs/testing.md, beside commit and day
   --help    show this text
 
 END
@@ -45,8 +45,13 @@ for name in "${chosen[@]}"; do
     "$qel_source/tools/long/$name.sh" 2>&1 </dev/null | tee "$logs/$name.log" || { outcome=FAILED; result=1; }
     # A test says what came out of it in its last line of this form.
     figures=$(sed -n 's/^figures: //p' "$logs/$name.log" | tail -1)
+    [ -n "$figures" ] || { outcome=FAILED; result=1; }
     summary+=("$(printf '%-15s %s: %s' "$name" "$outcome" "${figures:-no figures}")")
-    [ -z "$record" ] || [ -z "$figures" ] || "$qel_source/tools/record_figures.py" "$name" "$figures"
+    if [ -n "$record" ] && [ "$outcome" = passed ]; then
+        "$qel_source/tools/record_figures.py" "$name" "$figures"
+    elif [ -n "$record" ]; then
+        echo "Nothing is recorded of $name."
+    fi
 done
 say "Long tests"
 printf '%s\n' "${summary[@]}"

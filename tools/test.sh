@@ -23,49 +23,6 @@ Exit status: 0 when every test has passed.
 END
 }
 
-# Counts single tests in the folder $1 of CTest's logs: those of GoogleTest one by one, a program of another kind as one
-# test. A test that was begun and has no end took its program down, even if the exit code says that all went well: under
-# Wine a program that runs out of stack ends with 0. Fails when there is such a test. A name counts once in a program:
-# some tests run themselves again in a process of their own. There may be words in front of GoogleTest's, from a program
-# that does not end its lines or from Wine.
-count_tests()
-{
-    local failed_programs=/dev/null
-    [ ! -f "$1/LastTestsFailed.log" ] || failed_programs=$1/LastTestsFailed.log
-    awk '
-        { sub(/\r$/, "") }
-        FILENAME != log_file { sub(/^[0-9]+:/, ""); failed_program["\"" $0 "\""] = 1; next }
-        match($0, /\[ (RUN     |      OK| SKIPPED| FAILED ) \] /) {
-            $0 = substr($0, RSTART)
-            test = $4
-            sub(/,$/, "", test)
-        }
-        /^\[ RUN      \] /              { if (!(test in state)) { state[test] = "begun" } }
-        /^\[       OK \] .*\([0-9]+ ms/ { state[test] = "passed" }
-        /^\[  SKIPPED \] .*\([0-9]+ ms/ { state[test] = "skipped" }
-        /^\[  FAILED  \] .*\([0-9]+ ms/ { state[test] = "failed" }
-        /^"[^"]+" end time: /           { end_of_program(!($1 in failed_program)) }
-        function end_of_program(program_passed,    name, seen, good, bad)
-        {
-            for (name in state)
-            {
-                seen++
-                if (state[name] == "passed") good++
-                else if (state[name] == "skipped") skipped++
-                else if (!program_passed) bad++
-                else if (state[name] == "begun") { bad++; ended_early = 1 }
-                delete state[name]
-            }
-            passed += program_passed && !seen ? 1 : good
-            failed += !program_passed && !bad ? 1 : bad
-        }
-        END {
-            printf "%d passed, %d failed%s\n", passed, failed, skipped ? ", " skipped " skipped" : ""
-            exit ended_early
-        }
-    ' log_file="$1/LastTest.log" "$failed_programs" "$1/LastTest.log"
-}
-
 # Builds with the preset $1 and runs its tests, of which only those count that match the filter where there is one. Sets
 # result and tests_found.
 test_preset()
@@ -78,15 +35,9 @@ test_preset()
 
     say "Running the tests ($qel_preset)"
     cd "$qel_source"
-    local logs=$qel_build/Testing/Temporary
-    rm -f "$logs/LastTest.log" "$logs/LastTestsFailed.log"
     # TMPDIR is for what runs no Windows programs. Many tests wait more than they work, so two run at a time.
-    run_step env TMPDIR="$qel_build/tmp" ctest --preset "$qel_preset" --parallel 2 --no-tests=ignore "${filter[@]}" ||
-        result=1
-    if [ -f "$logs/LastTest.log" ]; then
-        tests_found=1
-        count_tests "$logs" || result=1
-    fi
+    TMPDIR=$qel_build/tmp run_ctest --parallel 2 --no-tests=ignore "${filter[@]}" || result=1
+    [ ! -f "$qel_build/Testing/Temporary/LastTest.log" ] || tests_found=1
     end_wine
     exec 9>&-
 }

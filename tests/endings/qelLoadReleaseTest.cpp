@@ -78,12 +78,15 @@ TEST(qelLoadRelease, LeavesNoHandleAndNoThread)
         ASSERT_FALSE(HasFatalFailure()) << round;
     }
     const double grown = static_cast<double>(committedMemory()) - static_cast<double>(memory);
-    EXPECT_EQ(qelTest::openHandles(), handles);
-    EXPECT_EQ(qelTest::threads(), threads);
+    const int handlesAfter = qelTest::openHandles();
+    const int threadsAfter = qelTest::threads();
+    EXPECT_EQ(handlesAfter, handles);
+    EXPECT_EQ(threadsAfter, threads);
     // Each load leaves a list in the heap; a thread that the system starts meanwhile has a stack.
     EXPECT_LT(grown, 4.0 * 1024 * cycles + 8 * 1024 * 1024);
-    printf("%d cycles: %d handles before, %d after; %d threads before, %d after; %.1f KB kept a cycle\n", cycles,
-           handles, qelTest::openHandles(), threads, qelTest::threads(), grown / 1024 / cycles);
+    printf("%d cycles: %s before, %d after; %s before, %d after; %.1f KB kept a cycle\n", cycles,
+           qelTest::counted(handles, "handle").c_str(), handlesAfter, qelTest::counted(threads, "thread").c_str(),
+           threadsAfter, grown / 1024 / cycles);
     FreeLibrary(commonControls);
 }
 } // namespace

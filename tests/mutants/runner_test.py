@@ -14,6 +14,7 @@ sys.dont_write_bytecode = True
 SOURCE, BUILD, FOLDER = (pathlib.Path(argument).resolve() for argument in sys.argv[1:4])
 sys.path.insert(0, str(SOURCE / "tools"))
 
+from mutants import percentage  # noqa: E402
 from mutation import places, programs  # noqa: E402
 
 # Mutants of qelDouble: the tests find all of them but the last.
@@ -82,6 +83,13 @@ class Programs(unittest.TestCase):
     def test_those_for_other_code_pages_are_run_with_them(self):
         pages = {program.code_page: program.path for program in programs.read_programs(BUILD) if program.code_page}
         self.assertEqual(pages, {"932": "bin/qelCodePageTest.exe", "65001": "bin/qelCodePageTest.exe"})
+
+
+class Figures(unittest.TestCase):
+    def test_percentages_are_rounded_down(self):
+        self.assertEqual(percentage(2449, 2500), 97.9)
+        self.assertEqual(percentage(2450, 2500), 98.0)
+        self.assertEqual(percentage(2499, 2500), 99.9)
 
 
 class Runs(unittest.TestCase):

@@ -285,7 +285,7 @@ int main(int argc, char** argv)
     }
     qelTest::watchSchedules();
     const int result = RUN_ALL_TESTS();
-    printf("%d schedules, %llu points: %llu yields, %llu sleeps\n", qelTest::schedulesRun(), Disturbance::points(),
+    printf("%d schedules: %llu points, %llu yields, %llu sleeps\n", qelTest::schedulesRun(), Disturbance::points(),
            Disturbance::yields(), Disturbance::sleeps());
     return result;
 }

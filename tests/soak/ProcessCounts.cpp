@@ -72,6 +72,11 @@ int qelTest::threads()
     return count;
 }
 
+std::string qelTest::counted(long long number, const char* noun)
+{
+    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}
+
 ProcessCounts ProcessCounts::now()
 {
     return {LibraryBlocks::count(), openHandles(), qelTest::threads()};

@@ -4,6 +4,8 @@
 
 #include "support/ImportHook.h"
 
+#include <string>
+
 namespace qelTest
 {
 /// While it lives, counts the blocks that the library allocates less those that it frees.
@@ -23,6 +25,9 @@ private:
 
 /// Threads of this process.
 int threads();
+
+/// "1 thread" or "2 threads", for this noun.
+std::string counted(long long number, const char* noun);
 
 struct ProcessCounts
 {

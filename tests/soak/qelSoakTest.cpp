@@ -22,6 +22,7 @@
 #include <memory>
 #include <string>
 
+using qelTest::counted;
 using qelTest::ProcessCounts;
 
 namespace
@@ -177,8 +178,9 @@ void useAll(const qelTest::TemporaryFolder& folder, const std::wstring& sharedLo
 
 void print(const char* when, const ProcessCounts& counts, int rounds)
 {
-    printf("%s process, %s: %lld blocks, %d handles, %d threads, %d rounds\n",
-           folderOfFirst.empty() ? "first" : "second", when, counts.blocks, counts.handles, counts.threads, rounds);
+    printf("%s process, %s: %s, %s, %s, %d rounds\n", folderOfFirst.empty() ? "first" : "second", when,
+           counted(counts.blocks, "block").c_str(), counted(counts.handles, "handle").c_str(),
+           counted(counts.threads, "thread").c_str(), rounds);
     fflush(stdout);
 }
 

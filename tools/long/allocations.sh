@@ -34,6 +34,8 @@ build qelFailingAllocationsTest qelOutOfMemoryTest
 start_wine "$qel_build/wine"
 
 say "Filling the memory"
-QEL_MEMORY_KB=3000000 run_step "$qel_source/tools/run-wine.sh" "$qel_build/bin/qelOutOfMemoryTest.exe"
+QEL_MEMORY_KB=3000000 run_googletest "$qel_build/out-of-memory.log" \
+    "$qel_source/tools/run-wine.sh" "$qel_build/bin/qelOutOfMemoryTest.exe"
 say "Failing allocations"
-run_step "$qel_source/tools/run-wine.sh" "$qel_build/bin/qelFailingAllocationsTest.exe" --whole
+run_googletest "$qel_build/allocations.log" \
+    "$qel_source/tools/run-wine.sh" "$qel_build/bin/qelFailingAllocationsTest.exe" --whole

@@ -43,19 +43,18 @@ build qelHostileInputTest qelHostileFilesTest
 start_wine "$qel_build/wine"
 
 say "Feeding hostile input"
-log=$qel_build/hostile-input.log
-: >"$log"
+logs=()
 result=0
 for program in qelHostileInputTest qelHostileFilesTest; do
-    run_step "$qel_source/tools/run-wine.sh" "$qel_build/bin/$program.exe" --cases "$cases" --seed "$seed" \
-        >>"$log" 2>&1 || result=1
+    logs+=("$qel_build/$program.log")
+    run_googletest "${logs[-1]}" "$qel_source/tools/run-wine.sh" "$qel_build/bin/$program.exe" \
+        --cases "$cases" --seed "$seed" || result=1
 done
-cat "$log"
 passed()
 {
-    grep -c "^\[       OK \] $1" "$log" || true
+    cat "${logs[@]}" | grep -c "^\[       OK \] $1" || true
 }
-printf 'figures: %s readers in memory, %s cases each, %s of other kinds, %s each, seed %s, %s findings\n' \
-    "$(passed HostileStrings)" "$cases" "$(passed 'Hostile[PFC]')" "$((cases / 20))" "$seed" \
-    "$(grep -c '^step ' "$log" || true)"
+printf 'figures: %s readers in memory with %s cases each, %s others with %s each: %s findings\n' \
+    "$(passed HostileStrings)" "$cases" "$(passed 'Hostile[PFC]')" "$((cases / 20))" \
+    "$(cat "${logs[@]}" | grep -c '^step ' || true)"
 exit "$result"

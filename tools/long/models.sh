@@ -44,11 +44,11 @@ start_wine "$qel_build/wine"
 say "Comparing with models"
 log=$qel_build/models.log
 result=0
-run_step "$qel_source/tools/run-wine.sh" "$qel_build/bin/qelModelTest.exe" --operations "$operations" --seed "$seed" \
-    >"$log" 2>&1 || result=1
-cat "$log"
-ran=$(grep -c '^\[       OK \]' "$log" || true)
-failed=$(grep -c '^step ' "$log" || true)
-printf 'figures: %s operations for each of %s models, seed %s, %s differences\n' \
-    "$operations" "$((ran + failed))" "$seed" "$failed"
+run_googletest "$log" "$qel_source/tools/run-wine.sh" "$qel_build/bin/qelModelTest.exe" \
+    --operations "$operations" --seed "$seed" || result=1
+# Each test is a model; the tests of one class are a test suite.
+models=$(grep -c '^\[ RUN  ' "$log" || true)
+classes=$(grep -c '^\[-*\] .* ms total)' "$log" || true)
+printf 'figures: %s operations for each of %s models of %s classes: %s differences\n' \
+    "$operations" "$models" "$classes" "$(grep -c '^step ' "$log" || true)"
 exit "$result"

@@ -16,7 +16,8 @@ of the library the thread spins, yields or sleeps, as the seed (1) decides. Each
 library has to be gone at the end with all its memory, and freed memory must not be touched. A schedule that takes more
 than a minute hangs.
 
-  --replay NUMBER  one schedule again, of the test that failed with this number
+  --replay NUMBER  one schedule again, of the test that failed with this number. It may go another way: threads are
+                   numbered as they come to their first such call, which the seed does not decide
   --help           show this text
 END
 }
@@ -42,5 +43,5 @@ output=$qel_source/build/long/schedules/output.txt
 cd "$qel_source/build/long/schedules"
 run_step wine "$qel_build/bin/qelThreadsPoolSchedulesTest.exe" "${options[@]}" 2>&1 | tee "$output"
 # A program that a stack overflow has ended fails here: Wine gives it the exit code 0.
-counts=$(grep ' schedules, ' "$output" | tr -d '\r')
-printf 'figures: %s, no task lost, no hang, no touch of freed memory\n' "$counts"
+counts=$(grep ' schedules: ' "$output" | tr -d '\r')
+printf 'figures: %s; no task lost, no hang, no touch of freed memory\n' "$counts"

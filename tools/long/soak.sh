@@ -49,6 +49,10 @@ figures="$minutes minutes, $rounds rounds"
 for process in first second; do
     before=$(counts $process before)
     after=$(counts $process after)
-    figures+="; $process process $before before, $after after"
+    if [ "$before" = "$after" ]; then
+        figures+="; $process process: $before, before and after"
+    else
+        figures+="; $process process: $before before, $after after"
+    fi
 done
 printf 'figures: %s\n' "$figures"

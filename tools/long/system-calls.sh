@@ -47,12 +47,10 @@ try_without_rights()
     cd "$home"
     local -x HOME=$home WINEPREFIX=$home/prefix
     local result=0
-    QEL_READ_ONLY_FOLDER="Z:${folder//\//\\}" run_step "${user[@]}" \
-        wine "$programs/qelRealFailuresTest.exe" --gtest_filter='*MayOnlyBeRead*:ReadOnly.*' >"$long/nobody.log" 2>&1 ||
-        result=$?
+    QEL_READ_ONLY_FOLDER="Z:${folder//\//\\}" run_googletest "$long/nobody.log" "${user[@]}" \
+        wine "$programs/qelRealFailuresTest.exe" --gtest_filter='*MayOnlyBeRead*:ReadOnly.*' || result=1
     "${user[@]}" wineserver -k 2>/dev/null || true
     name=$(cat "$home/prefix/wineserver" 2>/dev/null) && rm -rf "/tmp/$name"
-    cat "$long/nobody.log"
     return "$result"
 }
 
@@ -71,20 +69,21 @@ cd "$qel_build/tmp"
 
 say "Failing calls"
 result=0
-run_step wine "$programs/qelFailingSystemCallsTest.exe" --every-call >"$long/calls.log" 2>&1 || result=1
-cat "$long/calls.log"
+run_googletest "$long/calls.log" wine "$programs/qelFailingSystemCallsTest.exe" --every-call || result=1
 say "Real failures"
-run_step wine "$programs/qelRealFailuresTest.exe" >"$long/real.log" 2>&1 || result=1
-cat "$long/real.log"
+run_googletest "$long/real.log" wine "$programs/qelRealFailuresTest.exe" || result=1
 say "Without rights"
 try_without_rights || result=1
 
 calls=$(sed -n 's/\r//; /^[0-9]* injections at/p' "$long/calls.log")
+[ -n "$calls" ] || result=1
 passed()
 {
     sed -n 's/\r//; s/.*PASSED *\] \([0-9]*\) .*/\1/p' "$1"
 }
+real=$(passed "$long/real.log")
+without_rights=$(passed "$long/nobody.log")
 failed=$(cat "$long"/{calls,real,nobody}.log | grep -c '^\[  FAILED  \] .*ms)' || true)
 printf 'figures: %s; %s tests of real failures, %s of them without rights; %s failed\n' "${calls:-no injections}" \
-    "$(($(passed "$long/real.log") + $(passed "$long/nobody.log")))" "$(passed "$long/nobody.log")" "$failed"
+    "$((real + without_rights))" "${without_rights:-none}" "$failed"
 exit "$result"
