@@ -45,6 +45,7 @@ try_without_rights()
             fail "the user nobody cannot reach $programs: clone the repository where all may read"
     fi
     cd "$home"
+    # Local, so that what the script does at its end concerns its own prefix.
     local -x HOME=$home WINEPREFIX=$home/prefix
     local result=0
     QEL_READ_ONLY_FOLDER="Z:${folder//\//\\}" run_googletest "$long/nobody.log" "${user[@]}" \
