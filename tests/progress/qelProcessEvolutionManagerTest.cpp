@@ -1079,6 +1079,28 @@ TEST_F(qelProcessEvolution, HasNothingToCancelOnceADisplayEndsTheMainProcess)
     EXPECT_EQ(described(manager), "0 Main 0; Main; EAC; 1");
 }
 
+TEST_F(qelProcessEvolution, CancelsNothingWhenADisplayEndsAllAndAllowsTheNextCancel)
+{
+    manager.registerDisplay(&a);
+    manager.EnableCancel(true);
+    manager.registerProcess(L"Main");
+    manager.registerProcess(L"Sub");
+    a.onRemove = [this](int key) {
+        if (key == 1)
+        {
+            EXPECT_EQ(manager.deRegisterProcess(0), 1);
+            EXPECT_EQ(manager.deRegisterProcess(0), 1);
+            EXPECT_EQ(manager.EnableCancel(true), 0);
+        }
+    };
+    manager.cancelProcess();
+    EXPECT_FALSE(manager.getIsCanceled());
+    EXPECT_EQ(manager.getNumberOfActiveProcesses(), 0);
+    EXPECT_EQ(manager.registerProcess(L"Next"), 0);
+    manager.cancelProcess();
+    EXPECT_TRUE(manager.getIsCanceled());
+}
+
 TEST_F(qelProcessEvolution, CancelsTheProcessesThatRanWhenItBegan)
 {
     manager.registerDisplay(&a);

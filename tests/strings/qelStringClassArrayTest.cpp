@@ -6,12 +6,14 @@
 
 #include <gtest/gtest.h>
 
+#include <limits.h>
 #include <malloc.h>
 #include <stdlib.h>
 
 #include <algorithm>
 #include <cwchar>
 #include <iterator>
+#include <new>
 #include <numeric>
 #include <string>
 #include <utility>
@@ -129,6 +131,15 @@ TEST(qelStringClassArrayGrowth, ByANegativeLengthIsByAsMuchAsIsNeeded)
     }
     EXPECT_EQ(plain(list[0]), L"a");
     EXPECT_EQ(plain(list[19]), L"t");
+}
+
+TEST(qelStringListGrowth, RefusesALengthThatCannotBe)
+{
+    qelStringClassArray list;
+    list.append(L"kept");
+    EXPECT_THROW(list.setLogicalLength(LONG_MAX), std::bad_alloc);
+    ASSERT_EQ(list.length(), 1);
+    EXPECT_STREQ(list[0].getStringW(), L"kept");
 }
 } // namespace
 

@@ -107,6 +107,35 @@ TEST(qelStringFind, ReturnsMinusOneWhenTheVeryLastPlaceFails)
     }
 }
 
+// The two are different, and yet equal for every hash that is a polynomial over whole numbers of 64 bits.
+TEST(qelStringFind, ComparesTextThatHasTheHashOfWhatIsSought)
+{
+    const size_t length = 2048;
+    std::wstring sought;
+    std::wstring same;
+    for (size_t i = 0; i < length; ++i)
+    {
+        size_t ones = 0;
+        for (size_t rest = i; rest != 0; rest /= 2)
+        {
+            ones += rest % 2;
+        }
+        sought += ones % 2 == 0 ? L'a' : L'b';
+        same += ones % 2 == 0 ? L'b' : L'a';
+    }
+    // First so many that differ, each elsewhere, that hashes are looked at instead.
+    std::wstring text;
+    for (size_t i = 0; i < 40; ++i)
+    {
+        text += sought;
+        text[i * length + 37 * i + 500] = L'x';
+    }
+    text += same + sought;
+    EXPECT_EQ(qelString(text.c_str()).find(sought.c_str()), static_cast<int>(text.find(sought)));
+    text.pop_back();
+    EXPECT_EQ(qelString(text.c_str()).find(sought.c_str()), -1);
+}
+
 TEST(qelStringFind, ReachesTheLastUnitOfTheLongestText)
 {
     qelString text = repeated(kLongestText - 1, L'a');
