@@ -18,7 +18,7 @@ both builds under Wine, with a display of their own. At the end tools/compare-ab
   --help           show this text
 
 Installs the packages of tools/packages.txt that are missing (with sudo where need be): on a bare system about 450 MB to
-download and 2.6 GB on disk. Everything else stays in build/ (3.5 GB). The first run takes a quarter of an hour or more.
+download and 2.6 GB on disk. Everything else stays in build/ (3.5 GB). The first run takes a quarter of an hour.
 Exit status: 0 when every test has passed.
 END
 }
