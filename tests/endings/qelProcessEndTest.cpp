@@ -1,6 +1,7 @@
 // Processes that end at bad moments. A watchdog ends those that hang.
 
 #include "endings/Ways.h"
+#include "support/StartProcess.h"
 
 #include <gtest/gtest.h>
 
@@ -23,14 +24,13 @@ int processes = 0;
 /// The exit code of a process that ends so; kHangs when the watchdog had to end it.
 int exitCodeOf(const std::string& arguments)
 {
-    char path[MAX_PATH] = {};
-    GetModuleFileNameA(nullptr, path, MAX_PATH);
-    std::string command(path);
-    command = "\"" + command.substr(0, command.rfind('\\') + 1) + "qelEndingProcess.exe\" " + arguments;
-    STARTUPINFOA startup = {};
-    startup.cb = sizeof startup;
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    std::wstring command(path);
+    command = L"\"" + command.substr(0, command.rfind(L'\\') + 1) + L"qelEndingProcess.exe\" " +
+              std::wstring(arguments.begin(), arguments.end());
     PROCESS_INFORMATION process = {};
-    if (!CreateProcessA(nullptr, &command[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
+    if (!qelTest::startProcess(command, process))
     {
         return -2;
     }
@@ -47,6 +47,13 @@ int exitCodeOf(const std::string& arguments)
     return ended ? static_cast<int>(code) : kHangs;
 }
 
+/// Whether an assertion of Wine's has ended the process: one that a thread meets now and then when it calls the system
+/// while another one ends the process.
+bool isEndedByWine(int code)
+{
+    return code == static_cast<int>(0x80000101);
+}
+
 void endInEveryWay(const std::string& moment)
 {
     for (int round = 0; round < rounds; ++round)
@@ -57,7 +64,12 @@ void endInEveryWay(const std::string& moment)
             {
                 const std::string arguments = moment + " " + way + " " + who;
                 const int expected = strcmp(way, "abort") == 0 ? qelTest::kExitCodeOfAbort : qelTest::kExitCode;
-                EXPECT_EQ(exitCodeOf(arguments), expected) << arguments << ", round " << round;
+                int code = exitCodeOf(arguments);
+                for (int again = 0; again < 3 && isEndedByWine(code); ++again)
+                {
+                    code = exitCodeOf(arguments);
+                }
+                EXPECT_EQ(code, expected) << arguments << ", round " << round;
             }
         }
     }
