@@ -41,11 +41,13 @@ std::wstring bytesOf(const std::wstring& path)
     return bytes;
 }
 
-/// The same with each digit as 0: logs have the time in them.
+/// The same with each number as 0: logs have times in them.
 std::wstring logIn(const std::wstring& path)
 {
     std::wstring text = bytesOf(path);
     std::replace_if(text.begin(), text.end(), [](wchar_t c) { return c >= L'0' && c <= L'9'; }, L'0');
+    const auto end = std::unique(text.begin(), text.end(), [](wchar_t a, wchar_t b) { return a == L'0' && b == L'0'; });
+    text.erase(end, text.end());
     return text;
 }
 
