@@ -44,7 +44,7 @@ for name in "${chosen[@]}"; do
     outcome=passed
     "$qel_source/tools/long/$name.sh" 2>&1 </dev/null | tee "$logs/$name.log" || { outcome=FAILED; result=1; }
     # A test says what came out of it in its last line of this form.
-    figures=$(sed -n 's/^figures: //p' "$logs/$name.log" | tail -1)
+    figures=$(sed -n 's/\r$//; s/^figures: //p' "$logs/$name.log" | tail -1)
     [ -n "$figures" ] || { outcome=FAILED; result=1; }
     summary+=("$(printf '%-15s %s: %s' "$name" "$outcome" "${figures:-no figures}")")
     if [ -n "$record" ] && [ "$outcome" = passed ]; then
